@@ -1,0 +1,43 @@
+#ifndef HIVE_FILE_H
+#define HIVE_FILE_H
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QFile>
+#include <QString>
+
+/// The file of the hive that is being walked, for the checks that libhivex leaves out. While it is
+/// closed nothing is known of the hive, and every check passes.
+class hive_file
+{
+public:
+    /// Opens the file at `path` for reading. False when that fails, when the file is longer than
+    /// the offsets in a hive reach, and for anything but a regular file: to open a FIFO or a
+    /// device would block for ever.
+    bool open(const QString &path);
+
+    void close();
+
+    bool is_open() const { return m_file.isOpen(); }
+
+    /// Bytes of the file when it was opened.
+    qint64 length() const { return m_length; }
+
+    /// Whether `length` bytes from `offset` on lie inside the file.
+    bool holds(quint64 offset, qint64 length) const;
+
+    /// Length in bytes of the list of blocks that libhivex reads for the value data in the cell at
+    /// `offset`: 0 unless the cell is a big-data record, negative when the record or the list
+    /// leaves the file.
+    qint64 block_list_length(quint64 offset);
+
+private:
+    QByteArrayView bytes_at(qint64 offset, qint64 length);
+
+    QFile m_file;
+    qint64 m_length = 0;
+    QByteArray m_window; ///< the part of the file that was read last
+    qint64 m_window_offset = 0;
+};
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef PARSE_HIDDEN_DESKTOP_ICONS_H
+#define PARSE_HIDDEN_DESKTOP_ICONS_H
+
+#include "registry.h"
+
+/// Walker of the desktop icons that a user hive hides. The key path of the walk decides what
+/// becomes a record:
+/// - exactly the HideDesktopIcons key: each value of each direct subkey, as name (a class id) and
+///   raw data, in data_records;
+/// - a path that contains the desktop NameSpace key and a backslash: each value of that one key, as
+///   text, in hidden_icons_records.
+/// Both tests are case-sensitive.
+class parse_hidden_desktop_icons : public registry
+{
+public:
+    parse_hidden_desktop_icons();
+    ~parse_hidden_desktop_icons() override;
+
+    /// As in registry; sets parsed_key_path even when the hive cannot be opened. When the key's own
+    /// values are read, each value gives one record instead of the whole key.
+    int start_registry_parse(QString hive_path, QString key_path, bool read_key_values) override;
+
+    /// Reads the values of each direct subkey of `node`; the subkey's name is not recorded.
+    void run_only_multiple_paths(hive_h *hive, unsigned long node) override;
+
+    /// Returns the data as text, as registry describes it.
+    QString convert_data(hive_h *hive, unsigned long value) override;
+
+    void find_node_value_length(hive_h *hive, unsigned long value, QString value_name) override;
+
+    /// Returns the raw data, empty when it cannot be read.
+    QByteArray convert_data(hive_h *hive, unsigned long value, int unused) override;
+
+    /// Returns the registry type code (REG_SZ 1, REG_BINARY 3, ...), 0 when it cannot be read.
+    int convert_data(hive_h *hive, unsigned long value, QString unused) override;
+};
+
+#endif

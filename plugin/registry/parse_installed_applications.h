@@ -1,0 +1,39 @@
+#ifndef PARSE_INSTALLED_APPLICATIONS_H
+#define PARSE_INSTALLED_APPLICATIONS_H
+
+#include "registry.h"
+
+/// Walker of the keys that list installed applications. The key path of the walk decides, by
+/// case-sensitive substrings and in this order, what becomes a record:
+/// - an Uninstall key: each subkey, in installed_apps_records;
+/// - "\RegisteredApplications": each value, as name and text, in data_records;
+/// - the Compatibility Assistant's Store: each value, as name and raw data, in data_records.
+class parse_installed_applications : public registry
+{
+public:
+    parse_installed_applications();
+    ~parse_installed_applications() override;
+
+    /// As in registry; sets parsed_key_path even when the hive cannot be opened. When the key's own
+    /// values are read, each value gives one record instead of the whole key.
+    int start_registry_parse(QString hive_path, QString key_path, bool read_key_values) override;
+
+    /// Appends one record for each direct subkey of `node`, one without values included.
+    void run_only_multiple_paths(hive_h *hive, unsigned long node) override;
+
+    /// Returns the data as text, as registry describes it.
+    QString convert_data(hive_h *hive, unsigned long value) override;
+
+    void find_node_value_length(hive_h *hive, unsigned long value, QString value_name) override;
+
+    /// Returns the raw data, empty when it cannot be read.
+    QByteArray convert_data(hive_h *hive, unsigned long value, int unused) override;
+
+    /// Returns the registry type code (REG_SZ 1, REG_BINARY 3, ...), 0 when it cannot be read.
+    int convert_data(hive_h *hive, unsigned long value, QString unused) override;
+
+private:
+    void read_application_value(hive_h *hive, unsigned long value, const QString &value_name);
+};
+
+#endif

@@ -1,0 +1,48 @@
+#ifndef WALK_BUDGET_H
+#define WALK_BUDGET_H
+
+#include <QtGlobal>
+
+#include <limits>
+
+/// How much one walk may read from its hive. Every list entry, name and value of an intact hive
+/// stands in the file once, so a walk over it reads less than a few times the file's length. A
+/// hostile hive can make a few bytes count many thousandfold (one value list under every key, one
+/// 8 MB cell behind every value); the budget ends such a walk before memory or time run out.
+class walk_budget
+{
+public:
+    /// How many times the hive's length one walk may read. An intact hive stays below 2, which only
+    /// Latin-1 names that double as UTF-8 come near.
+    static constexpr qint64 hive_lengths = 4;
+    /// How many lists, names and data libhivex may refuse in one walk. It tells nothing of what it
+    /// read before it refused, so that each of them costs the same.
+    static constexpr qint64 refusals = 4096;
+
+    /// Starts a walk over a hive of `hive_length` bytes.
+    void start(qint64 hive_length)
+    {
+        m_left = hive_lengths * hive_length;
+        m_refusal_cost = m_left / refusals;
+    }
+
+    /// Takes `bytes` from the budget; false, from then on for every request, once it is used up.
+    bool spend(qint64 bytes)
+    {
+        m_left = bytes > m_left ? -1 : m_left - bytes;
+        return !is_spent();
+    }
+
+    /// Takes what a refused list, name or datum costs.
+    void spend_refusal() { spend(m_refusal_cost); }
+
+    /// Whether a request went beyond the budget; the walk then reads nothing more.
+    bool is_spent() const { return m_left < 0; }
+
+private:
+    /// Handles that were opened outside a walk are not limited.
+    qint64 m_left = std::numeric_limits<qint64>::max();
+    qint64 m_refusal_cost = 0;
+};
+
+#endif
