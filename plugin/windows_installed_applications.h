@@ -1,0 +1,135 @@
+#ifndef WINDOWS_INSTALLED_APPLICATIONS_H
+#define WINDOWS_INSTALLED_APPLICATIONS_H
+
+#include "host_context_records.h"
+
+#include <QFrame>
+#include <QString>
+#include <QStringList>
+
+class Ui_windows_installed_applications;
+class ios_uid_backup_parser;
+class plugin_helper_functions;
+class windows_installed_applications_ios_uid;
+class windows_installed_applications_macos;
+class windows_installed_applications_winos;
+
+/// The plug-in object that the host drives. It hands every setting to the run context and to the
+/// three OS-scheme workers, lets the worker of the source's scheme extract, and relays the workers'
+/// progress.
+///
+/// The host calls through the table of virtual operations: their order, and their passing of
+/// records and lists by value, are a binary contract. Settings come before the operations that use
+/// them, pub_set_essentials() first and pub_find_source_file() before pub_extract_artifacts();
+/// nothing is checked. Nothing is thrown and nothing returned: failures are lines of the debug log.
+/// All calls come on one thread, and signals are delivered synchronously.
+class windows_installed_applications : public QFrame
+{
+    Q_OBJECT
+
+public:
+    explicit windows_installed_applications(QWidget *parent = nullptr);
+    ~windows_installed_applications() override;
+
+    /// Takes the host edition: 0 desk, 1 sweep, 2 field. Any other is accepted, marks every log
+    /// line and makes extraction and clearing do nothing. Also hands out the artefact's name.
+    virtual void pub_set_engine_type(int type);
+    /// Returns "Windows Installed Applications" in the host's language.
+    virtual QString pub_get_artifact_name();
+    /// Resets both totals and lifts a cancellation, here and everywhere below.
+    virtual void pub_set_essentials();
+    /// Takes the ordinal number of the source, which every row shows.
+    virtual void pub_set_source_count(int count);
+    /// Takes the host's iOS backup parser; it is only kept.
+    virtual void pub_set_ios_uid_backup_pointer(ios_uid_backup_parser *parser);
+    /// Takes the examiner's machine.
+    virtual void pub_set_examiner_machine_info(
+        struct_GLOBAL_ARKEN_AND_ARTIFACT_COMMON_examiner_machine_info info);
+    /// Takes the logging settings.
+    virtual void pub_set_general_info(struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info info);
+    /// Takes the evidence source.
+    virtual void pub_set_source_info(struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info info);
+    /// Takes the names of the result tables to fill; the second list is ignored.
+    virtual void pub_set_essential_for_arken_desk_extraction(QStringList selected_tabs,
+                                                             QStringList ignored);
+    /// Takes the host's result directory and places the result database below it, see
+    /// set_destination_location().
+    virtual void pub_set_result_directory(QString result_dir);
+    /// Creates the result database and its tables, see create_destination_database().
+    virtual void pub_create_db_tables();
+    /// With true deletes the rows of the selected tables; with false does nothing.
+    virtual void pub_set_clear_db(bool clear);
+    /// Makes the running extraction stop at its next test and later ones do nothing, until
+    /// pub_set_essentials().
+    virtual void pub_cancel_extraction();
+    /// Lets the worker of the source's scheme look for its source files.
+    virtual void pub_find_source_file();
+    /// Takes the extended attributes of interest on a macOS source.
+    virtual void pub_set_extended_attributes_list(QStringList attributes);
+    /// Lets the worker of the source's scheme extract, going on from the current totals.
+    virtual void pub_extract_artifacts();
+    /// Does nothing: this artefact has no chats.
+    virtual void pub_generate_chat_html_pages();
+    /// Removes the temporary directory; nothing while no result directory was set.
+    virtual void pub_remove_temporary_asthetics();
+
+    /// Stores the three destination paths below `result_dir` (with or without a trailing slash),
+    /// makes the result and the temporary directory and tells the helper and the workers. A
+    /// directory that cannot be made is not reported here: opening the database will.
+    void set_destination_location(QString result_dir);
+    /// Logs its start, runs create_db_tables() and logs its end.
+    void create_destination_database();
+    /// Creates those of the eight tables that are missing. A failure is logged and the next table
+    /// tried.
+    void create_db_tables();
+    /// Deletes all rows of the selected tables; stops when cancelled.
+    void clear_db_tables();
+    /// Resets both totals and lifts a cancellation, here and everywhere below.
+    void set_essentials();
+
+signals:
+    /// `records`: running total of rows inserted.
+    void signal_extracted_records_of_plugin_overall(qint64 records);
+    /// `tab_count`: running total of tabs done.
+    void signal_tab_processed_of_plugin_overall(int tab_count);
+
+public slots:
+    /// Marks the process as finished, whatever `status`.
+    void slot_m_process_finished(int status);
+    /// Takes a worker's record total and passes it to the host.
+    void slot_extracted_records_of_plugin(qint64 rec);
+    /// Takes a worker's tab total and passes it to the host.
+    void slot_total_tabs_processed(int tab_count);
+
+protected:
+    Ui_windows_installed_applications *ui;
+    int tabs_processed_count = 0;
+    bool bool_process_finished = false; ///< kept for the host's process slot; nothing reads it
+    qint64 extracted_records_count = 0;
+    QString destination_tmp_dir_path;
+    QString destination_db_file;
+    QString destination_result_dir_path;
+    int engine_type = -1;
+    bool bool_cancel_extraction = false;
+    QString os_scheme_internal; ///< chooses the worker: "macOS", "iOS_UID" or "winOS"
+    QStringList selected_tabs_list;
+    plugin_helper_functions *helper_obj = nullptr;
+    windows_installed_applications_macos *macos_obj = nullptr;
+    windows_installed_applications_ios_uid *ios_uid_obj = nullptr;
+    windows_installed_applications_winos *winos_obj = nullptr;
+
+private:
+    enum class os_scheme
+    {
+        macos,
+        ios_uid,
+        winos,
+        unknown
+    };
+
+    os_scheme source_scheme() const;
+    void log_unknown_scheme(const QString &caller);
+    void hand_over_totals();
+};
+
+#endif

@@ -1,0 +1,67 @@
+#include "extraction_frame.h"
+#include "parse_installed_applications.h"
+#include "plugin_static_function.h"
+
+using namespace Qt::StringLiterals;
+
+const result_tab third_party_applications_tab = {
+    "third_party_applications"_L1,
+    "CREATE TABLE IF NOT EXISTS third_party_applications(bookmark integer,"
+    "system_account varchar(100),INT INTEGER PRIMARY KEY,windows_path VARCHAR(500),"
+    "file_path VARCHAR(500),reg_file varchar(500),node_name varchar(500),"
+    "reg_path varchar(1024),creation_timestamp INTEGER,modification_timestamp INTEGER,"
+    "last_access_timestamp INTEGER,arken_tag_value varchar(100),notes_icon VARCHAR(1024),"
+    "tags_icon VARCHAR(1024),os_scheme_display VARCHAR(100),"
+    "source_count_name VARCHAR(500),source_file varchar(500),"
+    "artifacts_relation_source_file VARCHAR(1024),notes varchar(500))"_L1,
+    "insert into third_party_applications(bookmark,system_account,windows_path,file_path,"
+    "reg_file,node_name,reg_path,creation_timestamp,modification_timestamp,"
+    "last_access_timestamp,source_file, os_scheme_display , source_count_name) values(0,"
+    "?,?,?,?,?,?,?,?,?,?,?,?)"_L1,
+    "void windows_installed_applications_winos::extract_third_party_applications()"_L1,
+    "[extract_third_party_applications]"_L1,
+    "---STARTS---"_L1,
+    " query_insert -----FAILED----- third_party_applications"_L1,
+    true,
+};
+
+namespace {
+
+constexpr auto store_key =
+    "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_L1;
+constexpr auto mapped_drive = "C:/"_L1;
+
+/// Returns where a program of the evidence lies on the mounted source; empty unless it is on C:.
+QString mounted_path(const QString &windows_path, const QString &source_root_path)
+{
+    QString path = windows_path;
+    path.replace(u'\\', u'/');
+    return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
+}
+
+} // namespace
+
+void windows_installed_applications_winos::extract_third_party_applications()
+{
+    const key_reading<registry::struct_data> reading = {store_key, true, &registry::data_records};
+    const QString reg_path = store_key;
+    extract_from_user_hives<parse_installed_applications>(
+        third_party_applications_tab, reading,
+        &windows_installed_applications_winos::cut_by_source_root_length,
+        [&](const user_hive &hive, const registry::struct_data &program,
+            qsizetype) -> std::optional<QStringList> {
+            const QString path = mounted_path(program.name, source_root_path);
+            const auto times = plugin_static_function::get_posix_timestamp(
+                cut_by_source_root_length(path), source_root_path);
+            return QStringList{hive.user_name,
+                               program.name,
+                               plugin_static_function::get_relative_file_path(
+                                   without_source_root(path), hive.user_name, virtual_source_path),
+                               u"NTUSER.DAT"_s,
+                               u"Store"_s,
+                               reg_path,
+                               QString::number(times.creation_time),
+                               QString::number(times.last_modification_time),
+                               QString::number(times.last_access_time)};
+        });
+}

@@ -1,0 +1,67 @@
+#ifndef EXTRACTION_FRAME_H
+#define EXTRACTION_FRAME_H
+
+#include "result_table_writer.h"
+#include "windows_installed_applications_winos.h"
+
+// What every extraction does around its records. A row function gets a record and its position in
+// the walker's list and returns the row's own columns, or nothing for a record that gives no row;
+// the frame adds the source columns that end every row.
+
+/// Writes one row for each record until the extraction is cancelled; false when it was.
+template<typename record_list, typename row_function>
+bool windows_installed_applications_winos::write_rows(result_table_writer &writer,
+                                                      const record_list &records,
+                                                      const QStringList &source_columns,
+                                                      row_function row_of)
+{
+    for (qsizetype position = 0; position < records.size(); ++position) {
+        if (bool_cancel_extraction)
+            return false;
+        const std::optional<QStringList> columns = row_of(records[position], position);
+        if (columns)
+            write_row(writer, *columns + source_columns);
+    }
+    return true;
+}
+
+/// Fills one table from a key of the SOFTWARE hive. Rows name the primary hive even when its
+/// backup copy was read.
+template<typename walker_type, typename record_type, typename row_function>
+void windows_installed_applications_winos::extract_from_software_hive(
+    const result_tab &tab, const key_reading<record_type> &reading, row_function row_of)
+{
+    run_extraction(tab, [&](result_table_writer &writer) {
+        walker_type walker;
+        if (!parse_software_hive(walker, reading.key_path, reading.read_key_values))
+            return false;
+        return write_rows(writer, walker.*reading.records,
+                          source_columns(without_source_root(hive_path_software), {}), row_of);
+    });
+}
+
+/// Fills one table from a key of every user's hive; the row function gets the hive as well.
+template<typename walker_type, typename record_type, typename row_function>
+void windows_installed_applications_winos::extract_from_user_hives(
+    const result_tab &tab, const key_reading<record_type> &reading,
+    relative_path_rule relative_path, row_function row_of)
+{
+    run_extraction(tab, [&](result_table_writer &writer) {
+        walker_type walker;
+        for (const QString &path : std::as_const(ntuser_path_list)) {
+            if (bool_cancel_extraction)
+                return false;
+            const user_hive hive = describe_user_hive(path, relative_path);
+            (walker.*reading.records).clear();
+            walker.start_registry_parse(path, reading.key_path, reading.read_key_values);
+            const auto row_of_hive = [&](const record_type &record, qsizetype position) {
+                return row_of(hive, record, position);
+            };
+            if (!write_rows(writer, walker.*reading.records, hive.source_columns, row_of_hive))
+                return false;
+        }
+        return true;
+    });
+}
+
+#endif

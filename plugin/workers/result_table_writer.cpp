@@ -1,0 +1,85 @@
+#include "result_table_writer.h"
+
+#include "plugin_static_function.h"
+
+#include <QSqlError>
+
+using namespace Qt::StringLiterals;
+
+result_table_writer::result_table_writer(const result_tab &tab, const QString &database_path)
+    : m_tab(tab), m_database_path(database_path)
+{
+}
+
+result_table_writer::~result_table_writer()
+{
+    if (!m_query)
+        return;
+    m_query.reset(); // an open query would keep the connection from closing
+    m_database.commit();
+    m_database.close();
+}
+
+bool result_table_writer::open()
+{
+    QSqlDatabase::removeDatabase(m_tab.signature);
+    m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_tab.signature);
+    m_database.setDatabaseName(m_database_path);
+    if (!m_database.open()) {
+        log(m_tab.log_line("Destination Db opening failed "_L1));
+        log(m_database.lastError().text());
+        return false;
+    }
+    m_database.transaction();
+    m_query.emplace(m_database);
+    return true;
+}
+
+bool result_table_writer::insert(const QStringList &values)
+{
+    if (!m_is_prepared)
+        prepare();
+    if (execute(values))
+        return true;
+    QString error = m_query->lastError().text();
+    // Qt words the failure of a statement that has inserted rows before differently from that of a
+    // fresh one; the log tells what a statement prepared for this row alone meets. It is executed
+    // again only where it cannot succeed: a full disk has rolled back the rows before, and a second
+    // try would write the very row that is reported as lost.
+    if (m_has_executed && !prepare()) {
+        execute(values);
+        error = m_query->lastError().text();
+    }
+    m_is_prepared = false;
+    log_insert_failure(error);
+    return false;
+}
+
+bool result_table_writer::prepare()
+{
+    m_is_prepared = true;
+    m_has_executed = false;
+    return m_query->prepare(m_tab.insert_statement);
+}
+
+bool result_table_writer::execute(const QStringList &values)
+{
+    for (const QString &value : values)
+        m_query->addBindValue(value.isNull() ? u""_s : value);
+    const bool executed = m_query->exec();
+    m_has_executed = m_has_executed || executed;
+    return executed;
+}
+
+void result_table_writer::log(const QString &message) const
+{
+    plugin_static_function::app_debug(message, m_tab.signature);
+}
+
+void result_table_writer::log_insert_failure(const QString &error) const
+{
+    const QString failure = m_tab.log_line(m_tab.insert_failure);
+    log(m_tab.failure_names_database ? failure + m_database_path : failure);
+    log(error);
+    log(m_query->executedQuery());
+}

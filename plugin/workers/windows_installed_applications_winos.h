@@ -1,0 +1,196 @@
+#ifndef WINDOWS_INSTALLED_APPLICATIONS_WINOS_H
+#define WINDOWS_INSTALLED_APPLICATIONS_WINOS_H
+
+#include "os_scheme_worker.h"
+#include "registry.h"
+#include "result_tab.h"
+
+#include <functional>
+#include <optional>
+
+class result_table_writer;
+
+/// Worker for Windows sources, the only one that extracts anything: finds the registry hives and
+/// the users' package folders of a mounted volume and fills the selected result tables from them.
+class windows_installed_applications_winos : public os_scheme_worker
+{
+    Q_OBJECT
+
+public:
+    /// Byte order of the integers that the hex_to_decimal operations read.
+    enum ENDIANS
+    {
+        little_endian = 1,
+        big_endian = 2,
+    };
+
+    explicit windows_installed_applications_winos(QWidget *parent = nullptr);
+    ~windows_installed_applications_winos() override;
+
+    void winos_set_plugin_helper_obj(plugin_helper_functions *helper)
+    {
+        set_plugin_helper_obj(helper);
+    }
+    void winos_set_record_count(qint64 count) { set_record_count(count); }
+    void winos_set_tab_processed_count(int count) { set_tab_processed_count(count); }
+    /// Keeps nothing.
+    void winos_set_examiner_machine_info(
+        const struct_GLOBAL_ARKEN_AND_ARTIFACT_COMMON_examiner_machine_info & /*info*/)
+    {
+    }
+    /// Keeps nothing.
+    void
+    winos_set_general_info(const struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info & /*info*/)
+    {
+    }
+    /// Takes the source's root path, the accounts' names and the displayed scheme.
+    void
+    winos_set_source_info(const struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info &source_info);
+    void winos_set_plugin_name(const QString &name) { set_plugin_name(name); }
+    void winos_set_destination_location(const QString &result_dir, const QString &tmp_dir,
+                                        const QString &db_file)
+    {
+        set_destination_location(result_dir, tmp_dir, db_file);
+    }
+    void winos_set_essential_for_arken_desk_extraction(const QStringList &selected_tabs)
+    {
+        set_essential_for_arken_desk_extraction(selected_tabs);
+    }
+    void winos_set_engine_type(int type) { set_engine_type(type); }
+    void winos_set_essentials() { set_essentials(); }
+    void winos_cancel_extraction() { cancel_extraction(); }
+    void winos_set_source_count(int count) { set_source_count(count); }
+    /// Keeps nothing.
+    void
+    winos_set_artifacts_info(const struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info & /*info*/)
+    {
+    }
+
+    /// Runs find_source_file().
+    void winos_find_artifacts_source();
+    /// Starts the timer, runs extract_plugin_artifacts() and signals the record total.
+    void winos_extract_artifacts();
+
+    /// Records which of the source's hives and package folders exist, and logs those that do not.
+    /// Users come from the account list alone; a cancellation stops before the next account.
+    void find_source_file();
+
+    /// Runs the extractors of the selected tabs in their fixed order, signalling both totals after
+    /// each. Does nothing but log for a host edition other than 0, 1 and 2.
+    void extract_plugin_artifacts();
+
+    /// The result tables in the order in which they are created and filled.
+    static QList<const result_tab *> result_tabs();
+
+    // The extractors: each fills one table and reports through the debug log and the record signal.
+    // A cancellation commits what was written and leaves no line.
+
+    /// The native view of the SOFTWARE hive's Uninstall key, into install_apps_64.
+    void extract_installed_applications();
+    /// The 32-bit view of the SOFTWARE hive's Uninstall key, into install_apps_32.
+    void extract_installed_applications_for_32();
+    /// UserAssist entries whose decoded name contains "uninstall", into uninstall_apps.
+    void extract_uninstall_applications();
+    /// The values of the SOFTWARE hive's RegisteredApplications key, into registered_apps.
+    void extract_registered_apps();
+    /// The entries of the users' package folders, into metro_apps.
+    void extract_metro_apps();
+    /// UserAssist entries but the session entry, into previously_executed_apps.
+    void extract_previously_executed_programs();
+    /// The Compatibility Assistant's Store of each user, into third_party_applications.
+    void extract_third_party_applications();
+    /// The desktop icons that the users' hives list as hidden or shown, into
+    /// hidden_desktop_icons_app.
+    void extract_hidden_desktop_icons();
+
+    /// Turns an install date of the form YYYYMMDD into DD/MM/YYYY. Nothing is validated: a shorter
+    /// text is cut at the same places ("2021" gives "//2021"); an empty one stays empty.
+    QString get_install_date(QString install_date);
+
+    /// Rotates the ASCII letters of a UserAssist name by 13 places, its own inverse. Empty when the
+    /// extraction is cancelled meanwhile.
+    QString decrypt_program_name(QString name);
+
+    /// Reads all of `bytes` as one number in byte order `order`. 0 for a number beyond the signed
+    /// 32 bits, for an order that is none, and (little-endian) when the extraction is cancelled.
+    qint32 hex_to_decimal_fourbytes(QByteArray bytes, ENDIANS order);
+
+    /// The same for signed 64 bits.
+    qint64 hex_to_decimal_eight_bytes(QByteArray bytes, ENDIANS order);
+
+    /// Writes a path of the mounted source as the Windows path on drive C: as many leading
+    /// characters as the source root has are cut without comparing them. Empty stays empty.
+    QString prepare_windows_path(QString path) const;
+
+signals:
+    /// `records`: running total of rows inserted.
+    void signal_extracted_records_of_plugin_winos(qint64 records);
+    /// `count`: running total of tabs done.
+    void signal_total_tabs_processed_winos(int count);
+
+protected:
+    QString virtual_source_path; ///< always empty: the source kind of the path helpers
+    QList<struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_system_account>
+        system_account_list;       ///< the accounts' names; their second text stays empty
+    QString hive_path_system;      ///< the SYSTEM hive; empty when missing
+    QString hive_path_software;    ///< the SOFTWARE hive; empty when missing
+    QStringList ntuser_path_list;  ///< the NTUSER.DAT files that exist, in account order
+    QStringList packages_dir_list; ///< the package folders that exist, in account order
+
+    /// Milliseconds since the last progress signal.
+    virtual qint64 elapsed_milliseconds() const;
+
+private:
+    /// One user's hive, as its rows name it.
+    struct user_hive
+    {
+        QString user_name;
+        QStringList source_columns; ///< as source_columns() returns them
+    };
+
+    /// How a table is read from the hives: which key, whether its own values or its subkeys, and
+    /// into which record list of the walker.
+    template<typename record_type>
+    struct key_reading
+    {
+        QLatin1StringView key_path;
+        bool read_key_values;
+        QList<record_type> registry::*records;
+    };
+
+    /// How a path is made relative to the source.
+    using relative_path_rule =
+        QString (windows_installed_applications_winos::*)(const QString &) const;
+
+    // The frame that the extractors share (extraction_frame.h, extraction_frame.cpp).
+    void run_extraction(const result_tab &tab,
+                        const std::function<bool(result_table_writer &)> &write_rows_of_source);
+    template<typename walker_type, typename record_type, typename row_function>
+    void extract_from_software_hive(const result_tab &tab, const key_reading<record_type> &reading,
+                                    row_function row_of);
+    template<typename walker_type, typename record_type, typename row_function>
+    void extract_from_user_hives(const result_tab &tab, const key_reading<record_type> &reading,
+                                 relative_path_rule relative_path, row_function row_of);
+    template<typename record_list, typename row_function>
+    bool write_rows(result_table_writer &writer, const record_list &records,
+                    const QStringList &source_columns, row_function row_of);
+    void write_row(result_table_writer &writer, const QStringList &values);
+    bool parse_software_hive(registry &walker, QLatin1StringView key_path, bool read_key_values);
+    user_hive describe_user_hive(const QString &path, relative_path_rule relative_path) const;
+    QStringList source_columns(const QString &relative_path, const QString &user_name) const;
+    QString without_source_root(const QString &path) const;
+    QString cut_by_source_root_length(const QString &path) const;
+
+    void extract_uninstall_key(const result_tab &tab, QLatin1StringView key_path);
+    void extract_user_assist(
+        const result_tab &tab,
+        const std::function<std::optional<QString>(const QString &)> &displayed_name);
+    bool write_package_rows(result_table_writer &writer, const QString &folder);
+    QStringList package_columns(const QString &path, const QString &name,
+                                const QString &user_name) const;
+    bool write_icon_rows(result_table_writer &writer, const QString &hive_path,
+                         const QList<registry::struct_data> &class_ids);
+    quint64 read_integer(const QByteArray &bytes, ENDIANS order, quint64 maximum) const;
+};
+
+#endif
