@@ -1,0 +1,321 @@
+#include "hostile_hives.h"
+
+#include "application_keys.h"
+#include "hive_builder.h"
+#include "hive_damage.h"
+#include "regf_format.h"
+
+#include <QtEndian>
+
+namespace test_support {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString class_id = u"{20D04FE0-3AEA-1069-A2D8-08002B30309D}"_s;
+
+constexpr qsizetype long_data_size = 7000000; // libhivex refuses 8,000,001 bytes
+constexpr int long_value_list = 70000;        // as long as leaves room for the data in 10 MB
+constexpr int longest_value_list = 110000;    // libhivex refuses more
+constexpr int long_subkey_list = 60000;       // it refuses 70,001
+constexpr int shared_value_count = 30000;
+
+/// A key whose values are read, and a name of a value that becomes part of a record.
+struct value_place
+{
+    const char *name;
+    hive_kind kind;
+    QString key;
+    QString value;
+};
+
+QList<value_place> value_places()
+{
+    return {
+        {"of an application", hive_kind::software, uninstall_key + u"\\App"_s, u"DisplayName"_s},
+        {"of RegisteredApplications", hive_kind::software, registered_applications_key, u"App"_s},
+        {"of UserAssist", hive_kind::user, user_assist_key + u'\\' + class_id + u"\\Count"_s,
+         u"P:\\n.rkr"_s},
+        {"of the Store", hive_kind::user, compatibility_store_key, u"C:\\a.exe"_s},
+        {"of HideDesktopIcons", hive_kind::user, hide_desktop_icons_key + u"\\NewStartPanel"_s,
+         class_id},
+        {"of an icon's name", hive_kind::user, name_space_key + u'\\' + class_id, u""_s},
+    };
+}
+
+/// The key, in a hive where an icon's name is looked up.
+hive_key &place_in(hive_builder &hive, const value_place &place)
+{
+    hive.minor_version(3); // data of any size in one cell
+    if (place.key.startsWith(name_space_key))
+        hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s).dword(class_id, 1);
+    return hive.key(place.key);
+}
+
+void list_first_value_everywhere(hive_damage &damage, const hive_key &key, int count)
+{
+    for (int i = 0; i < count; ++i)
+        damage.offset_entry(key.cells().value_list, i, key.cells_of_value(0).value);
+}
+
+QByteArray one_long_value_listed_often(const value_place &place)
+{
+    hive_builder hive;
+    hive_key &key = place_in(hive, place);
+    key.binary(place.value, QByteArray(long_data_size, 'x'));
+    for (int i = 1; i < long_value_list; ++i)
+        key.binary(u"v"_s, {});
+    hive_damage damage(hive.bytes());
+    list_first_value_everywhere(damage, key, long_value_list);
+    return damage.bytes();
+}
+
+QByteArray values_sharing_long_data(const value_place &place)
+{
+    hive_builder hive;
+    hive_key &key = place_in(hive, place);
+    key.binary(place.value, QByteArray(long_data_size, 'x'));
+    for (int i = 1; i < shared_value_count; ++i)
+        key.binary(place.value, {});
+    hive_damage damage(hive.bytes());
+    const qint64 data = key.cells_of_value(0).data;
+    for (int i = 1; i < shared_value_count; ++i) {
+        const qint64 value = key.cells_of_value(i).value;
+        damage.data_size(value, static_cast<quint32>(long_data_size - i)).data_cell(value, data);
+    }
+    return damage.bytes();
+}
+
+QByteArray values_sharing_broken_big_data(const value_place &place)
+{
+    hive_builder hive;
+    hive_key &key = place_in(hive, place);
+    hive.minor_version(5);
+    key.binary(place.value, QByteArray(long_data_size, 'x'));
+    for (int i = 1; i < long_value_list; ++i)
+        key.binary(u"v"_s, {});
+    hive_damage damage(hive.bytes());
+    const value_cells cells = key.cells_of_value(0);
+    damage.offset_entry(cells.block_list, cells.blocks.size() - 1, regf::first_bin + 4);
+    list_first_value_everywhere(damage, key, long_value_list);
+    return damage.bytes();
+}
+
+QByteArray one_long_name_listed_often(const value_place &place)
+{
+    hive_builder hive;
+    hive_key &key = place_in(hive, place);
+    key.binary(hive_name::raw(QByteArray(65535, '\xe9'), true), "data");
+    for (int i = 1; i < longest_value_list; ++i)
+        key.binary(u"v"_s, {});
+    hive_damage damage(hive.bytes());
+    list_first_value_everywhere(damage, key, longest_value_list);
+    return damage.bytes();
+}
+
+/// The parent has very many subkeys, all of which have the values of the first.
+QByteArray keys_sharing_values(const QString &parent, const QString &below, const QString &value)
+{
+    hive_builder hive;
+    hive_key &first = hive.key(parent + u"\\0"_s + below);
+    for (int i = 0; i < shared_value_count; ++i)
+        first.binary(value, "data");
+    std::vector<const hive_key *> others;
+    for (int i = 1; i < long_subkey_list; ++i)
+        others.push_back(&hive.key(parent).add_key(QString::number(i)));
+    hive_damage damage(hive.bytes());
+    const hive_key &top = hive.key(parent + u"\\0"_s);
+    for (const hive_key *other : others) {
+        if (below.isEmpty())
+            damage.value_list(other->cells().key, first.cells().value_list)
+                .value_count(other->cells().key, shared_value_count);
+        else
+            damage.share_subkeys(other->cells().key, top.cells().key);
+    }
+    return damage.bytes();
+}
+
+QByteArray keys_sharing_subkeys()
+{
+    constexpr int keys = 40000; // there are two lists of them
+    hive_builder hive;
+    hive_key &parent = hive.key(user_assist_key);
+    std::vector<const hive_key *> parts;
+    for (int i = 0; i < keys; ++i)
+        parts.push_back(&parent.add_key(QString::number(i)));
+    for (int i = 0; i < keys; ++i)
+        hive.key(user_assist_key + u"\\0"_s).add_key(QString::number(i));
+    hive_damage damage(hive.bytes());
+    for (const hive_key *part : parts)
+        damage.share_subkeys(part->cells().key, parts.front()->cells().key);
+    return damage.bytes();
+}
+
+QByteArray one_key_listed_often(const QString &parent)
+{
+    hive_builder hive;
+    hive_key &key = hive.key(parent);
+    key.list_kind(subkey_list::li);
+    for (int i = 0; i < long_subkey_list; ++i)
+        key.add_key(u"k"_s).binary(u"DisplayName"_s, "data");
+    hive_damage damage(hive.bytes());
+    const hive_key &first = key.key(u"k"_s);
+    damage.list_only(key.cells().subkey_list, first.cells().key);
+    return damage.bytes();
+}
+
+QByteArray very_deep_tree()
+{
+    constexpr int depth = 80000;
+    hive_builder hive;
+    hive_key *key = &hive.key(user_assist_key + u'\\' + class_id);
+    for (int level = 0; level < depth; ++level)
+        key = &key->add_key(u"k"_s);
+    key->binary(u"P:\\n.rkr"_s, "data");
+    return hive.bytes();
+}
+
+/// Each level has two keys, and both have the keys of the next level: 2^60 ways down.
+QByteArray keys_sharing_subkeys_at_each_level()
+{
+    constexpr int levels = 60;
+    hive_builder hive;
+    hive_key *key = &hive.key(user_assist_key + u'\\' + class_id);
+    std::vector<std::pair<const hive_key *, const hive_key *>> pairs;
+    for (int level = 0; level < levels; ++level) {
+        const hive_key *second = &key->add_key(u"b"_s).binary(u"v"_s, "data");
+        key = &key->add_key(u"a"_s).binary(u"v"_s, "data");
+        pairs.emplace_back(key, second);
+    }
+    pairs.pop_back(); // those below have no subkeys to share
+    hive_damage damage(hive.bytes());
+    for (const auto &[first, second] : pairs)
+        damage.share_subkeys(second->cells().key, first->cells().key);
+    return damage.bytes();
+}
+
+/// The last cell: an index that lists one list in all its places.
+void add_index_of(hive_damage &damage, qint64 list, quint16 places)
+{
+    QByteArray record("ri");
+    record += QByteArray(2, '\0') + QByteArray(4 * places, '\0');
+    qToLittleEndian(places, record.data() + 2);
+    for (int i = 0; i < places; ++i)
+        qToLittleEndian(static_cast<quint32>(list - regf::first_bin), record.data() + 4 + 4 * i);
+    damage.add_last_cell(record);
+}
+
+/// An index of indexes of indexes of empty lists: 1000^20 ways down, and no key anywhere.
+QByteArray indexes_without_keys(const QString &parent)
+{
+    hive_builder hive;
+    const hive_key &key = hive.key(parent);
+    hive_damage damage(hive.bytes());
+    damage.add_last_cell(QByteArray("li\0\0", 4));
+    for (int level = 0; level < 20; ++level)
+        add_index_of(damage, damage.last_cell(), 1000);
+    damage.subkey_list(key.cells().key, damage.last_cell()).subkey_count(key.cells().key, 1);
+    return damage.bytes();
+}
+
+QByteArray icons_with_a_name_each()
+{
+    constexpr int icons = 35000;
+    hive_builder hive;
+    hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
+    hive_key &names = hive.key(name_space_key);
+    for (int i = 0; i < icons; ++i) {
+        const QString id = u"{20D04FE0-3AEA-1069-A2D8-%1}"_s.arg(i, 12, 10, QChar(u'0'));
+        hidden.dword(id, 1);
+        names.add_key(id).text(u""_s, u"x"_s);
+    }
+    return hive.bytes();
+}
+
+QByteArray icons_sharing_many_names()
+{
+    hive_builder hive;
+    hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
+    for (int i = 0; i < long_value_list; ++i)
+        hidden.dword(class_id, 1);
+    for (int i = 0; i < shared_value_count; ++i)
+        hive.key(name_space_key + u'\\' + class_id).binary(u""_s, "name");
+    return hive.bytes();
+}
+
+QByteArray icons_whose_names_are_long_paths()
+{
+    hive_builder hive;
+    hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
+    hidden.dword(hive_name::raw(QByteArray("a\\").repeated(32000), true), 1);
+    for (int i = 1; i < longest_value_list; ++i)
+        hidden.dword(u"v"_s, 1);
+    hive.key(name_space_key + u"\\a"_s);
+    hive_damage damage(hive.bytes());
+    list_first_value_everywhere(damage, hidden, longest_value_list);
+    return damage.bytes();
+}
+
+QList<hostile_hive> hives_with_hostile_values()
+{
+    using shape = QByteArray (*)(const value_place &);
+    const QList<std::pair<const char *, shape>> shapes{
+        {"one long value listed 70,000 times", one_long_value_listed_often},
+        {"30,000 values with parts of the same long data", values_sharing_long_data},
+        {"70,000 values with the same broken big data", values_sharing_broken_big_data},
+        {"one long value name listed 110,000 times", one_long_name_listed_often},
+    };
+    QList<hostile_hive> hives;
+    for (const auto &[name, make] : shapes) {
+        for (const value_place &place : value_places())
+            hives.append({QString::fromLatin1(name) + u' ' + QString::fromLatin1(place.name),
+                          place.kind, [make = make, place] { return make(place); }});
+    }
+    return hives;
+}
+
+QList<hostile_hive> hives_with_hostile_keys()
+{
+    const hive_kind software = hive_kind::software;
+    const hive_kind user = hive_kind::user;
+    return {
+        {u"60,000 applications share 30,000 values"_s, software,
+         [] { return keys_sharing_values(uninstall_key, {}, u"DisplayName"_s); }},
+        {u"60,000 UserAssist keys share a key with 30,000 values"_s, user,
+         [] { return keys_sharing_values(user_assist_key, u"\\Count"_s, u"P:\\n.rkr"_s); }},
+        {u"60,000 lists of icons share 30,000 values"_s, user,
+         [] { return keys_sharing_values(hide_desktop_icons_key, {}, class_id); }},
+        {u"40,000 UserAssist keys share 40,000 subkeys"_s, user, keys_sharing_subkeys},
+        {u"one application listed 60,000 times"_s, software,
+         [] { return one_key_listed_often(uninstall_key); }},
+        {u"one UserAssist key listed 60,000 times"_s, user,
+         [] { return one_key_listed_often(user_assist_key); }},
+        {u"one list of icons listed 60,000 times"_s, user,
+         [] { return one_key_listed_often(hide_desktop_icons_key); }},
+        {u"80,000 UserAssist keys one below the other"_s, user, very_deep_tree},
+        {u"two UserAssist keys at each level share all subkeys"_s, user,
+         keys_sharing_subkeys_at_each_level},
+        {u"an index of applications without an end"_s, software,
+         [] { return indexes_without_keys(uninstall_key); }},
+        {u"an index of UserAssist keys without an end"_s, user,
+         [] { return indexes_without_keys(user_assist_key); }},
+        {u"an index of icons without an end"_s, user,
+         [] { return indexes_without_keys(name_space_key); }},
+    };
+}
+
+} // namespace
+
+QList<hostile_hive> hostile_hives()
+{
+    return hives_with_hostile_values() + hives_with_hostile_keys() +
+           QList<hostile_hive>{
+               {u"35,000 icons with a name each"_s, hive_kind::user, icons_with_a_name_each},
+               {u"70,000 icons share 30,000 names"_s, hive_kind::user, icons_sharing_many_names},
+               {u"110,000 icons whose names are paths of 32,000 keys"_s, hive_kind::user,
+                icons_whose_names_are_long_paths},
+           };
+}
+
+} // namespace test_support
