@@ -1,0 +1,184 @@
+#include "files.h"
+#include "hive_builder.h"
+#include "hive_damage.h"
+#include "hive_file.h"
+#include "regf_format.h"
+#include "test_main.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+using namespace test_support;
+
+class tst_hive_file : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void opens_a_regular_file();
+    void opens_nothing_else_data();
+    void opens_nothing_else();
+    void is_limited_by_the_reach_of_an_offset();
+    void knows_what_lies_inside_the_file();
+    void lets_everything_pass_while_closed();
+    void tells_the_length_of_a_block_list_data();
+    void tells_the_length_of_a_block_list();
+    void refuses_a_record_or_a_list_that_leaves_the_file();
+    void reads_cells_in_any_order();
+    void reads_the_file_that_was_opened_last();
+
+private:
+    QString path() const { return m_folder.filePath(u"hive"_s); }
+
+    QTemporaryDir m_folder;
+};
+
+void tst_hive_file::opens_a_regular_file()
+{
+    write_file(path(), QByteArray(100, 'x'));
+    hive_file file;
+    QVERIFY(!file.is_open());
+    QVERIFY(file.open(path()));
+    QVERIFY(file.is_open());
+    QCOMPARE(file.length(), 100);
+    file.close();
+    QVERIFY(!file.is_open());
+}
+
+void tst_hive_file::opens_nothing_else_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addRow("a missing file") << u"missing"_s;
+    QTest::addRow("a folder") << u"."_s;
+    QTest::addRow("a pipe that nobody writes to") << u"pipe"_s;
+    QTest::addRow("a link to a device") << u"device"_s;
+    QTest::addRow("a link to nothing") << u"nothing"_s;
+}
+
+void tst_hive_file::opens_nothing_else()
+{
+    QFETCH(const QString, name);
+    const QTemporaryDir folder;
+    QCOMPARE(mkfifo(QFile::encodeName(folder.filePath(u"pipe"_s)).constData(), 0600), 0);
+    QVERIFY(QFile::link(u"/dev/zero"_s, folder.filePath(u"device"_s)));
+    QVERIFY(QFile::link(u"no such file"_s, folder.filePath(u"nothing"_s)));
+    hive_file file;
+    QVERIFY(!file.open(folder.filePath(name)));
+    QVERIFY(!file.is_open());
+}
+
+void tst_hive_file::is_limited_by_the_reach_of_an_offset()
+{
+    const qint64 limit = qint64(1) << 32;
+    write_file(path(), {});
+    QFile content(path());
+    hive_file file;
+    QVERIFY(content.resize(limit));
+    QVERIFY(file.open(path()));
+    file.close();
+    QVERIFY(content.resize(limit + 1));
+    QVERIFY(!file.open(path()));
+    QVERIFY(content.remove());
+}
+
+void tst_hive_file::knows_what_lies_inside_the_file()
+{
+    write_file(path(), QByteArray(100, 'x'));
+    hive_file file;
+    QVERIFY(file.open(path()));
+    QVERIFY(file.holds(0, 100));
+    QVERIFY(file.holds(80, 20));
+    QVERIFY(!file.holds(80, 21));
+    QVERIFY(!file.holds(101, 0));
+    QVERIFY(!file.holds(0xffffffff, 1));
+}
+
+void tst_hive_file::lets_everything_pass_while_closed()
+{
+    hive_file file;
+    QVERIFY(file.holds(1000, 1000));
+    QCOMPARE(file.block_list_length(1000), 0);
+}
+
+void tst_hive_file::tells_the_length_of_a_block_list_data()
+{
+    QTest::addColumn<int>("data_size");
+    QTest::addColumn<qint64>("length");
+    QTest::addRow("none for data inside the value") << 4 << qint64(0);
+    QTest::addRow("none for data in one cell") << 16344 << qint64(0);
+    QTest::addRow("4 bytes for each block") << 40000 << qint64(12);
+}
+
+void tst_hive_file::tells_the_length_of_a_block_list()
+{
+    QFETCH(const int, data_size);
+    hive_builder hive;
+    hive.root().binary(u"v"_s, QByteArray(data_size, 'x'));
+    hive.write_to(path());
+    hive_file file;
+    QVERIFY(file.open(path()));
+    const qint64 cell = hive.root().cells_of_value(0).data;
+    QTEST(file.block_list_length(static_cast<quint64>(cell)), "length");
+}
+
+void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
+{
+    hive_builder hive;
+    hive.root().binary(u"v"_s, QByteArray(40000, 'x'));
+    hive_damage damage(hive.bytes());
+    const qint64 record = hive.root().cells_of_value(0).data;
+    const auto length_at = [&](qint64 cell) {
+        write_file(path(), damage.bytes());
+        hive_file file;
+        return file.open(path()) ? file.block_list_length(static_cast<quint64>(cell)) : 99;
+    };
+
+    const qint64 list_of_three = damage.add_last_cell(QByteArray(12, '\0')).last_cell();
+    damage.set_32(record + regf::db::block_list,
+                  static_cast<quint32>(list_of_three - regf::first_bin));
+    damage.block_count(record, 3);
+    QCOMPARE(length_at(record), 12);
+    damage.block_count(record, 4);
+    QCOMPARE(length_at(record), -1);
+    damage.set_32(record + regf::db::block_list, 0xffffffff);
+    QCOMPARE(length_at(record), -1);
+
+    const qint64 record_of_eight_bytes = damage.add_last_cell("db\x03\0"_ba).last_cell();
+    QCOMPARE(length_at(record_of_eight_bytes), -1);
+}
+
+void tst_hive_file::reads_cells_in_any_order()
+{
+    hive_builder hive;
+    for (int i = 0; i < 60; ++i)
+        hive.root().binary(QString::number(i), QByteArray(i % 2 == 0 ? 17000 : 500, 'x'));
+    hive.write_to(path());
+    hive_file file;
+    QVERIFY(file.open(path()));
+    for (int i = 0; i < 240; ++i) {
+        const int value = i * 37 % 60;
+        const qint64 cell = hive.root().cells_of_value(value).data;
+        QCOMPARE(file.block_list_length(static_cast<quint64>(cell)), value % 2 == 0 ? 8 : 0);
+    }
+}
+
+void tst_hive_file::reads_the_file_that_was_opened_last()
+{
+    hive_builder hive;
+    hive.root().binary(u"v"_s, QByteArray(40000, 'x'));
+    hive.write_to(path());
+    const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
+    hive_file file;
+    QVERIFY(file.open(path()));
+    QCOMPARE(file.block_list_length(cell), 12);
+    file.close();
+    write_file(path(), QByteArray(100000, 'x'));
+    QVERIFY(file.open(path()));
+    QCOMPARE(file.block_list_length(cell), 0);
+    QCOMPARE(file.length(), 100000);
+}
+
+TEST_MAIN(tst_hive_file)
+#include "tst_hive_file.moc"

@@ -1,0 +1,69 @@
+#include "test_main.h"
+#include "walk_budget.h"
+
+#include <limits>
+
+class tst_walk_budget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void limits_nothing_before_the_start();
+    void lasts_for_a_few_lengths_of_the_hive();
+    void stays_spent();
+    void lasts_for_some_thousand_refusals();
+    void begins_anew();
+};
+
+void tst_walk_budget::limits_nothing_before_the_start()
+{
+    walk_budget budget;
+    for (int i = 0; i < 10000; ++i)
+        budget.spend_refusal();
+    QVERIFY(budget.spend(std::numeric_limits<qint64>::max()));
+    QVERIFY(!budget.is_spent());
+}
+
+void tst_walk_budget::lasts_for_a_few_lengths_of_the_hive()
+{
+    walk_budget budget;
+    budget.start(10000);
+    QVERIFY(budget.spend(39999));
+    QVERIFY(budget.spend(1));
+    QVERIFY(budget.spend(0));
+    QVERIFY(!budget.is_spent());
+    QVERIFY(!budget.spend(1));
+    QVERIFY(budget.is_spent());
+}
+
+void tst_walk_budget::stays_spent()
+{
+    walk_budget budget;
+    budget.start(100);
+    QVERIFY(!budget.spend(std::numeric_limits<qint64>::max()));
+    QVERIFY(!budget.spend(0));
+    QVERIFY(!budget.spend(1));
+}
+
+void tst_walk_budget::lasts_for_some_thousand_refusals()
+{
+    walk_budget budget;
+    budget.start(1 << 20);
+    for (int i = 0; i < 4096; ++i)
+        budget.spend_refusal();
+    QVERIFY(!budget.is_spent());
+    budget.spend_refusal();
+    QVERIFY(budget.is_spent());
+}
+
+void tst_walk_budget::begins_anew()
+{
+    walk_budget budget;
+    budget.start(1);
+    QVERIFY(!budget.spend(5));
+    budget.start(2);
+    QVERIFY(budget.spend(5));
+}
+
+TEST_MAIN(tst_walk_budget)
+#include "tst_walk_budget.moc"
