@@ -1,0 +1,172 @@
+#include "command_line.h"
+
+#include <QCommandLineParser>
+
+#include "host_tabs.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto general_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
+
+Lists the installed, registered, run, uninstalled and hidden applications of a
+Windows volume in a SQLite database.
+
+Commands:
+  extract        Reads the volume mounted or extracted at SOURCE.
+
+Options:
+  -h, --help     Shows this text; "artifact_host extract --help" tells more.
+  -v, --version  Shows the version.
+
+)"_s;
+
+const auto extract_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
+
+Reads the Windows volume mounted or extracted at SOURCE, which is never written
+to, and fills DIR/Artifacts_Result/Windows_Installed_Applications/
+Windows_Installed_Applications.sqlite. Standard output tells the rows of each
+tab, their total and, last, the path of the database. Progress and warnings
+about what could not be read go to standard error; a warning does not change
+the exit code. Ctrl-C stops the run and keeps the rows written so far; a second
+one ends the program at once.
+
+Options:
+  --result DIR      Folder for the results; created if missing, never in SOURCE.
+  --user NAME       Account to read: the name of its folder in SOURCE/Users. May
+                    be repeated. Without it, all that hold an NTUSER.DAT or a
+                    package folder.
+  --tab NAME        Tab to fill. May be repeated. Without it, all of:
+                    %1
+  --debug-log FILE  Append the plug-in's debug log to FILE.
+  --plugin FILE     Plug-in library to load. Without it, the one beside this
+                    program, or in ../plugin or ../lib from there.
+  --keep-rows       Keep the rows of earlier runs in the database.
+  --quiet           Show no progress.
+  -h, --help        Shows this text.
+
+)"_s;
+
+const auto exit_code_help = uR"(Exit codes:
+  0    the run is complete
+  1    the run failed, or rows are missing from the database
+  2    wrong use, such as an unknown tab
+  3    the source cannot be read
+  4    the result folder or the debug log cannot be written
+  5    the plug-in cannot be loaded
+  130  the run was cancelled; the rows written before are kept)"_s;
+
+command_line shown(const QString &text)
+{
+    return {std::nullopt, text, exit_complete};
+}
+
+command_line misused(const QString &reason)
+{
+    return {std::nullopt, reason, exit_usage};
+}
+
+/// An account is a folder's name below "Users/": anything else would lead elsewhere.
+bool is_path_component(const QString &name)
+{
+    return !name.isEmpty() && name != "."_L1 && name != ".."_L1 && !name.contains(u'/') &&
+           !name.contains(QChar::Null);
+}
+
+/// What is wrong with the values given, or an empty text.
+QString misuse_of(const extract_options &options)
+{
+    for (const QString &user : options.users) {
+        if (!is_path_component(user))
+            return u"\"%1\" is no account name: give the name of a folder in SOURCE/Users"_s.arg(
+                user);
+    }
+    const QStringList known = host_tab_names();
+    for (const QString &tab : options.tabs) {
+        if (!known.contains(tab))
+            return u"unknown tab \"%1\"; the tabs are %2"_s.arg(tab, known.join(", "_L1));
+    }
+    return {};
+}
+
+/// The options of `artifact_host extract`, declared and read.
+class extract_parser
+{
+public:
+    extract_parser()
+    {
+        m_parser.addOptions(
+            {m_result, m_user, m_tab, m_debug_log, m_plugin, m_keep_rows, m_quiet, m_help});
+    }
+
+    command_line parse(const QStringList &arguments)
+    {
+        // The parser takes the first argument for the program's name.
+        if (!m_parser.parse(QStringList(u"artifact_host"_s) + arguments))
+            return misused(m_parser.errorText());
+        if (m_parser.isSet(m_help))
+            return shown(extract_help.arg(host_tab_names().join("\n                    "_L1)) +
+                         exit_code_help);
+        const QStringList sources = m_parser.positionalArguments();
+        if (sources.size() != 1)
+            return misused(u"extract takes one SOURCE, but %1 were given"_s.arg(sources.size()));
+        if (!m_parser.isSet(m_result))
+            return misused(u"extract needs a result folder: --result DIR"_s);
+        for (const QCommandLineOption &option : {m_result, m_debug_log, m_plugin}) {
+            if (m_parser.isSet(option) && m_parser.value(option).isEmpty())
+                return misused(u"--%1 was given an empty path"_s.arg(option.names().first()));
+        }
+        return checked(options_for(sources.first()));
+    }
+
+private:
+    extract_options options_for(const QString &source) const
+    {
+        extract_options options;
+        options.source = source;
+        options.result_directory = m_parser.value(m_result);
+        options.users = m_parser.values(m_user);
+        options.users.removeDuplicates();
+        options.tabs = m_parser.isSet(m_tab) ? m_parser.values(m_tab) : host_tab_names();
+        options.debug_log = m_parser.value(m_debug_log);
+        options.plugin_file = m_parser.value(m_plugin);
+        options.keep_rows = m_parser.isSet(m_keep_rows);
+        options.quiet = m_parser.isSet(m_quiet);
+        return options;
+    }
+
+    static command_line checked(const extract_options &options)
+    {
+        const QString misuse = misuse_of(options);
+        if (!misuse.isEmpty())
+            return misused(misuse);
+        return {options, {}, exit_complete};
+    }
+
+    QCommandLineParser m_parser;
+    const QCommandLineOption m_result{u"result"_s, {}, u"DIR"_s};
+    const QCommandLineOption m_user{u"user"_s, {}, u"NAME"_s};
+    const QCommandLineOption m_tab{u"tab"_s, {}, u"NAME"_s};
+    const QCommandLineOption m_debug_log{u"debug-log"_s, {}, u"FILE"_s};
+    const QCommandLineOption m_plugin{u"plugin"_s, {}, u"FILE"_s};
+    const QCommandLineOption m_keep_rows{u"keep-rows"_s};
+    const QCommandLineOption m_quiet{u"quiet"_s};
+    const QCommandLineOption m_help{{u"h"_s, u"help"_s}};
+};
+
+} // namespace
+
+command_line parse_command_line(const QStringList &arguments)
+{
+    const QString first = arguments.value(0);
+    if (first == "extract"_L1)
+        return extract_parser().parse(arguments.mid(1));
+    if (first == "--help"_L1 || first == "-h"_L1)
+        return shown(general_help + exit_code_help);
+    if (first == "--version"_L1 || first == "-v"_L1)
+        return shown(u"artifact_host " ARTIFACT_HOST_VERSION ""_s);
+    if (first.isEmpty())
+        return misused(u"no command given; see artifact_host --help"_s);
+    return misused(u"unknown command \"%1\"; see artifact_host --help"_s.arg(first));
+}

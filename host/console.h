@@ -1,0 +1,25 @@
+#ifndef CONSOLE_H
+#define CONSOLE_H
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdio>
+
+/// `text` with control, format and line-breaking characters and lone surrogates written as escapes
+/// (\x1b, \u202e), so that a name from the evidence can neither steer a terminal nor fake a line.
+QString printable(const QString &text);
+
+/// Writes `line` and a line feed to `stream` in the local encoding.
+void write_line(std::FILE *stream, const QString &line);
+
+/// Draws `text`, shorter than a line of the terminal, over the line that the cursor is in.
+void redraw_line(std::FILE *terminal, const QString &text);
+
+/// Writes "artifact_host: " and the printable form of `text` as one line to standard error.
+void print_notice(const QString &text);
+
+/// The same for each warning, with "artifact_host: warning: " in front.
+void print_warnings(const QStringList &warnings);
+
+#endif

@@ -1,0 +1,154 @@
+#include "extract_command.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+#include "allocator_settings.h"
+#include "console.h"
+#include "extraction_run.h"
+#include "hive_precheck.h"
+#include "plugin_library.h"
+#include "result_location.h"
+#include "row_counter.h"
+#include "run_report.h"
+#include "source_volume.h"
+#include "unread_keys.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the examiner asked for, checked against the volume and the machine.
+struct prepared_run
+{
+    extraction_plan plan;
+    result_location location;
+    QList<host_tab> tabs;
+    QStringList warnings;
+};
+
+/// The tabs without those that a link would make read a file outside of the volume.
+QList<host_tab> tabs_within(const source_volume &volume, const QList<host_tab> &tabs,
+                            QStringList &warnings)
+{
+    QList<host_tab> kept = tabs;
+    for (const QString &path : {QString(software_hive_path), QString(software_backup_path)}) {
+        if (!any_reads(kept, tab_input::software_hive) || !volume.leads_out(path))
+            continue;
+        kept.removeIf([](const host_tab &tab) { return tab.input == tab_input::software_hive; });
+        warnings.append(
+            u"%1: a link leads out of the source; the tabs of the software hive are left out"_s.arg(
+                path));
+    }
+    return kept;
+}
+
+/// Whether the volume has any of the files that the tabs are filled from.
+bool is_anything_to_read(const source_volume &volume, const prepared_run &run)
+{
+    if (run.tabs.isEmpty())
+        return false;
+    const bool has_software =
+        volume.holds(software_hive_path) || volume.holds(software_backup_path);
+    return has_software || !run.plan.accounts.isEmpty();
+}
+
+refusal nothing_to_read(const source_volume &volume)
+{
+    return {exit_source, u"source %1 holds nothing to read: no %2 and no account in Users"_s.arg(
+                             volume.root(), software_hive_path)};
+}
+
+qint64 size_of_largest_hive(const source_volume &volume, const QStringList &accounts)
+{
+    qint64 largest = QFileInfo(volume.root() + software_hive_path).size();
+    for (const QString &account : accounts)
+        largest = std::max(largest, QFileInfo(volume.root() + user_hive_path(account)).size());
+    return largest;
+}
+
+/// Chooses what to read; the accounts and tabs that a link leads out of are not among it.
+prepared_run choose_input(const source_volume &volume, const extract_options &options)
+{
+    prepared_run run;
+    account_selection selection = select_accounts(volume, options.users);
+    run.warnings = selection.warnings;
+    run.tabs = tabs_within(volume, tabs_named(options.tabs), run.warnings);
+    run.warnings += precheck_warnings(volume, selection.accounts, run.tabs);
+    run.plan.source_root = volume.root();
+    run.plan.accounts = selection.accounts;
+    for (const host_tab &tab : std::as_const(run.tabs))
+        run.plan.tabs.append(tab.name);
+    run.plan.keep_rows = options.keep_rows;
+    return run;
+}
+
+/// Chooses where to write; creates nothing.
+std::optional<refusal> choose_output(const source_volume &volume, const extract_options &options,
+                                     const QString &artifact_name, prepared_run &run)
+{
+    run.location = locate_result(options.result_directory, artifact_name);
+    run.plan.result_directory = run.location.result_directory;
+    if (auto refused = check_result(run.location, volume))
+        return refused;
+    if (options.debug_log.isEmpty())
+        return std::nullopt;
+    run.plan.debug_log = QFileInfo(options.debug_log).absoluteFilePath();
+    return check_debug_log(run.plan.debug_log, volume);
+}
+
+std::optional<refusal> create_output(const prepared_run &run)
+{
+    if (auto refused = create_result_directory(run.location))
+        return refused;
+    return run.plan.debug_log.isEmpty() ? std::nullopt : create_debug_log(run.plan.debug_log);
+}
+
+qint64 rows_kept(const prepared_run &run)
+{
+    const bool may_hold_rows = run.plan.keep_rows && QFileInfo::exists(run.location.database_file);
+    return may_hold_rows ? count_rows(run.location.database_file, run.plan.tabs).total() : 0;
+}
+
+/// The run itself, and what is to be said about it.
+exit_code run_and_report(artifact_plugin &plugin, const prepared_run &run,
+                         const source_volume &volume, bool quiet)
+{
+    const qint64 kept = rows_kept(run);
+    const run_outcome outcome = run_extraction(plugin, run.plan, progress_style_for(quiet));
+    const row_counts counts = count_rows(run.location.database_file, run.plan.tabs);
+    if (!outcome.cancelled)
+        print_warnings(
+            unread_key_warnings(volume, run.plan.accounts, run.tabs, run.location.database_file));
+    return report_run({outcome, counts, kept, run.location.database_file});
+}
+
+} // namespace
+
+exit_code extract(const extract_options &options)
+{
+    const auto refuse = [](const refusal &refused) {
+        print_notice(refused.reason);
+        return refused.code;
+    };
+    if (const auto refused = check_source(options.source))
+        return refuse(*refused);
+    const source_volume volume(options.source);
+    prepared_run run = choose_input(volume, options);
+    if (!is_anything_to_read(volume, run)) {
+        print_warnings(run.warnings);
+        return refuse(nothing_to_read(volume));
+    }
+    keep_hive_memory_mapped(size_of_largest_hive(volume, run.plan.accounts));
+    const loaded_plugin plugin = load_plugin(options.plugin_file);
+    if (plugin.object == nullptr)
+        return refuse({exit_plugin, plugin.failure});
+    if (const auto refused =
+            choose_output(volume, options, plugin.object->pub_get_artifact_name(), run))
+        return refuse(*refused);
+    if (const auto refused = create_output(run))
+        return refuse(*refused);
+    print_warnings(run.warnings);
+    return run_and_report(*plugin.object, run, volume, options.quiet);
+}

@@ -1,0 +1,35 @@
+#ifndef EXTRACTION_RUN_H
+#define EXTRACTION_RUN_H
+
+#include <QString>
+#include <QStringList>
+
+#include "artifact_plugin_interface.h"
+#include "progress_display.h"
+
+/// All that a run needs to know; everything in it has been checked.
+struct extraction_plan
+{
+    QString source_root; ///< absolute, ending in "/"
+    QStringList accounts;
+    QStringList tabs;
+    QString result_directory;
+    QString debug_log; ///< an existing file, or empty for none
+    bool keep_rows = false;
+};
+
+/// How a run went, as far as the plug-in told.
+struct run_outcome
+{
+    qint64 rows_written = 0;
+    bool cancelled = false;
+    qint64 failures = 0;   ///< failures that the plug-in logged
+    QString first_failure; ///< what the first of them said
+};
+
+/// Drives the plug-in object through one extraction, from the settings to the removal of its
+/// temporary files. Blocks until the end; Ctrl-C cancels.
+run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
+                           progress_style style);
+
+#endif

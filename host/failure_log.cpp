@@ -1,0 +1,68 @@
+#include "failure_log.h"
+
+#include <QLoggingCategory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A debug line: "[time][edition][Artifacts Extraction][caller]:-- message".
+constexpr auto line_mark = "][Artifacts Extraction]["_L1;
+constexpr auto message_mark = "]:-- "_L1;
+
+/// Failure messages name themselves before the first path that they tell.
+bool tells_failure(const QString &message)
+{
+    const auto told = QStringView(message).left(message.indexOf(u'/'));
+    return told.contains("FAILED"_L1) || told.contains("opening failed"_L1);
+}
+
+/// Between a failed command and its reason stand the caller and the command.
+bool tells_reason(const QString &message)
+{
+    const QString text = message.trimmed();
+    return !text.startsWith("CALLER FUNCTION"_L1) && !text.startsWith("command"_L1);
+}
+
+} // namespace
+
+failure_log *failure_log::instance = nullptr;
+
+failure_log::failure_log()
+{
+    instance = this;
+    // Some systems switch debug messages off for all programs.
+    QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, true);
+    m_former_handler = qInstallMessageHandler(&failure_log::receive);
+}
+
+failure_log::~failure_log()
+{
+    qInstallMessageHandler(m_former_handler);
+    instance = nullptr;
+}
+
+QString failure_log::first() const
+{
+    const QString message = m_first_message.trimmed();
+    return m_first_reason.isEmpty() ? message : message + ": "_L1 + m_first_reason.trimmed();
+}
+
+void failure_log::receive(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    const qsizetype mark = text.indexOf(message_mark);
+    if (mark >= 0 && text.contains(line_mark))
+        instance->take(text.mid(mark + message_mark.size()));
+    else if (instance->m_former_handler != nullptr)
+        instance->m_former_handler(type, context, text);
+}
+
+void failure_log::take(const QString &message)
+{
+    if (m_count == 1 && m_first_reason.isEmpty() && tells_reason(message))
+        m_first_reason = message;
+    if (!tells_failure(message))
+        return;
+    if (++m_count == 1)
+        m_first_message = message;
+}

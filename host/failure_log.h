@@ -1,0 +1,40 @@
+#ifndef FAILURE_LOG_H
+#define FAILURE_LOG_H
+
+#include <QString>
+#include <QtGlobal>
+
+/// Listens to a plug-in's debug log while it lives and keeps what failed.
+///
+/// A plug-in returns no status: a table that cannot be made or a row that cannot be written shows
+/// only in its debug log. With its terminal switch on it sends every line to the Qt debug channel,
+/// where this object takes them; other messages go on as before. Only one may live at a time.
+class failure_log
+{
+public:
+    failure_log();
+    ~failure_log();
+    failure_log(const failure_log &) = delete;
+    failure_log(failure_log &&) = delete;
+    failure_log &operator=(const failure_log &) = delete;
+    failure_log &operator=(failure_log &&) = delete;
+
+    /// How many lines told a failure.
+    qint64 count() const { return m_count; }
+
+    /// What the first of them told and, after a colon, the reason, which follows on a line of its
+    /// own.
+    QString first() const;
+
+private:
+    static void receive(QtMsgType type, const QMessageLogContext &context, const QString &text);
+    void take(const QString &message);
+
+    static failure_log *instance;
+    QtMessageHandler m_former_handler = nullptr;
+    qint64 m_count = 0;
+    QString m_first_message;
+    QString m_first_reason;
+};
+
+#endif

@@ -1,0 +1,168 @@
+#include "hive_precheck.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+
+#include "key_check.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The base block of a hive file (regf): offsets of its fields, which are little-endian.
+constexpr qsizetype base_block_size = 4096;
+constexpr qsizetype primary_sequence_offset = 0x04;
+constexpr qsizetype secondary_sequence_offset = 0x08;
+constexpr qsizetype hive_bins_size_offset = 0x28;
+constexpr qsizetype checksum_offset = 0x1fc;
+
+quint32 field_at(const QByteArray &base_block, qsizetype offset)
+{
+    return qFromLittleEndian<quint32>(base_block.constData() + offset);
+}
+
+/// XOR of the fields before the checksum; Windows never stores 0 or -1.
+quint32 checksum_of(const QByteArray &base_block)
+{
+    quint32 sum = 0;
+    for (qsizetype offset = 0; offset < checksum_offset; offset += qsizetype(sizeof(quint32)))
+        sum ^= field_at(base_block, offset);
+    if (sum == 0)
+        return 1;
+    return sum == 0xffffffff ? 0xfffffffe : sum;
+}
+
+QStringList neighbours_of(const QFileInfo &file)
+{
+    return file.dir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
+}
+
+/// The transaction logs beside the hive, whatever the letter case of their names.
+QStringList logs_beside(const QFileInfo &hive)
+{
+    const QString name = hive.fileName();
+    const QStringList wanted{name + ".LOG"_L1, name + ".LOG1"_L1, name + ".LOG2"_L1};
+    QStringList logs;
+    for (const QString &entry : neighbours_of(hive)) {
+        if (wanted.contains(entry, Qt::CaseInsensitive))
+            logs.append(entry);
+    }
+    return logs;
+}
+
+/// Windows ignores letter case, most file systems that evidence is extracted to do not.
+QString absence_of(const QFileInfo &hive)
+{
+    if (hive.isSymLink())
+        return u"not found: a link leads nowhere"_s;
+    for (const QString &entry : neighbours_of(hive)) {
+        if (entry.compare(hive.fileName(), Qt::CaseInsensitive) == 0)
+            return u"not found, and %1 beside it is not read: its letter case differs"_s.arg(entry);
+    }
+    return u"not found"_s;
+}
+
+hive_findings unreadable(const QString &finding)
+{
+    return {{finding}, false};
+}
+
+void append_size_finding(const QByteArray &base_block, qint64 file_size, hive_findings &findings)
+{
+    const qint64 told = base_block_size + qint64(field_at(base_block, hive_bins_size_offset));
+    if (told > file_size)
+        findings.warnings.append(
+            u"cut off: its header tells %1 bytes, the file has %2; what is missing is not read"_s
+                .arg(told)
+                .arg(file_size));
+}
+
+void append_sequence_finding(const QByteArray &base_block, const QFileInfo &file,
+                             hive_findings &findings)
+{
+    const quint32 primary = field_at(base_block, primary_sequence_offset);
+    const quint32 secondary = field_at(base_block, secondary_sequence_offset);
+    if (primary == secondary)
+        return;
+    const QStringList logs = logs_beside(file);
+    const QString advice = logs.isEmpty()
+                               ? u"no transaction log lies beside it"_s
+                               : u"the changes in %1 are not applied"_s.arg(logs.join(", "_L1));
+    findings.warnings.append(
+        u"not closed cleanly (sequence numbers %1 and %2), so it may be out of date; %3"_s
+            .arg(primary)
+            .arg(secondary)
+            .arg(advice));
+}
+
+hive_findings check_base_block(const QByteArray &base_block, const QFileInfo &file)
+{
+    if (!base_block.startsWith("regf"))
+        return unreadable(u"not a registry hive, so it is not read"_s);
+    if (checksum_of(base_block) != field_at(base_block, checksum_offset))
+        return unreadable(u"its header is damaged (wrong checksum), so it is not read"_s);
+    hive_findings findings;
+    append_size_finding(base_block, file.size(), findings);
+    append_sequence_finding(base_block, file, findings);
+    return findings;
+}
+
+/// Appends the findings about the volume's hive, each with its path; tells whether it is readable.
+bool append_findings(const source_volume &volume, const QString &path, QStringList &warnings)
+{
+    const hive_findings findings = check_hive_file(volume.root() + path);
+    for (const QString &finding : findings.warnings)
+        warnings.append(path + ": "_L1 + finding);
+    return findings.readable;
+}
+
+bool has_usable_backup(const source_volume &volume)
+{
+    return check_hive_file(volume.root() + software_backup_path).readable;
+}
+
+/// The backup is read when the hive cannot be opened. Most Windows versions keep it empty, so
+/// trying to open the hive is rarely needed.
+void append_software_findings(const source_volume &volume, QStringList &warnings)
+{
+    const bool readable = append_findings(volume, software_hive_path, warnings);
+    if (readable &&
+        (!has_usable_backup(volume) || opens_as_hive(volume.root() + software_hive_path)))
+        return;
+    if (append_findings(volume, software_backup_path, warnings))
+        warnings.append(software_backup_path +
+                        ": is read in place of the software hive, which cannot be opened"_L1);
+}
+
+} // namespace
+
+hive_findings check_hive_file(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return unreadable(absence_of(info));
+    if (!info.isFile())
+        return unreadable(u"not a regular file, so it is not read"_s);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return unreadable(u"cannot be read: %1"_s.arg(file.errorString()));
+    const QByteArray base_block = file.read(base_block_size);
+    if (base_block.size() < base_block_size)
+        return unreadable(u"too short for a hive (%1 bytes), so it is not read"_s.arg(info.size()));
+    return check_base_block(base_block, info);
+}
+
+QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
+                              const QList<host_tab> &tabs)
+{
+    QStringList warnings;
+    if (any_reads(tabs, tab_input::software_hive))
+        append_software_findings(volume, warnings);
+    if (any_reads(tabs, tab_input::user_hive)) {
+        for (const QString &account : accounts)
+            append_findings(volume, user_hive_path(account), warnings);
+    }
+    return warnings;
+}

@@ -1,0 +1,27 @@
+#ifndef HIVE_PRECHECK_H
+#define HIVE_PRECHECK_H
+
+#include <QString>
+#include <QStringList>
+
+#include "host_tabs.h"
+#include "source_volume.h"
+
+/// What a registry hive file's header tells before the file is read.
+struct hive_findings
+{
+    QStringList warnings;
+    bool readable = true; ///< false when the file will not be opened as a hive
+};
+
+/// Examines the header of the hive file at `path` for reading only: its kind, size, signature,
+/// checksum and sequence numbers, and the transaction logs that lie beside it. Only a regular file
+/// is opened, so this never waits for a writer.
+hive_findings check_hive_file(const QString &path);
+
+/// One warning, beginning with the path relative to the volume, for each finding about the hives
+/// that the tabs read. The backup of the software hive is looked at only when it will be needed.
+QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
+                              const QList<host_tab> &tabs);
+
+#endif

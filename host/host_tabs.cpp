@@ -1,0 +1,55 @@
+#include "host_tabs.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto user_assist_key =
+    u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist"_s;
+
+} // namespace
+
+const QList<host_tab> &host_tabs()
+{
+    static const QList<host_tab> tabs{
+        {u"install_apps_64"_s, tab_input::software_hive,
+         u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s},
+        {u"install_apps_32"_s, tab_input::software_hive,
+         u"WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_s},
+        {u"uninstall_apps"_s, tab_input::user_hive, user_assist_key},
+        {u"registered_apps"_s, tab_input::software_hive, u"RegisteredApplications"_s},
+        {u"metro_apps"_s, tab_input::package_folder, {}},
+        {u"previously_executed_apps"_s, tab_input::user_hive, user_assist_key},
+        {u"third_party_applications"_s, tab_input::user_hive,
+         u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s},
+        {u"hidden_desktop_icons_app"_s, tab_input::user_hive,
+         u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_s},
+    };
+    return tabs;
+}
+
+QStringList host_tab_names()
+{
+    QStringList names;
+    for (const host_tab &tab : host_tabs())
+        names.append(tab.name);
+    return names;
+}
+
+QList<host_tab> tabs_named(const QStringList &names)
+{
+    QList<host_tab> tabs;
+    for (const host_tab &tab : host_tabs()) {
+        if (names.contains(tab.name))
+            tabs.append(tab);
+    }
+    return tabs;
+}
+
+bool any_reads(const QList<host_tab> &tabs, tab_input input)
+{
+    return std::any_of(tabs.begin(), tabs.end(),
+                       [input](const host_tab &tab) { return tab.input == input; });
+}

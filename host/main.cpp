@@ -1,0 +1,63 @@
+#include <QApplication>
+
+#include <exception>
+
+#include "command_line.h"
+#include "console.h"
+#include "extract_command.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList arguments_of(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+/// Messages of Qt itself, which become notices like all others.
+void show_qt_message(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    // Without a login session Qt tells which folder it uses instead of the session's.
+    if (!text.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set"_L1))
+        print_notice(text);
+}
+
+exit_code show(const command_line &command)
+{
+    if (command.code == exit_complete)
+        write_line(stdout, command.text);
+    else
+        print_notice(command.text);
+    return command.code;
+}
+
+exit_code run(int argc, char **argv)
+{
+    const command_line command = parse_command_line(arguments_of(argc, argv));
+    if (!command.extract)
+        return show(command);
+    qInstallMessageHandler(show_qt_message);
+    // A plug-in is a widget, which no examiner needs to see.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Qt would take options of its own out of the arguments, which are the examiner's alone.
+    int program_name_only = 1;
+    const QApplication application(program_name_only, argv);
+    return extract(*command.extract);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        print_notice(u"the run failed: %1"_s.arg(QString::fromLocal8Bit(error.what())));
+        return exit_run_failed;
+    }
+}

@@ -1,0 +1,35 @@
+#ifndef RESULT_LOCATION_H
+#define RESULT_LOCATION_H
+
+#include <QString>
+
+#include <optional>
+
+#include "exit_code.h"
+#include "source_volume.h"
+
+/// Where the results of one plug-in go below the examiner's result folder.
+struct result_location
+{
+    QString result_directory; ///< as handed to the plug-in: absolute, links resolved
+    QString plugin_directory; ///< the plug-in's own folder in it, without trailing "/"
+    QString database_file;
+};
+
+/// The location below `result_directory` for the plug-in that calls itself `artifact_name`.
+result_location locate_result(const QString &result_directory, const QString &artifact_name);
+
+/// Why the results cannot be written there without touching the volume; nothing when they can.
+/// Creates nothing.
+std::optional<refusal> check_result(const result_location &location, const source_volume &volume);
+
+/// The same for a debug log at `file`.
+std::optional<refusal> check_debug_log(const QString &file, const source_volume &volume);
+
+/// Creates the plug-in's folder with all its parents.
+std::optional<refusal> create_result_directory(const result_location &location);
+
+/// Creates the debug log unless it exists; the plug-in only appends to a file that is there.
+std::optional<refusal> create_debug_log(const QString &file);
+
+#endif

@@ -1,0 +1,79 @@
+#include "run_report.h"
+
+#include <QFileInfo>
+
+#include "console.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString count_line(const QString &name, qint64 rows)
+{
+    constexpr int name_width = 26;
+    constexpr int count_width = 10;
+    return name.leftJustified(name_width) + QString::number(rows).rightJustified(count_width);
+}
+
+/// Rows that the plug-in counted and that the database does not hold show a lost transaction, rows
+/// of earlier runs that should be gone a clearing that failed.
+QString count_problem(const finished_run &run)
+{
+    const qint64 expected = run.rows_kept + run.outcome.rows_written;
+    if (run.outcome.cancelled || run.counts.total() == expected)
+        return {};
+    return u"the database holds %1 rows instead of %2"_s.arg(run.counts.total()).arg(expected);
+}
+
+QString database_problem(const finished_run &run)
+{
+    if (!QFileInfo::exists(run.database_file))
+        return u"no result database was made at %1"_s.arg(run.database_file);
+    if (!run.counts.failure.isEmpty())
+        return u"the result database %1 cannot be read: %2"_s.arg(run.database_file,
+                                                                  run.counts.failure);
+    return count_problem(run);
+}
+
+QString logged_problem(const run_outcome &outcome)
+{
+    if (outcome.failures == 0)
+        return {};
+    return u"failures reported by the plug-in: %1, the first: %2"_s.arg(outcome.failures)
+        .arg(outcome.first_failure);
+}
+
+} // namespace
+
+QStringList problems_of(const finished_run &run)
+{
+    QStringList problems{logged_problem(run.outcome), database_problem(run)};
+    problems.removeAll(QString());
+    return problems;
+}
+
+QStringList report_lines(const finished_run &run)
+{
+    QStringList lines;
+    for (const table_rows &table : run.counts.tables)
+        lines.append(count_line(table.table, table.rows));
+    lines.append(count_line(u"total"_s, run.counts.total()));
+    lines.append(run.database_file);
+    return lines;
+}
+
+exit_code report_run(const finished_run &run)
+{
+    const QStringList problems = problems_of(run);
+    for (const QString &problem : problems)
+        print_notice(problem);
+    if (run.outcome.cancelled)
+        print_notice(u"cancelled; the rows written so far are kept"_s);
+    if (QFileInfo::exists(run.database_file)) {
+        for (const QString &line : report_lines(run))
+            write_line(stdout, line);
+    }
+    if (run.outcome.cancelled)
+        return exit_cancelled;
+    return problems.isEmpty() ? exit_complete : exit_run_failed;
+}

@@ -1,0 +1,28 @@
+#ifndef RUN_REPORT_H
+#define RUN_REPORT_H
+
+#include <QStringList>
+
+#include "exit_code.h"
+#include "extraction_run.h"
+#include "row_counter.h"
+
+/// A finished or cancelled run, as the plug-in told it and as the database holds it.
+struct finished_run
+{
+    run_outcome outcome;
+    row_counts counts;    ///< of the tabs of the run
+    qint64 rows_kept = 0; ///< rows of earlier runs that these tabs were to keep
+    QString database_file;
+};
+
+/// What went wrong, one line each; none after a run without failures.
+QStringList problems_of(const finished_run &run);
+
+/// The lines for standard output: rows of each tab, their total and, last, the database's path.
+QStringList report_lines(const finished_run &run);
+
+/// Prints the report and the problems and tells how the program is to end.
+exit_code report_run(const finished_run &run);
+
+#endif

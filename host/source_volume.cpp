@@ -1,0 +1,147 @@
+#include "source_volume.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <filesystem>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString account_path(const QString &account)
+{
+    return "Users/"_L1 + account;
+}
+
+/// The first path of the account that a link leads out of the volume, or an empty text.
+QString path_leading_out(const source_volume &volume, const QString &account)
+{
+    for (const QString &path :
+         {account_path(account), user_hive_path(account), package_folder_path(account)}) {
+        if (volume.leads_out(path))
+            return path;
+    }
+    return {};
+}
+
+bool holds_artifacts(const source_volume &volume, const QString &account)
+{
+    return volume.holds(user_hive_path(account)) || volume.holds(package_folder_path(account));
+}
+
+/// The entries of "Users" as the file system names them, in no order.
+QList<QByteArray> raw_names_in_users(const source_volume &volume)
+{
+    QList<QByteArray> names;
+    std::error_code error;
+    const std::filesystem::path users = QFile::encodeName(volume.root() + "Users"_L1).toStdString();
+    for (auto entry = std::filesystem::directory_iterator(users, error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        names.append(QByteArray::fromStdString(entry->path().filename().string()));
+    return names;
+}
+
+/// Their names as texts, folders before links to them, so that a link never hides the folder. Qt
+/// reaches no file whose name is not UTF-8: such names are reported.
+QStringList names_in_users(const source_volume &volume, QStringList &warnings)
+{
+    QStringList folders;
+    QStringList links;
+    for (const QByteArray &raw_name : raw_names_in_users(volume)) {
+        const QString name = QString::fromUtf8(raw_name);
+        if (name.toUtf8() != raw_name)
+            warnings.append(
+                u"%1: its name is not valid UTF-8, so it is not read"_s.arg(account_path(name)));
+        else
+            (QFileInfo(volume.root() + account_path(name)).isSymLink() ? links : folders)
+                .append(name);
+    }
+    folders.sort();
+    links.sort();
+    return folders + links;
+}
+
+QStringList accounts_found(const source_volume &volume, QStringList &warnings)
+{
+    QStringList accounts;
+    QSet<QString> seen;
+    for (const QString &name : names_in_users(volume, warnings)) {
+        const QString place = QFileInfo(volume.root() + account_path(name)).canonicalFilePath();
+        if (!holds_artifacts(volume, name) || seen.contains(place))
+            continue;
+        seen.insert(place);
+        accounts.append(name);
+    }
+    accounts.sort();
+    return accounts;
+}
+
+} // namespace
+
+std::optional<refusal> check_source(const QString &directory)
+{
+    const QFileInfo info(directory);
+    if (directory.isEmpty() || !info.exists())
+        return refusal{exit_source, u"source %1 does not exist"_s.arg(directory)};
+    if (!info.isDir())
+        return refusal{
+            exit_source,
+            u"source %1 is no folder: mount or extract the volume first"_s.arg(directory)};
+    if (!info.isReadable() || !info.isExecutable())
+        return refusal{exit_source, u"source %1 cannot be read"_s.arg(directory)};
+    return std::nullopt;
+}
+
+source_volume::source_volume(const QString &directory)
+    : m_root(QFileInfo(directory).canonicalFilePath())
+{
+    if (!m_root.endsWith(u'/'))
+        m_root += u'/';
+}
+
+bool source_volume::leads_out(const QString &relative) const
+{
+    const QString place = QFileInfo(m_root + relative).canonicalFilePath();
+    return !place.isEmpty() && !place.startsWith(m_root);
+}
+
+bool source_volume::holds(const QString &relative) const
+{
+    return QFileInfo::exists(m_root + relative);
+}
+
+bool source_volume::holds_folder(const QString &relative) const
+{
+    return QFileInfo(m_root + relative).isDir();
+}
+
+QString user_hive_path(const QString &account)
+{
+    return account_path(account) + "/NTUSER.DAT"_L1;
+}
+
+QString package_folder_path(const QString &account)
+{
+    return account_path(account) + "/AppData/Local/Packages"_L1;
+}
+
+account_selection select_accounts(const source_volume &volume, const QStringList &requested)
+{
+    account_selection selection;
+    QStringList &warnings = selection.warnings;
+    const QStringList candidates =
+        requested.isEmpty() ? accounts_found(volume, warnings) : requested;
+    for (const QString &account : candidates) {
+        const QString outside = path_leading_out(volume, account);
+        if (!outside.isEmpty())
+            warnings.append(u"%1: a link leads out of the source; account %2 is left out"_s.arg(
+                outside, account));
+        else if (!volume.holds(account_path(account)))
+            warnings.append(u"%1: not found"_s.arg(account_path(account)));
+        else
+            selection.accounts.append(account);
+    }
+    return selection;
+}

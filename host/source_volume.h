@@ -1,0 +1,58 @@
+#ifndef SOURCE_VOLUME_H
+#define SOURCE_VOLUME_H
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+#include "exit_code.h"
+
+/// Why `directory` cannot be read as an evidence source; nothing when it can.
+std::optional<refusal> check_source(const QString &directory);
+
+/// A Windows volume mounted or extracted under a directory. Nothing in it is ever changed.
+class source_volume
+{
+public:
+    /// Takes a directory that passed check_source; links on the way to it are resolved.
+    explicit source_volume(const QString &directory);
+
+    /// Absolute path without links, ending in "/".
+    const QString &root() const { return m_root; }
+
+    /// Whether `relative` exists, but lies outside the volume because a symbolic link leads there.
+    bool leads_out(const QString &relative) const;
+
+    /// Whether something lies at `relative`.
+    bool holds(const QString &relative) const;
+
+    /// Whether a folder lies at `relative`.
+    bool holds_folder(const QString &relative) const;
+
+private:
+    QString m_root;
+};
+
+/// Where the software hive lies, relative to the volume's root, and its copy of last resort.
+inline constexpr auto software_hive_path = QLatin1StringView("Windows/System32/config/SOFTWARE");
+inline constexpr auto software_backup_path =
+    QLatin1StringView("Windows/System32/config/RegBack/SOFTWARE");
+
+/// Where the account's registry hive and its package folder lie, relative to the volume's root.
+QString user_hive_path(const QString &account);
+QString package_folder_path(const QString &account);
+
+/// The accounts that a run reads, and what the examiner should know about the others.
+struct account_selection
+{
+    QStringList accounts;
+    QStringList warnings;
+};
+
+/// The `requested` accounts or, when none is, all folders of "Users" that hold a registry hive or a
+/// package folder, by name; a folder that is reached twice, through a link beside it, counts once.
+/// Accounts whose folder or files lie outside the volume are left out and reported.
+account_selection select_accounts(const source_volume &volume, const QStringList &requested);
+
+#endif

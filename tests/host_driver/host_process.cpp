@@ -1,0 +1,164 @@
+#include "host_process.h"
+
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <stdexcept>
+#include <unistd.h>
+
+#ifdef Q_OS_LINUX
+#include <linux/capability.h>
+#include <sys/prctl.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace test_support {
+
+namespace {
+
+constexpr int patience_ms = 120'000;
+
+[[noreturn]] void give_up(const char *what)
+{
+    throw std::runtime_error(what);
+}
+
+QStringList lines_of(const QByteArray &output)
+{
+    QStringList lines = QString::fromUtf8(output).split(u'\n');
+    if (lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+QByteArray without_elapsed_times(const QByteArray &output)
+{
+    static const QRegularExpression elapsed(u"(tabs, \\d+ rows, )\\d+:\\d\\d"_s);
+    return QString::fromUtf8(output).replace(elapsed, u"\\10:00"_s).toUtf8();
+}
+
+void drop_file_privileges()
+{
+#ifdef Q_OS_LINUX
+    // What the bounding set lacks is gone after the program was executed.
+    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+#endif
+}
+
+} // namespace
+
+host_process::host_process()
+{
+    m_process.setProgram(QStringLiteral(ARTIFACT_HOST));
+    m_process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+}
+
+host_process::~host_process()
+{
+    for (const int end : {m_terminal, m_terminal_line}) {
+        if (end >= 0)
+            close(end);
+    }
+}
+
+host_process &host_process::environment(const QString &name, const QString &value)
+{
+    QProcessEnvironment environment = m_process.processEnvironment();
+    environment.insert(name, value);
+    m_process.setProcessEnvironment(environment);
+    return *this;
+}
+
+host_process &host_process::without_privileges()
+{
+    m_unprivileged = true;
+    return *this;
+}
+
+host_process &host_process::on_terminal()
+{
+    m_terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (m_terminal < 0 || grantpt(m_terminal) != 0 || unlockpt(m_terminal) != 0)
+        give_up("no terminal");
+    m_terminal_line = open(ptsname(m_terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (m_terminal_line < 0)
+        give_up("no terminal line");
+    return *this;
+}
+
+host_process &host_process::ignoring_interrupts()
+{
+    m_interrupts_ignored = true;
+    return *this;
+}
+
+void host_process::prepare_child() const
+{
+    if (m_unprivileged)
+        drop_file_privileges();
+    if (m_interrupts_ignored)
+        std::signal(SIGINT, SIG_IGN);
+    if (m_terminal_line >= 0)
+        dup2(m_terminal_line, STDERR_FILENO);
+}
+
+void host_process::start(const QStringList &arguments)
+{
+    m_process.setChildProcessModifier([this] { prepare_child(); });
+    m_process.setArguments(arguments);
+    m_process.start();
+    if (!m_process.waitForStarted(patience_ms))
+        give_up("the program does not start");
+}
+
+void host_process::wait_for_error_line(const QString &line)
+{
+    m_process.setReadChannel(QProcess::StandardError);
+    while (!lines_of(without_elapsed_times(m_errors)).contains(line)) {
+        if (!m_process.waitForReadyRead(patience_ms))
+            give_up("the line did not come");
+        m_errors += m_process.readAllStandardError();
+    }
+}
+
+void host_process::send_signal(int signal_number) const
+{
+    kill(static_cast<pid_t>(m_process.processId()), signal_number);
+}
+
+QByteArray host_process::received_by_terminal() const
+{
+    if (m_terminal < 0)
+        return {};
+    QByteArray received(65536, Qt::Uninitialized);
+    fcntl(m_terminal, F_SETFL, O_NONBLOCK);
+    const ssize_t size = read(m_terminal, received.data(), static_cast<size_t>(received.size()));
+    received.truncate(size > 0 ? size : 0);
+    return without_elapsed_times(received);
+}
+
+host_result host_process::finish()
+{
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(patience_ms))
+        give_up("the program does not end");
+    m_errors += m_process.readAllStandardError();
+    host_result result;
+    const bool ended_itself = m_process.exitStatus() == QProcess::NormalExit;
+    (ended_itself ? result.exit_code : result.signal_number) = m_process.exitCode();
+    result.output = lines_of(m_process.readAllStandardOutput());
+    result.errors = lines_of(without_elapsed_times(m_errors));
+    result.on_terminal = received_by_terminal();
+    return result;
+}
+
+host_result host_process::run(const QStringList &arguments)
+{
+    start(arguments);
+    return finish();
+}
+
+} // namespace test_support
