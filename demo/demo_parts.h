@@ -1,0 +1,28 @@
+#ifndef DEMO_PARTS_H
+#define DEMO_PARTS_H
+
+#include "evidence_volume.h"
+
+namespace demo {
+
+// The parts of the demonstration volume; each puts its keys and files into the volume and leaves
+// the hives to be written.
+
+/// SOFTWARE: Uninstall in both views, RegisteredApplications.
+void add_software(test_support::evidence_volume &volume);
+
+/// SYSTEM: what tells the machine's name and its current control set.
+void add_system(test_support::evidence_volume &volume);
+
+/// The users' hives: UserAssist, Compatibility Assistant, desktop icons.
+void add_users(test_support::evidence_volume &volume);
+
+/// The users' store packages.
+void add_packages(test_support::evidence_volume &volume);
+
+/// Program files that the users' hives name, with their modification times.
+void add_programs(test_support::evidence_volume &volume);
+
+} // namespace demo
+
+#endif
