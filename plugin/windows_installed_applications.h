@@ -36,7 +36,8 @@ public:
     virtual void pub_set_engine_type(int type);
     /// Returns "Windows Installed Applications" in the host's language.
     virtual QString pub_get_artifact_name();
-    /// Resets both totals and lifts a cancellation, here and everywhere below.
+    /// Empties the run context (logging, edition, accounts, source count), resets both totals and
+    /// lifts a cancellation, here and everywhere below; so it comes first.
     virtual void pub_set_essentials();
     /// Takes the ordinal number of the source, which every row shows.
     virtual void pub_set_source_count(int count);

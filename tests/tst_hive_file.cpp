@@ -1,4 +1,5 @@
 #include "files.h"
+#include "hive_bins.h"
 #include "hive_builder.h"
 #include "hive_damage.h"
 #include "hive_file.h"
@@ -25,6 +26,8 @@ private slots:
     void lets_everything_pass_while_closed();
     void tells_the_length_of_a_block_list_data();
     void tells_the_length_of_a_block_list();
+    void takes_data_that_fit_into_their_cell_as_they_are_data();
+    void takes_data_that_fit_into_their_cell_as_they_are();
     void refuses_a_record_or_a_list_that_leaves_the_file();
     void reads_cells_in_any_order();
     void reads_the_file_that_was_opened_last();
@@ -99,7 +102,7 @@ void tst_hive_file::lets_everything_pass_while_closed()
 {
     hive_file file;
     QVERIFY(file.holds(1000, 1000));
-    QCOMPARE(file.block_list_length(1000), 0);
+    QCOMPARE(file.block_list_length(1000, 40000), 0);
 }
 
 void tst_hive_file::tells_the_length_of_a_block_list_data()
@@ -120,7 +123,27 @@ void tst_hive_file::tells_the_length_of_a_block_list()
     hive_file file;
     QVERIFY(file.open(path()));
     const qint64 cell = hive.root().cells_of_value(0).data;
-    QTEST(file.block_list_length(static_cast<quint64>(cell)), "length");
+    QTEST(file.block_list_length(static_cast<quint64>(cell), data_size), "length");
+}
+
+void tst_hive_file::takes_data_that_fit_into_their_cell_as_they_are_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addRow("a text that begins like a big-data record") << "dbForge Studio for MySQL"_ba;
+    QTest::addRow("the shortest data in a cell") << "dbase"_ba;
+    QTest::addRow("a record's length of data") << "db\xff\xff\xff\xff\xff\xff"_ba;
+}
+
+void tst_hive_file::takes_data_that_fit_into_their_cell_as_they_are()
+{
+    QFETCH(const QByteArray, data);
+    hive_builder hive;
+    hive.root().binary(u"v"_s, data);
+    hive.write_to(path());
+    hive_file file;
+    QVERIFY(file.open(path()));
+    const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
+    QCOMPARE(file.block_list_length(cell, data.size()), 0);
 }
 
 void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
@@ -132,12 +155,11 @@ void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
     const auto length_at = [&](qint64 cell) {
         write_file(path(), damage.bytes());
         hive_file file;
-        return file.open(path()) ? file.block_list_length(static_cast<quint64>(cell)) : 99;
+        return file.open(path()) ? file.block_list_length(static_cast<quint64>(cell), 40000) : 99;
     };
 
     const qint64 list_of_three = damage.add_last_cell(QByteArray(12, '\0')).last_cell();
-    damage.set_32(record + regf::db::block_list,
-                  static_cast<quint32>(list_of_three - regf::first_bin));
+    damage.set_32(record + regf::db::block_list, stored_offset(list_of_three));
     damage.block_count(record, 3);
     QCOMPARE(length_at(record), 12);
     damage.block_count(record, 4);
@@ -160,7 +182,9 @@ void tst_hive_file::reads_cells_in_any_order()
     for (int i = 0; i < 240; ++i) {
         const int value = i * 37 % 60;
         const qint64 cell = hive.root().cells_of_value(value).data;
-        QCOMPARE(file.block_list_length(static_cast<quint64>(cell)), value % 2 == 0 ? 8 : 0);
+        const qint64 length = value % 2 == 0 ? 17000 : 500;
+        QCOMPARE(file.block_list_length(static_cast<quint64>(cell), length),
+                 value % 2 == 0 ? 8 : 0);
     }
 }
 
@@ -172,11 +196,11 @@ void tst_hive_file::reads_the_file_that_was_opened_last()
     const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
     hive_file file;
     QVERIFY(file.open(path()));
-    QCOMPARE(file.block_list_length(cell), 12);
+    QCOMPARE(file.block_list_length(cell, 40000), 12);
     file.close();
     write_file(path(), QByteArray(100000, 'x'));
     QVERIFY(file.open(path()));
-    QCOMPARE(file.block_list_length(cell), 0);
+    QCOMPARE(file.block_list_length(cell, 40000), 0);
     QCOMPARE(file.length(), 100000);
 }
 

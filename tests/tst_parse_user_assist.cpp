@@ -150,6 +150,7 @@ void tst_parse_user_assist::keeps_data_byte_for_byte_data()
     QTest::addRow("one zero byte") << quint32(reg_binary) << "\0"_ba;
     QTest::addRow("16 bytes") << quint32(reg_binary) << QByteArray(16, '\x80');
     QTest::addRow("72 bytes") << quint32(reg_binary) << "\0\xff"_ba.repeated(36);
+    QTest::addRow("bytes that begin like big data") << quint32(reg_binary) << "dbase\xff\xff"_ba;
     QTest::addRow("a text of odd length") << quint32(reg_sz) << "a\0b\0c"_ba;
     QTest::addRow("a number") << quint32(reg_dword) << registry_dword(0xff00ff00);
     QTest::addRow("a number of 3 bytes") << quint32(reg_dword) << "\x01\x02\x03"_ba;

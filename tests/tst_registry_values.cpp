@@ -229,6 +229,7 @@ void tst_registry_values::converts_data_to_text_data()
     row("a Latin letter in UTF-16 is altered", reg_sz, registry_text(u"é!"_s), u"\ufffd!"_s);
     row("a Greek letter in UTF-16 is altered", reg_sz, registry_text(u"Ω"_s), u"\ufffd\x03"_s);
     row("a lone surrogate is altered", reg_sz, "\x41\xd8"_ba, u"A\ufffd"_s);
+    row("bytes that begin like big data", reg_sz, "dbForge Studio"_ba, u"dbForge Studio"_s);
     row("lines and terminal escapes", reg_sz, registry_text(u"a\r\n\x1b[1m"_s), u"a\r\n\x1b[1m"_s);
 }
 

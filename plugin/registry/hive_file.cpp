@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -13,6 +14,9 @@ constexpr qint64 longest_hive = qint64(1) << 32;
 /// Offsets that are stored in a hive count from here, where its first bin begins.
 constexpr quint64 first_bin = 0x1000;
 
+/// A cell begins with its size in bytes, negative while the cell is in use.
+constexpr qint64 cell_size_length = 4;
+
 /// Big-data record (db): signature at 0x04, number of blocks at 0x06, offset of their list at 0x08.
 constexpr qsizetype signature_offset = 0x04;
 constexpr qsizetype block_count_offset = 0x06;
@@ -20,7 +24,6 @@ constexpr qsizetype block_list_offset = 0x08;
 constexpr qint64 big_data_record_length = 0x0c;
 
 /// The list of blocks: the cell's size, then one offset for each block.
-constexpr quint64 cell_size_length = 4;
 constexpr qint64 block_entry_length = 4;
 
 /// The cells of one key's values lie close together: one read serves many of them.
@@ -49,12 +52,16 @@ bool hive_file::holds(quint64 offset, qint64 length) const
     return !is_open() || static_cast<qint64>(offset) + length <= m_length;
 }
 
-qint64 hive_file::block_list_length(quint64 offset)
+qint64 hive_file::block_list_length(quint64 offset, qint64 declared_length)
 {
     if (offset == 0 || !is_open())
         return 0;
     const QByteArrayView record = bytes_at(static_cast<qint64>(offset), big_data_record_length);
-    if (record.size() < block_count_offset || record.sliced(signature_offset, 2) != "db")
+    if (record.size() < block_count_offset)
+        return 0;
+    const auto cell_size = std::abs(qint64(qFromLittleEndian<qint32>(record.data())));
+    if (declared_length <= cell_size - cell_size_length ||
+        record.sliced(signature_offset, 2) != "db")
         return 0;
     if (record.size() < big_data_record_length)
         return -1;

@@ -26,10 +26,10 @@ public:
     /// Whether `length` bytes from `offset` on lie inside the file.
     bool holds(quint64 offset, qint64 length) const;
 
-    /// Length in bytes of the list of blocks that libhivex reads for the value data in the cell at
-    /// `offset`: 0 unless the cell is a big-data record, negative when the record or the list
-    /// leaves the file.
-    qint64 block_list_length(quint64 offset);
+    /// Length in bytes of the list of blocks that libhivex reads for value data of
+    /// `declared_length` bytes in the cell at `offset`: 0 when the data fit into the cell or the
+    /// cell is no big-data record, negative when the record or the list leaves the file.
+    qint64 block_list_length(quint64 offset, qint64 declared_length);
 
 private:
     QByteArrayView bytes_at(qint64 offset, qint64 length);

@@ -1,18 +1,5 @@
 #include "parse_hidden_desktop_icons.h"
 
-#include <QLatin1StringView>
-
-using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr auto hidden_icons_key =
-    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_L1;
-constexpr auto name_space_key =
-    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Desktop\\NameSpace\\"_L1;
-
-} // namespace
-
 parse_hidden_desktop_icons::parse_hidden_desktop_icons() = default;
 
 parse_hidden_desktop_icons::~parse_hidden_desktop_icons() = default;
@@ -20,20 +7,15 @@ parse_hidden_desktop_icons::~parse_hidden_desktop_icons() = default;
 int parse_hidden_desktop_icons::start_registry_parse(QString hive_path, QString key_path,
                                                      bool read_key_values)
 {
-    if (hive_path.isEmpty() || key_path.isEmpty())
-        return -1;
-    parsed_key_path = key_path;
-    return walk_hive(hive_path, key_path, read_key_values,
-                     [this](hive_h *hive, unsigned long node) {
-                         read_record(hive, node, &registry::current_hidden_icon);
-                     });
+    return walk_hive_by_key_path(hive_path, key_path, read_key_values,
+                                 &registry::current_hidden_icon);
 }
 
 void parse_hidden_desktop_icons::run_only_multiple_paths(hive_h *hive, unsigned long node)
 {
     const QMap<QString, int> children = prepare_the_node_key_child(hive, node, false);
     for (const int child : children)
-        read_record(hive, static_cast<quint32>(child), &registry::current_data);
+        read_record(hive, handle(child), &registry::current_data);
 }
 
 void parse_hidden_desktop_icons::find_node_value_length(hive_h *hive, unsigned long value,

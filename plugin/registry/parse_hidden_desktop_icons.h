@@ -3,6 +3,8 @@
 
 #include "registry.h"
 
+#include <QLatin1StringView>
+
 /// Walker of the desktop icons that a user hive hides. The key path of the walk decides what
 /// becomes a record:
 /// - exactly the HideDesktopIcons key: each value of each direct subkey, as name (a class id) and
@@ -13,6 +15,13 @@
 class parse_hidden_desktop_icons : public registry
 {
 public:
+    /// Key path of the walk over the icons' settings.
+    static constexpr QLatin1StringView hidden_icons_key{
+        "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"};
+    /// Start of the key path of the walks that name an icon; a class id follows.
+    static constexpr QLatin1StringView name_space_key{
+        "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Desktop\\NameSpace\\"};
+
     parse_hidden_desktop_icons();
     ~parse_hidden_desktop_icons() override;
 

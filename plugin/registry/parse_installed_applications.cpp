@@ -1,15 +1,11 @@
 #include "parse_installed_applications.h"
 
-#include <QLatin1StringView>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto uninstall_key = "Windows\\CurrentVersion\\Uninstall"_L1;
 constexpr auto registered_applications_key = "\\RegisteredApplications"_L1;
-constexpr auto compatibility_store_key =
-    "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_L1;
 
 struct application_value
 {
@@ -37,20 +33,14 @@ parse_installed_applications::~parse_installed_applications() = default;
 int parse_installed_applications::start_registry_parse(QString hive_path, QString key_path,
                                                        bool read_key_values)
 {
-    if (hive_path.isEmpty() || key_path.isEmpty())
-        return -1;
-    parsed_key_path = key_path;
-    return walk_hive(hive_path, key_path, read_key_values,
-                     [this](hive_h *hive, unsigned long node) {
-                         read_record(hive, node, &registry::current_data);
-                     });
+    return walk_hive_by_key_path(hive_path, key_path, read_key_values, &registry::current_data);
 }
 
 void parse_installed_applications::run_only_multiple_paths(hive_h *hive, unsigned long node)
 {
     const QMap<QString, int> children = prepare_the_node_key_child(hive, node, false);
     for (auto child = children.cbegin(); child != children.cend(); ++child) {
-        const auto child_node = static_cast<quint32>(child.value());
+        const auto child_node = handle(child.value());
         set_current_key_timestamp(hive, child_node);
         struct_installed_apps record;
         record.key_name = child.key();

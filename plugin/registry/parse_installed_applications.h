@@ -3,6 +3,8 @@
 
 #include "registry.h"
 
+#include <QLatin1StringView>
+
 /// Walker of the keys that list installed applications. The key path of the walk decides, by
 /// case-sensitive substrings and in this order, what becomes a record:
 /// - an Uninstall key: each subkey, in installed_apps_records;
@@ -11,6 +13,11 @@
 class parse_installed_applications : public registry
 {
 public:
+    /// Key path of the walk over the Compatibility Assistant's Store.
+    static constexpr QLatin1StringView compatibility_store_key{
+        "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility "
+        "Assistant\\Store"};
+
     parse_installed_applications();
     ~parse_installed_applications() override;
 

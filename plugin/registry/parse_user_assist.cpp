@@ -15,14 +15,13 @@ void parse_user_assist::run_only_multiple_paths(hive_h *hive, unsigned long node
 
 bool parse_user_assist::run_only_multiple(hive_h *hive, int node)
 {
-    const QMap<QString, int> children =
-        prepare_the_node_key_child(hive, static_cast<quint32>(node), false);
+    const QMap<QString, int> children = prepare_the_node_key_child(hive, handle(node), false);
     if (children.isEmpty())
         return false;
     struct_user_asist record;
     current_user_assist = &record;
     for (const int child : children) {
-        values_of_the_node(hive, static_cast<quint32>(child));
+        values_of_the_node(hive, handle(child));
         run_only_multiple_recurse(hive, child, {});
     }
     current_user_assist = nullptr;

@@ -35,23 +35,26 @@ struct hive_closer
 
 using unique_hive = std::unique_ptr<hive_h, hive_closer>;
 
-/// The offset that a handle carried as int stands for.
-unsigned long handle(int node)
-{
-    return static_cast<quint32>(node);
-}
-
 /// Null for a name that could not be read.
 QString text_of(const hivex_text &name)
 {
     return name ? QString::fromUtf8(name.get()) : QString();
 }
 
-/// Where the data of `value` lie; 0 when they lie in the value's own cell.
-size_t data_cell(hive_h *hive, unsigned long value)
+/// Where the data of a value lie, and how long the value says they are.
+struct data_cell
 {
-    size_t length = 0;
-    return hivex_value_data_cell_offset(hive, value, &length);
+    size_t offset = 0; ///< 0 when the data lie in the value's own cell
+    size_t declared_length = 0;
+};
+
+data_cell data_cell_of(hive_h *hive, unsigned long value)
+{
+    size_t cell_length = 0;
+    const size_t offset = hivex_value_data_cell_offset(hive, value, &cell_length);
+    // libhivex counts the size that stands before the data in.
+    constexpr size_t size_field_length = 4;
+    return {offset, cell_length < size_field_length ? 0 : cell_length - size_field_length};
 }
 
 } // namespace
@@ -131,7 +134,8 @@ unsigned long registry::child_named(hive_h *hive, unsigned long node, const QByt
     return 0;
 }
 
-/// Empty when libhivex refuses the list, and once the budget is spent.
+/// Empty when libhivex refuses the list, when the key leaves the file, and once the budget is
+/// spent.
 QList<size_t> registry::list_of(hive_h *hive, unsigned long node, list_operation list)
 {
     if (m_budget.is_spent() || !m_file.holds(node, key_record_length))
@@ -306,18 +310,15 @@ void registry::set_current_key_timestamp(hive_h *hive, unsigned long node)
 
 QByteArray registry::value_bytes(hive_h *hive, unsigned long value)
 {
-    hive_type type; // NOLINT(cppcoreguidelines-init-variables): written by libhivex, never read
-    size_t length = 0;
-    if (hivex_value_type(hive, value, &type, &length) != 0)
-        return {};
-    if (length < large_value_length || !m_file.is_open())
+    const data_cell cell = data_cell_of(hive, value);
+    if (cell.declared_length < large_value_length || !m_file.is_open())
         return bytes_of(read_data(hive, value));
 
-    const QPair<size_t, size_t> cell(data_cell(hive, value), length);
-    const auto known = m_large_values.constFind(cell);
+    const QPair<size_t, size_t> key(cell.offset, cell.declared_length);
+    const auto known = m_large_values.constFind(key);
     if (known != m_large_values.cend())
         return *known;
-    return *m_large_values.insert(cell, bytes_of(read_data(hive, value)));
+    return *m_large_values.insert(key, bytes_of(read_data(hive, value)));
 }
 
 QString registry::value_text(hive_h *hive, unsigned long value)
@@ -331,7 +332,9 @@ QString registry::value_text(hive_h *hive, unsigned long value)
 /// Only the length that comes back with the bytes is trusted: the declared one may be larger.
 registry::value_data registry::read_data(hive_h *hive, unsigned long value)
 {
-    const qint64 list_length = m_file.block_list_length(data_cell(hive, value));
+    const data_cell cell = data_cell_of(hive, value);
+    const qint64 list_length =
+        m_file.block_list_length(cell.offset, static_cast<qint64>(cell.declared_length));
     if (list_length < 0 || !m_budget.spend(list_length))
         return {};
     hive_type type; // NOLINT(cppcoreguidelines-init-variables): written by libhivex, never read

@@ -167,6 +167,24 @@ protected:
         return record;
     }
 
+    /// start_registry_parse() of the walkers whose hook depends on parsed_key_path and appends one
+    /// record a value: `current` designates the record that serves all values of the key.
+    template<typename record_type>
+    int walk_hive_by_key_path(const QString &hive_path, const QString &key_path,
+                              bool read_key_values, record_type *registry::*current)
+    {
+        if (hive_path.isEmpty() || key_path.isEmpty())
+            return -1;
+        parsed_key_path = key_path;
+        return walk_hive(hive_path, key_path, read_key_values,
+                         [this, current](hive_h *hive, unsigned long node) {
+                             read_record(hive, node, current);
+                         });
+    }
+
+    /// The node that a handle carried as int stands for.
+    static unsigned long handle(int node) { return static_cast<quint32>(node); }
+
     /// Sets current_key_timestamp from the last-write time of `node`.
     void set_current_key_timestamp(hive_h *hive, unsigned long node);
 

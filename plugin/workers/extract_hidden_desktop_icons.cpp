@@ -24,14 +24,13 @@ const result_tab hidden_desktop_icons_app_tab = {
 
 namespace {
 
-constexpr auto hidden_icons_key =
-    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_L1;
-constexpr auto name_space_key =
-    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Desktop\\NameSpace\\"_L1;
-
 /// Each class id costs a walk that reads the whole hive. Windows lists a few dozen; a hive made to
 /// keep the examiner waiting may list hundreds of thousands, of which no more are looked up.
 constexpr qsizetype most_class_ids = 512;
+
+/// A desktop item has a name or two in its NameSpace key; of a key with more values no more become
+/// rows.
+constexpr qsizetype most_names = 128;
 
 } // namespace
 
@@ -43,7 +42,8 @@ void windows_installed_applications_winos::extract_hidden_desktop_icons()
             if (bool_cancel_extraction)
                 return false;
             hidden_icons.data_records.clear();
-            hidden_icons.start_registry_parse(path, hidden_icons_key, false);
+            hidden_icons.start_registry_parse(path, parse_hidden_desktop_icons::hidden_icons_key,
+                                              false);
             if (!write_icon_rows(writer, path, hidden_icons.data_records))
                 return false;
         }
@@ -57,23 +57,27 @@ bool windows_installed_applications_winos::write_icon_rows(
     result_table_writer &writer, const QString &hive_path,
     const QList<registry::struct_data> &class_ids)
 {
-    const user_hive hive =
-        describe_user_hive(hive_path, &windows_installed_applications_winos::without_source_root);
-    const QString reg_path = hidden_icons_key;
+    const user_source hive =
+        describe_user_source(hive_path, &windows_installed_applications_winos::without_source_root);
+    const QString reg_path = parse_hidden_desktop_icons::hidden_icons_key;
     parse_hidden_desktop_icons names;
-    for (const registry::struct_data &class_id : class_ids.mid(0, most_class_ids)) {
+    const QList<registry::struct_data> looked_up = class_ids.mid(0, most_class_ids);
+    for (const registry::struct_data &class_id : looked_up) {
         if (bool_cancel_extraction)
             return false;
         const bool is_hidden = hex_to_decimal_fourbytes(class_id.data, little_endian) == 1;
         const QString hidden = is_hidden ? u"YES"_s : u"NO"_s;
         names.hidden_icons_records.clear();
-        names.start_registry_parse(hive_path, name_space_key + class_id.name, true);
+        names.start_registry_parse(
+            hive_path, parse_hidden_desktop_icons::name_space_key + class_id.name, true);
         const auto row_of = [&](const registry::struct_hidden_icons &icon,
                                 qsizetype) -> std::optional<QStringList> {
             return QStringList{hive.user_name,        icon.value, hidden, u"NTUSER.DAT"_s,
                                u"HideDesktopIcons"_s, reg_path};
         };
-        if (!write_rows(writer, names.hidden_icons_records, hive.source_columns, row_of))
+        const QList<registry::struct_hidden_icons> icons =
+            names.hidden_icons_records.mid(0, most_names);
+        if (!write_rows(writer, icons, hive.source_columns, row_of))
             return false;
     }
     return true;

@@ -39,8 +39,8 @@ void windows_installed_applications_winos::extract_metro_apps()
 bool windows_installed_applications_winos::write_package_rows(result_table_writer &writer,
                                                               const QString &folder)
 {
-    const user_hive source =
-        describe_user_hive(folder, &windows_installed_applications_winos::without_source_root);
+    const user_source source =
+        describe_user_source(folder, &windows_installed_applications_winos::without_source_root);
     QDirIterator entries(folder);
     while (entries.hasNext()) {
         const QString path = entries.next();
@@ -55,7 +55,7 @@ bool windows_installed_applications_winos::write_package_rows(result_table_write
 }
 
 /// The times are looked up at the source root followed by the entry's whole path. Only for a source
-/// mounted at "/" does that name the entry; elsewhere they stay 0, as rows have always shown them.
+/// mounted at "/" does that name the entry; elsewhere they stay 0, which is what a row has to show.
 QStringList windows_installed_applications_winos::package_columns(const QString &path,
                                                                   const QString &name,
                                                                   const QString &user_name) const

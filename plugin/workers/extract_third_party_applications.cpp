@@ -2,6 +2,8 @@
 #include "parse_installed_applications.h"
 #include "plugin_static_function.h"
 
+#include <QDir>
+
 using namespace Qt::StringLiterals;
 
 const result_tab third_party_applications_tab = {
@@ -27,8 +29,6 @@ const result_tab third_party_applications_tab = {
 
 namespace {
 
-constexpr auto store_key =
-    "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_L1;
 constexpr auto mapped_drive = "C:/"_L1;
 
 /// Returns where a program of the evidence lies on the mounted source; empty unless it is on C:.
@@ -39,20 +39,33 @@ QString mounted_path(const QString &windows_path, const QString &source_root_pat
     return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
 }
 
+/// False when ".." in the program's name leads out of the source: the times of a file of the
+/// examiner's machine are no evidence.
+bool lies_within_source(const QString &path, const QString &source_root_path)
+{
+    QString root = QDir::cleanPath(source_root_path);
+    if (!root.endsWith(u'/'))
+        root.append(u'/');
+    return QDir::cleanPath(path).startsWith(root);
+}
+
 } // namespace
 
 void windows_installed_applications_winos::extract_third_party_applications()
 {
-    const key_reading<registry::struct_data> reading = {store_key, true, &registry::data_records};
-    const QString reg_path = store_key;
+    const key_reading<registry::struct_data> reading = {
+        parse_installed_applications::compatibility_store_key, true, &registry::data_records};
+    const QString reg_path = reading.key_path;
     extract_from_user_hives<parse_installed_applications>(
         third_party_applications_tab, reading,
         &windows_installed_applications_winos::cut_by_source_root_length,
-        [&](const user_hive &hive, const registry::struct_data &program,
+        [&](const user_source &hive, const registry::struct_data &program,
             qsizetype) -> std::optional<QStringList> {
             const QString path = mounted_path(program.name, source_root_path);
-            const auto times = plugin_static_function::get_posix_timestamp(
-                cut_by_source_root_length(path), source_root_path);
+            struct_GLOBAL_ARTIFACT_file_times times;
+            if (lies_within_source(path, source_root_path))
+                times = plugin_static_function::get_posix_timestamp(cut_by_source_root_length(path),
+                                                                    source_root_path);
             return QStringList{hive.user_name,
                                program.name,
                                plugin_static_function::get_relative_file_path(

@@ -55,9 +55,9 @@ bool windows_installed_applications_winos::parse_software_hive(registry &walker,
                                        read_key_values) != -1;
 }
 
-windows_installed_applications_winos::user_hive
-windows_installed_applications_winos::describe_user_hive(const QString &path,
-                                                         relative_path_rule relative_path) const
+windows_installed_applications_winos::user_source
+windows_installed_applications_winos::describe_user_source(const QString &path,
+                                                           relative_path_rule relative_path) const
 {
     const QString user_name =
         plugin_static_function::extract_user_name_from_sourcefile(path, source_root_path);

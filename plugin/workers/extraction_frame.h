@@ -51,7 +51,7 @@ void windows_installed_applications_winos::extract_from_user_hives(
         for (const QString &path : std::as_const(ntuser_path_list)) {
             if (bool_cancel_extraction)
                 return false;
-            const user_hive hive = describe_user_hive(path, relative_path);
+            const user_source hive = describe_user_source(path, relative_path);
             (walker.*reading.records).clear();
             walker.start_registry_parse(path, reading.key_path, reading.read_key_values);
             const auto row_of_hive = [&](const record_type &record, qsizetype position) {

@@ -38,7 +38,7 @@ void windows_installed_applications_winos::extract_user_assist(
     const QString reg_path = user_assist_key;
     extract_from_user_hives<parse_user_assist>(
         tab, reading, &windows_installed_applications_winos::without_source_root,
-        [&](const user_hive &hive, const registry::struct_user_asist &entry,
+        [&](const user_source &hive, const registry::struct_user_asist &entry,
             qsizetype position) -> std::optional<QStringList> {
             const auto name = displayed_name(decrypt_program_name(entry.value_name));
             if (!name)

@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -44,14 +46,14 @@ void log_find(const QString &message)
     plugin_static_function::app_debug(message, find_signature);
 }
 
-/// Returns `path` when something exists there; otherwise logs `failure` with it and returns
-/// nothing.
-std::optional<QString> existing_path(const QString &path, QLatin1StringView failure)
+/// Returns `path` when something exists there; otherwise logs `failure` with it and returns the
+/// empty text.
+QString existing_path(const QString &path, QLatin1StringView failure)
 {
     if (QFileInfo::exists(path))
         return path;
     log_find(failure + path);
-    return std::nullopt;
+    return {};
 }
 
 } // namespace
@@ -92,22 +94,22 @@ void windows_installed_applications_winos::find_source_file()
 
     const QString config_dir = source_root_path + "Windows/System32/config/"_L1;
     hive_path_system = existing_path(config_dir + "SYSTEM"_L1,
-                                     "[find_source_file] hivepath_sys -- FILE NOT EXISTS"_L1)
-                           .value_or(QString());
+                                     "[find_source_file] hivepath_sys -- FILE NOT EXISTS"_L1);
     hive_path_software = existing_path(config_dir + "SOFTWARE"_L1,
-                                       "[find_source_file]  hivepath_soft -- FILE NOT EXISTS"_L1)
-                             .value_or(QString());
+                                       "[find_source_file]  hivepath_soft -- FILE NOT EXISTS"_L1);
 
     for (const auto &account : std::as_const(system_account_list)) {
         if (bool_cancel_extraction)
             return;
         const QString home = source_root_path + "Users/"_L1 + account.system_user;
-        if (const auto ntuser = existing_path(
-                home + "/NTUSER.DAT"_L1, "[find_source_file] ntuser_path -- FILE NOT EXISTS"_L1))
-            ntuser_path_list.append(*ntuser);
-        if (const auto packages = existing_path(home + "/AppData/Local/Packages/"_L1,
-                                                "[find_source_file]  -- FILE NOT EXISTS"_L1))
-            packages_dir_list.append(*packages);
+        const QString ntuser = existing_path(
+            home + "/NTUSER.DAT"_L1, "[find_source_file] ntuser_path -- FILE NOT EXISTS"_L1);
+        if (!ntuser.isEmpty())
+            ntuser_path_list.append(ntuser);
+        const QString packages = existing_path(home + "/AppData/Local/Packages/"_L1,
+                                               "[find_source_file]  -- FILE NOT EXISTS"_L1);
+        if (!packages.isEmpty())
+            packages_dir_list.append(packages);
     }
     log_find(u"[find_source_file]---ENDS---"_s);
 }

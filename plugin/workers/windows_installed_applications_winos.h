@@ -137,12 +137,12 @@ protected:
     QStringList ntuser_path_list;  ///< the NTUSER.DAT files that exist, in account order
     QStringList packages_dir_list; ///< the package folders that exist, in account order
 
-    /// Milliseconds since the last progress signal.
+    /// Milliseconds since the last progress signal, or since the extraction began.
     virtual qint64 elapsed_milliseconds() const;
 
 private:
-    /// One user's hive, as its rows name it.
-    struct user_hive
+    /// One user's hive or package folder, as its rows name it.
+    struct user_source
     {
         QString user_name;
         QStringList source_columns; ///< as source_columns() returns them
@@ -176,7 +176,7 @@ private:
                     const QStringList &source_columns, row_function row_of);
     void write_row(result_table_writer &writer, const QStringList &values);
     bool parse_software_hive(registry &walker, QLatin1StringView key_path, bool read_key_values);
-    user_hive describe_user_hive(const QString &path, relative_path_rule relative_path) const;
+    user_source describe_user_source(const QString &path, relative_path_rule relative_path) const;
     QStringList source_columns(const QString &relative_path, const QString &user_name) const;
     QString without_source_root(const QString &path) const;
     QString cut_by_source_root_length(const QString &path) const;
