@@ -49,6 +49,8 @@ endfunction()
 function(check_foundation)
     list(JOIN FOUNDATION_COMPILE_FLAGS " " CMAKE_REQUIRED_FLAGS)
     set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+    # Foundation may have come or gone since the folder was configured last.
+    unset(FOUNDATION_COMPILES CACHE)
     check_cxx_source_compiles("
         #import <Foundation/Foundation.h>
         NSString *text() { @try { return @\"text\"; } @catch (id exception) { return nil; } }"

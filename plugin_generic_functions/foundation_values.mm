@@ -151,8 +151,10 @@ std::optional<QString> date_text(const void *date)
 {
     return guarded([=]() -> optional_text {
         const id value = object_of(date);
-        if (![value isKindOfClass:[NSDate class]] ||
-            [static_cast<NSDate *>(value) timeIntervalSince1970] < start_of_gregorian_calendar)
+        if (![value isKindOfClass:[NSDate class]])
+            return std::nullopt;
+        // Not-a-number compares as false and is no date either.
+        if (!([static_cast<NSDate *>(value) timeIntervalSince1970] >= start_of_gregorian_calendar))
             return std::nullopt;
         return qstring_of([utc_formatter() stringFromDate:static_cast<NSDate *>(value)]);
     });

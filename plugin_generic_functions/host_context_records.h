@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QtGlobal>
 
 // The records in which the host describes the evidence source, the examiner's machine and its own
 // logging settings. The host and all its plug-ins share them by value, so the names, the order and

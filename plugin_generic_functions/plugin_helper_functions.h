@@ -39,8 +39,9 @@ public:
 
     /// Copies an SQLite database with those of its "-shm" and "-wal" companions that exist, under a
     /// name that is free in the adhoc folder, and returns the copy's path. The copies are writable,
-    /// so that SQLite can replay the companions. Empty, and nothing left behind, when cancelled or
-    /// when a file cannot be copied whole. Nothing removes the copies later.
+    /// so that SQLite can replay the companions. Empty, and nothing left behind, when the path is
+    /// blank, while the adhoc folder is the empty text, when cancelled, and when a file cannot be
+    /// copied whole. Nothing removes the copies later.
     QString get_adhoc_path_for_database(const QString &database_path) const;
     /// The same for a file without companions.
     QString get_adhoc_path_for_regular_file(const QString &file_path) const;

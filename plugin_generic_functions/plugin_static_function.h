@@ -3,9 +3,11 @@
 
 #include "host_context_records.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
+#include <QtGlobal>
 
 class QSqlDatabase;
 
@@ -57,7 +59,7 @@ public:
     /// Returns "Source" and the source's number: "Source3"; "Source-1" while it is unset.
     static QString get_source_count_name();
 
-    /// Empties the record in place, except its last two texts, which the host keeps across sources.
+    /// Empties the record in place, except its last two texts, which stay as they were.
     static void clear_variables_arken_and_artifact_common_source_info(
         struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info &source_info);
     /// Sets the offset to 0 and empties the version text.
@@ -166,7 +168,7 @@ public:
     /// none.
     static QString convert_human_readable_to_epoch_1(const QString &date_text);
     /// Takes "2024-03-05 10:00:00.123 +0530": the fraction is dropped, the zone may touch the time,
-    /// may be "+05:30", "+0530" or "+05", and is UTC when it is missing.
+    /// may be "+05:30", "+0530" or "+05" with hours up to 14, and is UTC when it is missing.
     static QString convert_human_readable_to_epoch_2(const QString &date_text);
     /// Shows epoch seconds, before 1970 too, in UTC in the selected date format. Empty for 0 and
     /// for what is no number.
@@ -211,15 +213,17 @@ public:
     /// Copies a tree, hidden entries included, into `destination_path`, which is made when absent.
     ///
     /// A file appears under its name only when it is whole, replacing one of that name. A link is
-    /// copied as the file it leads to while that lies inside the tree; links out of the tree and
-    /// links to directories are logged and left out, and special files are left out. The
-    /// destination may lie inside the source. Stops when cancelled.
+    /// copied as the file it leads to while that lies inside the tree; links out of the tree, to
+    /// directories and to special files are logged and left out. Dangling links and special files
+    /// are left out silently. Links in the destination are followed: a file goes to where the link
+    /// of its name leads. The destination may lie inside the source. Stops when cancelled.
     static void copy_directory(const QString &source_path, const QString &destination_path);
     /// Shows bytes as "1023 B", "1.50 KB" or, of any greater size, "2048.00 MB". Empty for blank
     /// input; what is no number counts as 0.
     static QString human_readable_size(const QString &size_in_bytes);
     /// Returns a name that is free in the folder, which is made when absent: the file's own, else
-    /// "1_" and it, "2_" and so on; empty when cancelled. `caller` is not looked at.
+    /// "1_" and it, "2_" and so on; empty when cancelled, during the listing too. `caller` is not
+    /// looked at.
     static QString get_available_file(const QString &file_path, const QString &folder_path,
                                       const QString &caller);
     /// True when the folder itself holds an entry of that name, both trimmed, letter case told
@@ -249,13 +253,14 @@ public:
     /// The text of a printed string, without its double quotes.
     static QString get_filtered_cfstring_value(const QString &printed_string);
     /// The entries of a printed list `( "a", "b" )` joined by ";", without brackets and double
-    /// quotes; a list of one entry gives that entry.
+    /// quotes. Input without "," gives the empty text, a list of one entry too.
     static QString get_filtered_string_value(const QString &printed_list);
     /// The origins of a printed list of download origins, one per line. Round brackets inside an
-    /// origin become "<" and ">", and the ";" that ends a property-list print is dropped.
+    /// origin become "<" and ">", and the ";" of a print that ends in ");" is dropped.
     static QString get_filtered_wherefrom_value(const QString &printed_origins);
     /// Epoch seconds of an ISO 8601 date such as "2024-03-05 10:00:00 +0000", UTC unless it tells
-    /// an offset. What follows the first "." is dropped, an offset there included.
+    /// an offset. What follows the first "." is dropped, an offset there included. A date without a
+    /// time gives the empty text.
     static QString get_filtered_date_value(const QString &printed_date);
     /// Turns "\U" with four hexadecimal digits into that UTF-16 unit; two such escapes may form a
     /// surrogate pair. Anything else stays, lone surrogates and all behind 100000 escapes included.
@@ -265,8 +270,9 @@ public:
     //
     // Dictionaries and keys are Foundation objects as untyped pointers; they stay the caller's. A
     // nil or wrong dictionary, a key that is missing and a value of another class give the empty
-    // text and a failure line, and so does everything in a build without Foundation. Objective-C
-    // exceptions never leave a member.
+    // text and a failure line, and so does every call in a build without Foundation;
+    // convert_cfstring_to_qstring and convert_nsdate_to_epoch give the empty text without a line.
+    // Objective-C exceptions never leave a member.
 
     /// Returns the text of a CFStringRef or NSString.
     static QString convert_cfstring_to_qstring(const void *cf_string);

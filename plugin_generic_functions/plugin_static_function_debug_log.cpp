@@ -25,7 +25,7 @@ QString plugin_static_function::source_os_version_full;
 
 namespace {
 
-// The name that the log channel knows this library's source by; a folder of the host's build.
+// The source that terminal lines name: a fixed text, whatever folder the library is built in.
 constexpr char log_source_file[] = "../plugin_generic_functions/plugin_static_function";
 constexpr char log_function[] = "static void plugin_static_function::app_debug(QString, QString)";
 
@@ -57,7 +57,7 @@ QString qualified_name(const QString &function_info)
     const qsizetype parenthesis = name.indexOf(u'(');
     name.truncate(parenthesis < 0 ? name.size() - 1 : parenthesis);
     name = name.trimmed();
-    return name.mid(name.lastIndexOf(u' ') + 1);
+    return name.mid(name.lastIndexOf(u' ') + 1).trimmed();
 }
 
 QString engine_field(int type_engine)

@@ -2,6 +2,10 @@
 
 #include "foundation_values.h"
 
+#include <QLatin1StringView>
+
+#include <optional>
+
 using namespace Qt::StringLiterals;
 
 namespace {

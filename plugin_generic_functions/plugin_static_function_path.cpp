@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QLatin1StringView>
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
@@ -73,6 +74,9 @@ void copy_tree(const QString &source_path, const QString &destination_path, cons
 void copy_subdirectory(const QFileInfo &directory, const QString &destination_path,
                        const tree_copy &tree)
 {
+    // A link to a special file is listed among the directories too.
+    if (!directory.isDir())
+        return;
     if (directory.isSymLink()) {
         log_copy_failure("source"_L1, directory.fileName(), u"A link to a directory"_s);
         return;
@@ -208,7 +212,7 @@ QString plugin_static_function::human_readable_size(const QString &size_in_bytes
         return QString::number(size) + " B"_L1;
     if (size < megabyte)
         return fixed_notation(size, kilobyte, " KB"_L1);
-    // Whatever the size, there is no greater unit: the host compares these texts.
+    // Whatever the size, there is no greater unit: these texts are fixed.
     return fixed_notation(size, megabyte, " MB"_L1);
 }
 
@@ -222,8 +226,9 @@ QString plugin_static_function::get_available_file(const QString &file_path,
     const QString file_name = QFileInfo(file_path).fileName();
     QString candidate = file_name;
     for (int counter = 1; !bool_cancel_extraction; ++counter) {
+        // A cancelled listing tells nothing of the candidate.
         if (!is_file_exist_in_dir(folder_path, candidate, function_info))
-            return candidate;
+            return bool_cancel_extraction ? QString() : candidate;
         candidate = QString::number(counter) + u'_' + file_name;
     }
     return {};

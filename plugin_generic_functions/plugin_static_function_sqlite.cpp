@@ -1,6 +1,7 @@
 #include "plugin_static_function.h"
 
 #include <QDateTime>
+#include <QLatin1StringView>
 #include <QRandomGenerator>
 #include <QSet>
 #include <QSqlDatabase>
@@ -320,8 +321,8 @@ bool plugin_static_function::check_value_existence_in_db_by_dbreference(const QS
         u"static bool plugin_static_function::check_value_existence_in_db_by_dbreference(QString, int, QString, QSqlDatabase)"_s;
     const query_result result = gather_column({command, {}, {}, {}}, column_index, database);
     if (result.how == outcome::failed) {
-        // The tag names another member and the first line the connection instead of its file:
-        // what reads these logs knows them so.
+        // The tag names another member and the first line the connection instead of its file: the
+        // texts are fixed and kept so.
         const QString tag = u"[check_value_existence_in_db_by_dbpath]"_s;
         app_debug(tag + " query --------FAILED------"_L1 + database.connectionName(),
                   function_info);

@@ -5,8 +5,10 @@
 #include <QLocale>
 #include <QRegularExpression>
 #include <QTimeZone>
+#include <QtNumeric>
 
 #include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <optional>
@@ -99,11 +101,12 @@ QString padded(qint64 number)
     return QString::number(number).rightJustified(2, u'0');
 }
 
-// "+0530"
+// "+0530"; an offset of less than a minute has no sign of its own.
 QString offset_text(qint64 offset_seconds)
 {
-    const qint64 minutes = std::abs(offset_seconds / 60);
-    return (offset_seconds < 0 ? u'-' : u'+') + padded(minutes / 60) + padded(minutes % 60);
+    const qint64 signed_minutes = offset_seconds / 60;
+    const qint64 minutes = std::abs(signed_minutes);
+    return (signed_minutes < 0 ? u'-' : u'+') + padded(minutes / 60) + padded(minutes % 60);
 }
 
 // Date and time are read apart: together they would be taken as local time first, in which the hour
@@ -141,7 +144,8 @@ struct_GLOBAL_ARTIFACT_file_times file_times(const QString &path)
 // The dates of "NAME = DATE" or "NAME = ( "DATE", "DATE" )" in a metadata listing.
 QStringList listed_dates(const QString &attribute_listing, const QString &attribute)
 {
-    const QRegularExpression entry(u"\\b"_s + attribute + u"\\s*=\\s*(\\([^)]*\\)|[^\\n]*)"_s);
+    const QRegularExpression entry(u"\\b"_s + attribute +
+                                   u"[ \\t]*=[ \\t]*(\\([^)]*\\)|[^\\n]*)"_s);
     static const QRegularExpression date(
         u"[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}[^\",\\n)]*"_s);
     QStringList seconds;
@@ -237,7 +241,7 @@ QString plugin_static_function::convert_human_readable_to_epoch_1(const QString 
 QString plugin_static_function::convert_human_readable_to_epoch_2(const QString &date_text)
 {
     static const QRegularExpression pattern(
-        u"^(\\S+) ([0-9:]+)(?:\\.[0-9]*)?(?: ?([+-])([0-9]{2}):?([0-5][0-9])?)?$"_s);
+        u"^(\\S+) ([0-9:]+)(?:\\.[0-9]*)?(?: ?([+-])(0[0-9]|1[0-4]):?([0-5][0-9])?)?$"_s);
     const QRegularExpressionMatch parts = pattern.match(date_text.trimmed());
     const std::optional<qint64> seconds =
         utc_seconds(parts.captured(1), "yyyy-MM-dd"_L1, parts.captured(2), "hh:mm:ss"_L1);

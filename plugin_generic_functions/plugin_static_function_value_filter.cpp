@@ -24,12 +24,6 @@ QString braced_value(const QString &printed_value)
     return value;
 }
 
-// A printed list has brackets around it or separators inside.
-bool is_printed_list(const QString &text)
-{
-    return text.contains(u',') || (text.startsWith(u'(') && text.endsWith(u')'));
-}
-
 // A text without an offset is UTC: reading it as local time would make the result depend on the
 // examiner's machine.
 QDateTime iso_date(const QString &text)
@@ -79,7 +73,7 @@ QString plugin_static_function::get_filtered_cfstring_value(const QString &print
 QString plugin_static_function::get_filtered_string_value(const QString &printed_list)
 {
     const QString text = printed_list.trimmed();
-    if (!is_printed_list(text))
+    if (!text.contains(u','))
         return {};
     QStringList entries;
     for (QString entry : text.split(u','))
@@ -94,12 +88,14 @@ QString plugin_static_function::get_filtered_string_value(const QString &printed
 QString plugin_static_function::get_filtered_wherefrom_value(const QString &printed_origins)
 {
     QString origins = printed_origins.trimmed();
+    // A property-list print ends so; any other separator belongs to an origin.
+    if (origins.endsWith(");"_L1))
+        origins.chop(list_separator.size());
     origins.remove(u'\n').remove(u'\r').remove("  "_L1).remove("(\""_L1).remove("\")"_L1);
     origins.replace("\","_L1, "\n"_L1).replace(u',', u'\n');
     origins.replace(u'(', u'<').replace(u')', u'>');
     origins.remove(u'"').replace("\\U2019s"_L1, "'s"_L1);
-    origins = origins.trimmed();
-    return origins.endsWith(list_separator) ? origins.chopped(list_separator.size()) : origins;
+    return origins.trimmed();
 }
 
 QString plugin_static_function::get_filtered_date_value(const QString &printed_date)

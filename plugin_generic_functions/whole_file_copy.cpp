@@ -1,5 +1,6 @@
 #include "whole_file_copy.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -15,7 +16,7 @@ constexpr qint64 block_size = 1048576;
 // Opening a pipe or a device would block or take bytes from it.
 whole_file_copy_result open_source(QFile &source)
 {
-    if (QFileInfo exists(source); exists.exists() && !exists.isFile())
+    if (const QFileInfo file(source); file.exists() && !file.isFile())
         return {status::source_failed, u"Not a regular file"_s};
     if (!source.open(QIODevice::ReadOnly))
         return {status::source_failed, source.errorString()};

@@ -1,14 +1,19 @@
 #include "files.h"
+#include "local_zone.h"
 #include "run_context_backup.h"
 #include "test_main.h"
 
 #include "plugin_static_function.h"
 
-#include <QDir>
+#include <QDateTime>
+#include <QFile>
 #include <QLocale>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWidget>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -88,6 +93,7 @@ private slots:
     void engine_is_named_in_each_line();
     void terminal_line_names_its_source();
     void month_is_english_in_every_locale();
+    void time_is_the_current_local_time();
     void file_keeps_what_it_held();
     void text_is_written_in_the_local_encoding();
     void absent_file_stays_absent_without_a_message();
@@ -162,6 +168,7 @@ void tst_debug_log::function_info_is_reduced_to_the_qualified_name_data()
         << u"plugin_static_function::execute_db_command_by_dbpath"_s;
     QTest::newRow("a constructor without a return type") << u"a::a(QWidget*)"_s << u"a::a"_s;
     QTest::newRow("blanks around it are cut") << u"  void a::b ( int )  "_s << u"a::b"_s;
+    QTest::newRow("a tab before the name is cut") << u"void \ta::b(int)"_s << u"a::b"_s;
     QTest::newRow("the empty text")
         << QString() << u"FUNCTION INFO IS EMPTY ---FAILED--- debug!!!"_s;
     QTest::newRow("blanks alone") << u" \t "_s << u"FUNCTION INFO IS EMPTY ---FAILED--- debug!!!"_s;
@@ -224,6 +231,21 @@ void tst_debug_log::month_is_english_in_every_locale()
     library::app_debug(message, caller);
     QLocale::setDefault(previous);
     QCOMPARE(without_time(logged()), shown_line + u'\n');
+}
+
+void tst_debug_log::time_is_the_current_local_time()
+{
+    const test_support::local_zone zone("Asia/Kolkata");
+    switch_log(true, false, true, log_path);
+    const qint64 before = QDateTime::currentSecsSinceEpoch();
+    library::app_debug(message, caller);
+    const qint64 after = QDateTime::currentSecsSinceEpoch();
+    const QDateTime shown =
+        QLocale::c().toDateTime(logged().mid(1, 20), u"yyyy-MMM-dd'T'hh-mm-ss"_s);
+    QVERIFY2(shown.isValid(), qPrintable(logged()));
+    QCOMPARE(shown.offsetFromUtc(), 19800);
+    QVERIFY2(shown.toSecsSinceEpoch() >= before && shown.toSecsSinceEpoch() <= after,
+             qPrintable(logged()));
 }
 
 void tst_debug_log::file_keeps_what_it_held()

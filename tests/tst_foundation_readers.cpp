@@ -3,9 +3,12 @@
 #include "run_context_backup.h"
 #include "test_main.h"
 
+#include "foundation_values.h"
 #include "plugin_static_function.h"
 
 #include <QTest>
+
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -94,6 +97,7 @@ private slots:
     void date_becomes_epoch_seconds_data();
     void date_becomes_epoch_seconds();
     void date_of_another_class_is_empty();
+    void date_that_is_no_number_is_empty();
     void readers_leave_no_object_behind();
 
 private:
@@ -283,6 +287,15 @@ void tst_foundation_readers::date_of_another_class_is_empty()
     const test_support::log_capture log;
     QCOMPARE(library::convert_nsdate_to_epoch(nullptr), QString());
     QCOMPARE(library::convert_nsdate_to_epoch(objects.string(u"2024"_s)), QString());
+    QCOMPARE(log.lines(), QStringList());
+}
+
+void tst_foundation_readers::date_that_is_no_number_is_empty()
+{
+    const test_support::log_capture log;
+    const void *const date = objects.date_without_number();
+    QVERIFY(!foundation_values::date_text(date));
+    QCOMPARE(library::convert_nsdate_to_epoch(date), QString());
     QCOMPARE(log.lines(), QStringList());
 }
 

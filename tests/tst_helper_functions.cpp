@@ -7,7 +7,9 @@
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QSqlDatabase>
@@ -15,6 +17,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QVariant>
+
+#include <algorithm>
+#include <optional>
 
 #include <sys/stat.h>
 
@@ -52,6 +57,13 @@ QStringList distinct(QStringList entries)
 {
     entries.removeDuplicates();
     return entries;
+}
+
+// SHA-256 of the texts with a blank between each two.
+QByteArray digest(const QStringList &entries)
+{
+    return QCryptographicHash::hash(entries.join(u' ').toUtf8(), QCryptographicHash::Sha256)
+        .toHex();
 }
 
 // An SQLite connection that closes with its scope.
@@ -153,16 +165,22 @@ void tst_helper_functions::tables_hold_their_entries_data()
     QTest::addColumn<int>("appended");
     QTest::addColumn<int>("distinct_count");
     QTest::addColumn<QStringList>("repetitions");
+    QTest::addColumn<QByteArray>("distinct_digest");
     const plugin_helper_functions tables;
-    QTest::newRow("image") << all_entries(tables.image_extensions()) << 570 << 548
-                           << words(u".awd .art .cdx .drw .dpx .ink .ink .mbm .pe4 .pi2 .pic .pic "
-                                    ".pix .pov .ptx .pat .plt .pmg .rgb .thm .tif .vst"_s);
-    QTest::newRow("video") << all_entries(tables.video_extensions()) << 136 << 133
-                           << words(u".avs .dcr .fbr"_s);
-    QTest::newRow("audio") << all_entries(tables.audio_extensions()) << 571 << 545
-                           << words(u".ams .au .dig .gio .gsm .ins .jam .koz .mus .mus .mux .ovw "
-                                    ".prg .rbs .sd .smp .snd .snd .sng .sseq .sty .syn .tak .vmf "
-                                    ".wav .xa"_s);
+    QTest::newRow("image")
+        << all_entries(tables.image_extensions()) << 570 << 548
+        << words(u".awd .art .cdx .drw .dpx .ink .ink .mbm .pe4 .pi2 .pic .pic "
+                 ".pix .pov .ptx .pat .plt .pmg .rgb .thm .tif .vst"_s)
+        << QByteArray("62acba49faf920650ff41469e791896736746baf1c88d1592a5da2940a60286f");
+    QTest::newRow("video")
+        << all_entries(tables.video_extensions()) << 136 << 133 << words(u".avs .dcr .fbr"_s)
+        << QByteArray("a1a289d68ee296343ffff335c6fa5154f8d8adfba25ff74a3f3714caa40dc4ec");
+    QTest::newRow("audio")
+        << all_entries(tables.audio_extensions()) << 571 << 545
+        << words(u".ams .au .dig .gio .gsm .ins .jam .koz .mus .mus .mux .ovw "
+                 ".prg .rbs .sd .smp .snd .snd .sng .sseq .sty .syn .tak .vmf "
+                 ".wav .xa"_s)
+        << QByteArray("44c191523f532955f5c542f8e376e976fa699b763eb4a1e096055b6057ee9d7c");
 }
 
 void tst_helper_functions::tables_hold_their_entries()
@@ -173,6 +191,7 @@ void tst_helper_functions::tables_hold_their_entries()
     QTEST(static_cast<int>(entries.size()), "appended");
     QTEST(static_cast<int>(distinct(entries).size()), "distinct_count");
     QCOMPARE(repeated(entries), repetitions);
+    QTEST(digest(distinct(entries)), "distinct_digest");
 }
 
 void tst_helper_functions::lists_are_by_first_character_data()

@@ -5,11 +5,17 @@
 #include "test_main.h"
 
 #include "plugin_static_function.h"
+#include "whole_file_copy.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <optional>
 
 #include <sys/stat.h>
 
@@ -101,7 +107,10 @@ private slots:
     void copy_onto_itself_changes_nothing();
     void copy_logs_a_destination_that_does_not_open();
     void copy_leaves_no_part_of_a_file_that_does_not_fit();
-    void copy_leaves_no_part_of_a_file_when_cancelled();
+    void copy_follows_links_in_the_destination();
+    void copy_makes_the_folder_alone_when_cancelled();
+    void cancelled_file_copy_leaves_the_destination_as_it_was_data();
+    void cancelled_file_copy_leaves_the_destination_as_it_was();
     void size_is_shown_data();
     void size_is_shown();
     void available_file_counts_up();
@@ -378,8 +387,11 @@ void tst_paths::copy_leaves_special_files_out()
     work.file(u"from/a.txt"_s);
     work.pipe(u"from/pipe"_s);
     work.link(u"from/to_pipe"_s, u"pipe"_s);
+    const test_support::log_capture log;
     library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
     QCOMPARE(work.entries(u"to"_s), QStringList{u"a.txt"_s});
+    QCOMPARE(log.lines(), (QStringList{copy_line(u" source file open ----FAILED---- :to_pipe"_s),
+                                       copy_line(u" Error:Not a regular file"_s)}));
 }
 
 void tst_paths::copy_into_itself_ends()
@@ -431,14 +443,54 @@ void tst_paths::copy_leaves_no_part_of_a_file_that_does_not_fit()
     QCOMPARE(log.lines().first(), copy_line(u" destination file open ----FAILED---- :big.bin"_s));
 }
 
-void tst_paths::copy_leaves_no_part_of_a_file_when_cancelled()
+void tst_paths::copy_follows_links_in_the_destination()
+{
+    const workspace work;
+    work.file(u"from/a.txt"_s, "new");
+    work.file(u"from/b/c.txt"_s, "new");
+    work.file(u"elsewhere/target.txt"_s, "old");
+    test_support::make_folder(work.path(u"to"_s));
+    work.link(u"to/a.txt"_s, work.path(u"elsewhere/target.txt"_s));
+    work.link(u"to/b"_s, work.path(u"elsewhere"_s));
+    library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
+    QVERIFY(QFileInfo(work.path(u"to/a.txt"_s)).isSymLink());
+    QCOMPARE(test_support::read_file(work.path(u"elsewhere/target.txt"_s)), QByteArray("new"));
+    QCOMPARE(work.entries(u"elsewhere"_s), (QStringList{u"c.txt"_s, u"target.txt"_s}));
+}
+
+void tst_paths::copy_makes_the_folder_alone_when_cancelled()
 {
     const workspace work;
     work.file(u"from/a.txt"_s);
     work.file(u"from/b/c.txt"_s);
     library::set_cancel_extraction(true);
     library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
+    QVERIFY(work.exists(u"to"_s));
     QCOMPARE(work.entries(u"to"_s), QStringList());
+}
+
+void tst_paths::cancelled_file_copy_leaves_the_destination_as_it_was_data()
+{
+    QTest::addColumn<QStringList>("before");
+    QTest::newRow("an absent file stays absent") << QStringList();
+    QTest::newRow("a file that was there stays") << QStringList{u"copy.txt"_s};
+}
+
+void tst_paths::cancelled_file_copy_leaves_the_destination_as_it_was()
+{
+    QFETCH(const QStringList, before);
+    const workspace work;
+    work.file(u"from.txt"_s, "new");
+    test_support::make_folder(work.path(u"to"_s));
+    for (const QString &name : before)
+        work.file(u"to/"_s + name, "old");
+    const auto result =
+        copy_whole_file(work.path(u"from.txt"_s), work.path(u"to/copy.txt"_s), true);
+    QCOMPARE(result.how, whole_file_copy_result::status::cancelled);
+    QCOMPARE(result.error, QString());
+    QCOMPARE(work.entries(u"to"_s), before);
+    for (const QString &name : before)
+        QCOMPARE(test_support::read_file(work.path(u"to/"_s + name)), QByteArray("old"));
 }
 
 void tst_paths::size_is_shown_data()

@@ -12,8 +12,10 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QVariant>
 
 #include <functional>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -319,6 +321,8 @@ class tst_sqlite_commands : public QObject
     Q_OBJECT
 
 private slots:
+    void init() { context.emplace(); }
+    void cleanup() { context.reset(); }
     void good_statement_succeeds_data() { add_rows(any); }
     void good_statement_succeeds();
     void bad_statement_logs_four_lines_data() { add_rows(any); }
@@ -338,6 +342,11 @@ private slots:
         add_rows(names_its_connection);
     }
     void path_helper_names_its_connection_after_the_caller();
+    void path_helper_closes_its_connection_after_a_failed_statement_data()
+    {
+        add_rows(names_its_connection);
+    }
+    void path_helper_closes_its_connection_after_a_failed_statement();
     void path_helper_replaces_the_connection_of_an_earlier_call();
     void list_helper_leaves_no_connection_behind_data() { add_rows(lists_rows); }
     void list_helper_leaves_no_connection_behind();
@@ -347,6 +356,7 @@ private slots:
     void value_existence_is_told();
     void value_existence_logs_under_the_sibling_tag();
     void value_existence_is_false_when_cancelled();
+    void value_existence_is_false_when_cancelled_between_rows();
     void tables_are_listed_without_views_and_system_tables();
     void tables_of_a_database_that_does_not_open_are_none();
     void unmatched_entries_are_listed_data();
@@ -354,7 +364,7 @@ private slots:
     void unmatched_entries_stop_when_cancelled();
 
 private:
-    test_support::run_context_backup context;
+    std::optional<test_support::run_context_backup> context;
 };
 
 void tst_sqlite_commands::good_statement_succeeds()
@@ -443,7 +453,6 @@ void tst_sqlite_commands::cancel_between_rows_returns_the_rows_so_far()
     request asked = {good_command, {}, u"scripted"_s, driver.database()};
     QCOMPARE(tested.call(asked), (QStringList{u"first"_s, u"second"_s}));
     QCOMPARE(log.lines(), with_start(tested, {}));
-    library::set_cancel_extraction(false);
 }
 
 void tst_sqlite_commands::execute_helper_changes_the_database()
@@ -482,6 +491,18 @@ void tst_sqlite_commands::path_helper_names_its_connection_after_the_caller()
     request asked = fruit.make(statement(tested, u"fruit"_s), bind_values(tested));
     QCOMPARE(tested.call(asked), as_list(true));
     QVERIFY(QSqlDatabase::contains(connection_name));
+    QVERIFY(!QSqlDatabase::database(connection_name, false).isOpen());
+}
+
+void tst_sqlite_commands::path_helper_closes_its_connection_after_a_failed_statement()
+{
+    QFETCH(const int, index);
+    const helper &tested = helpers().at(index);
+    const fruit_database fruit;
+    request asked = fruit.make(statement(tested, u"vegetables"_s), bind_values(tested));
+    QCOMPARE(tested.call(asked), as_list(false));
+    const QString connection_name = tested.connection_prefix + caller;
+    QCOMPARE(QSqlDatabase::database(connection_name, false).databaseName(), fruit.path());
     QVERIFY(!QSqlDatabase::database(connection_name, false).isOpen());
 }
 
@@ -570,10 +591,19 @@ void tst_sqlite_commands::value_existence_is_false_when_cancelled()
 {
     const fruit_database fruit;
     library::set_cancel_extraction(true);
-    const bool exists = library::check_value_existence_in_db_by_dbreference(
-        good_command, 0, u"apple"_s, fruit.database);
-    library::set_cancel_extraction(false);
-    QVERIFY(!exists);
+    QVERIFY(!library::check_value_existence_in_db_by_dbreference(good_command, 0, u"apple"_s,
+                                                                 fruit.database));
+}
+
+void tst_sqlite_commands::value_existence_is_false_when_cancelled_between_rows()
+{
+    const test_support::scripted_driver_registration driver(
+        {u"first"_s, u"second"_s}, [](qsizetype row) { library::set_cancel_extraction(row == 1); });
+    const test_support::log_capture log;
+    QVERIFY(!library::check_value_existence_in_db_by_dbreference(good_command, 0, u"first"_s,
+                                                                 driver.database()));
+    QVERIFY(library::bool_cancel_extraction);
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void tst_sqlite_commands::tables_are_listed_without_views_and_system_tables()
@@ -630,10 +660,7 @@ void tst_sqlite_commands::unmatched_entries_are_listed()
 void tst_sqlite_commands::unmatched_entries_stop_when_cancelled()
 {
     library::set_cancel_extraction(true);
-    const QStringList unmatched =
-        library::get_unmatched_varible_list_of_parentlist({u"a"_s}, {u"b"_s});
-    library::set_cancel_extraction(false);
-    QCOMPARE(unmatched, QStringList());
+    QCOMPARE(library::get_unmatched_varible_list_of_parentlist({u"a"_s}, {u"b"_s}), QStringList());
 }
 
 TEST_MAIN(tst_sqlite_commands)

@@ -1,47 +1,30 @@
 #include "files.h"
+#include "local_zone.h"
 #include "log_capture.h"
 #include "run_context_backup.h"
 #include "test_main.h"
 
 #include "plugin_static_function.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimeZone>
 
-#include <ctime>
+#include <limits>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 using library = plugin_static_function;
-
-// Gives the process another local time zone for as long as it lives.
-class local_zone
-{
-public:
-    explicit local_zone(const QByteArray &zone) : previous(qgetenv("TZ"))
-    {
-        qputenv("TZ", zone);
-        tzset();
-    }
-    ~local_zone()
-    {
-        if (previous.isNull())
-            qunsetenv("TZ");
-        else
-            qputenv("TZ", previous);
-        tzset();
-    }
-    Q_DISABLE_COPY_MOVE(local_zone)
-
-private:
-    QByteArray previous;
-};
+using test_support::local_zone;
 
 void add_text_columns()
 {
@@ -135,7 +118,8 @@ void tst_time_conversions::file_times_are_zero_data()
     QTest::newRow("the prefix is blank") << existing << u" "_s;
     QTest::newRow("the path is empty") << QString() << u"/"_s;
     QTest::newRow("the file is absent") << u"/absent.exe"_s << QDir::tempPath();
-    QTest::newRow("no separator is put between") << u"tmp"_s << QDir::rootPath().chopped(1) + u'x';
+    QTest::newRow("no separator is put between")
+        << QFileInfo(existing).fileName() << QCoreApplication::applicationDirPath();
 }
 
 void tst_time_conversions::file_times_are_zero()
@@ -191,6 +175,7 @@ void tst_time_conversions::google_time_data()
     add_row("the start of 1601", u"1"_s, u"-11644473600"_s);
     add_row("a number beyond 63 bits counts as negative", u"18446744073709551615"_s,
             u"-11644473600"_s);
+    add_row("the sign comes before the division", u"18446744073708551616"_s, u"-11644473601"_s);
     add_row("a word counts as the start of 1601", u"soon"_s, u"-11644473600"_s);
 }
 
@@ -411,6 +396,10 @@ void tst_time_conversions::date_with_numeric_zone_data()
     add_row("before 1970", u"1969-12-31 23:59:55.5 +0000"_s, u"-5"_s);
     add_row("after 2038", u"2100-01-01 01:00:00 +0100"_s, u"4102444800"_s);
     add_row("the epoch itself", u"1970-01-01 00:00:00 +0000"_s, u"0"_s);
+    add_row("the hours farthest to the east", u"2024-03-06 00:00:00 +1400"_s, u"1709632800"_s);
+    add_row("ten hours to the west", u"2024-03-05 00:00:00 -1000"_s, u"1709632800"_s);
+    add_row("hours that no zone has", u"2024-03-06 01:00:00 +1500"_s, {});
+    add_row("tens of hours that no zone has", u"2024-03-06 10:00:00 -2400"_s, {});
     add_row("a sign without digits", u"2024-03-05 10:00:00 +"_s, {});
     add_row("a zone's name", u"2024-03-05 10:00:00 CET"_s, {});
     add_row("sixty minutes in the zone", u"2024-03-05 10:00:00 +0060"_s, {});
@@ -506,6 +495,8 @@ void tst_time_conversions::time_with_zone_data()
         << qint64(19800) << u"1709632800"_s << u"2024-Mar-05 15:30:00 +0530"_s;
     QTest::newRow("half an hour to the west")
         << qint64(-12600) << u"1709632800"_s << u"2024-Mar-05 06:30:00 -0330"_s;
+    QTest::newRow("less than a minute to the west has no sign of its own")
+        << qint64(-30) << u"1709632800"_s << u"2024-Mar-05 09:59:30 +0000"_s;
     QTest::newRow("before 1970") << qint64(0) << u"-5"_s << u"1969/12/31 23:59:55 +0000"_s;
 }
 
@@ -600,6 +591,12 @@ void tst_time_conversions::used_dates_are_empty_data()
         << u"kMDItemLastUsedDate = 2023-02-29 10:00:00 +0000\n"
            "kMDItemUsedDates = (\"2023-02-29 10:00:00 +0000\")"_s;
     QTest::newRow("a name without a value") << u"kMDItemLastUsedDate\nkMDItemUsedDates ="_s;
+    QTest::newRow("a name without a value before a dated line")
+        << u"kMDItemLastUsedDate =\nkMDItemContentCreationDate = 2020-01-01 00:00:00 +0000\n"
+           "kMDItemUsedDates = \n2020-01-01 00:00:00 +0000"_s;
+    QTest::newRow("an equals sign on the next line")
+        << u"kMDItemLastUsedDate\n= 2020-01-01 00:00:00 +0000\n"
+           "kMDItemUsedDates\n= (\"2020-01-01 00:00:00 +0000\")"_s;
 }
 
 void tst_time_conversions::used_dates_are_empty()

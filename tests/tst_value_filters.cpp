@@ -121,7 +121,7 @@ void tst_value_filters::string_list_data()
     add_row("a printed list", u"(\n    \"Ann Example\",\n    \"Bob Example\"\n)"_s,
             u"Ann Example;Bob Example"_s);
     add_row("a list without brackets", u"a, \"b\" ,c"_s, u"a;b;c"_s);
-    add_row("a list of one entry", u"(\n    \"Ann Example\"\n)"_s, u"Ann Example"_s);
+    add_row("a list of one entry has no separator", u"(\n    \"Ann Example\"\n)"_s, {});
     add_row("a separator at the end", u"(\"a\", \"b\",)"_s, u"a;b"_s);
     add_row("brackets inside an entry go too", u"(\"a (1)\", \"b\")"_s, u"a 1;b"_s);
     add_row("an empty entry between others is kept", u"a,,b"_s, u"a;;b"_s);
@@ -149,6 +149,11 @@ void tst_value_filters::download_origins_data()
     add_row("an escaped apostrophe", u"(\"Ann\\U2019s Mac\")"_s, u"Ann's Mac"_s);
     add_row("another escape stays", u"(\"a\\U00e9\")"_s, u"a\\U00e9"_s);
     add_row("the end of a property-list print", u"(\n    \"https://a/\"\n);"_s, u"https://a/"_s);
+    add_row("a separator at the end of an origin", u"(\"https://a/x;\")"_s, u"https://a/x;"_s);
+    add_row("a separator at the end of an origin without brackets", u"https://a/x;"_s,
+            u"https://a/x;"_s);
+    add_row("a separator at the end of an origin and of the print",
+            u"(\n    \"https://a/x;\"\n);\n"_s, u"https://a/x;"_s);
     add_row("carriage returns", u"(\r\n    \"https://a/\"\r\n)"_s, u"https://a/"_s);
     add_row("nothing", {}, {});
     add_row("blanks", u"  "_s, {});
@@ -167,6 +172,9 @@ void tst_value_filters::date_data()
     add_row("without a zone it is UTC", u"2024-03-05T10:00:00"_s, u"1709632800"_s);
     add_row("a printed date", u" 2024-03-05 10:00:00 +0000 "_s, u"1709632800"_s);
     add_row("an offset of half an hour", u"2024-03-05T15:30:00+05:30"_s, u"1709632800"_s);
+    add_row("a printed date half an hour to the west", u"2024-03-05 06:30:00 -0330"_s,
+            u"1709632800"_s);
+    add_row("a date alone", u"2024-03-05"_s, {});
     add_row("what follows the first dot is dropped", u"2024-03-05T10:00:00.987654Z"_s,
             u"1709632800"_s);
     add_row("before 1970", u"1969-12-31T23:59:55Z"_s, u"-5"_s);
