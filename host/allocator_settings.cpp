@@ -27,8 +27,8 @@ void keep_hive_memory_mapped([[maybe_unused]] std::int64_t largest_hive)
     // fits there again. Pages of it that are never used cost nothing.
     const auto room_for_small_blocks = static_cast<size_t>(largest_hive - (largest_hive >> 4));
     void *volatile room = std::malloc(room_for_small_blocks); // volatile: must really be made
-    // Stays, so that the room does not grow together with what follows.
-    static void *const fence = std::malloc(1);
+    // Stays, so that the room does not become part of what follows; too large to lie before it.
+    static void *volatile const fence = std::malloc(size_t(4) << 20);
     std::free(room);
     static_cast<void>(fence);
 #endif

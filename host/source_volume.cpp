@@ -112,11 +112,6 @@ bool source_volume::holds(const QString &relative) const
     return QFileInfo::exists(m_root + relative);
 }
 
-bool source_volume::holds_folder(const QString &relative) const
-{
-    return QFileInfo(m_root + relative).isDir();
-}
-
 QString user_hive_path(const QString &account)
 {
     return account_path(account) + "/NTUSER.DAT"_L1;

@@ -27,9 +27,6 @@ public:
     /// Whether something lies at `relative`.
     bool holds(const QString &relative) const;
 
-    /// Whether a folder lies at `relative`.
-    bool holds_folder(const QString &relative) const;
-
 private:
     QString m_root;
 };

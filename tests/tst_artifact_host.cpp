@@ -92,6 +92,7 @@ private slots:
     void leaves_the_evidence_as_it_was();
     void reads_the_backup_when_the_software_hive_is_garbage();
     void does_not_wait_for_a_hive_that_is_a_pipe();
+    void reads_hives_of_more_than_32_mb();
 
     void calls_the_operations_in_the_documented_order();
     void takes_all_accounts_with_artefacts_by_name();
@@ -282,6 +283,16 @@ void tst_artifact_host::does_not_wait_for_a_hive_that_is_a_pipe()
         result.errors,
         QStringList{
             u"artifact_host: warning: Users/eve/NTUSER.DAT: not a regular file, so it is not read"_s});
+    QCOMPARE(result.exit_code, 0);
+}
+
+void tst_artifact_host::reads_hives_of_more_than_32_mb()
+{
+    const auto volume = small_volume();
+    // Beyond 32 MB the program chooses other allocator settings.
+    QVERIFY(QFile::resize(volume->software_path(), qint64(40) << 20));
+    const host_result result = extract(*volume, {u"--quiet"_s});
+    QCOMPARE(result.output.first(9), small_volume_report);
     QCOMPARE(result.exit_code, 0);
 }
 

@@ -159,15 +159,34 @@ void check_kept_settings()
     QCOMPARE(worker.source_count, 12);
 }
 
+/// Everything that a worker keeps, as text.
+template<typename probe>
+QStringList kept_settings(const probe &worker)
+{
+    return {QString::number(worker.record_count),
+            QString::number(worker.tab_processed_count),
+            QString::number(worker.engine_type),
+            QString::number(worker.source_count),
+            worker.destination_db_file,
+            worker.destination_result_dir_path,
+            worker.destination_tmp_dir_path,
+            worker.source_root_path,
+            worker.os_scheme_display,
+            worker.plugin_name,
+            worker.selected_tabs_list.join(u','),
+            worker.bool_cancel_extraction ? u"cancelled"_s : u"running"_s,
+            worker.helper_obj != nullptr ? u"helper"_s : u"no helper"_s};
+}
+
 template<typename scheme>
 void check_settings_that_change_nothing()
 {
     typename scheme::probe worker;
     (worker.*scheme::set_source_info)(two_accounts());
+    const QStringList before = kept_settings(worker);
     (worker.*scheme::set_machine_info)({3600, u"machine"_s});
     (worker.*scheme::set_general_info)({true, true, true, true, true, u"/log"_s});
-    QCOMPARE(worker.source_root_path, u"/mnt/source/"_s);
-    QCOMPARE(worker.os_scheme_display, u"a scheme"_s);
+    QCOMPARE(kept_settings(worker), before);
 }
 
 template<typename scheme>
@@ -318,11 +337,13 @@ void tst_os_scheme_workers::settings_may_be_replaced()
 void tst_os_scheme_workers::artifacts_info_is_not_kept()
 {
     ios_uid_probe ios_worker;
+    const QStringList ios_before = kept_settings(ios_worker);
     ios_worker.ios_uid_set_artifacts_info({true, true, true, true, true, u"/log"_s});
-    QCOMPARE(ios_worker.source_root_path, QString());
+    QCOMPARE(kept_settings(ios_worker), ios_before);
     winos_probe windows_worker;
+    const QStringList windows_before = kept_settings(windows_worker);
     windows_worker.winos_set_artifacts_info({true, true, true, true, true, u"/log"_s});
-    QCOMPARE(windows_worker.source_root_path, QString());
+    QCOMPARE(kept_settings(windows_worker), windows_before);
 }
 
 TEST_MAIN(tst_os_scheme_workers)

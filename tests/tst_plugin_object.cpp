@@ -55,6 +55,53 @@ public:
     using windows_installed_applications::winos_obj;
 };
 
+/// The settings that every worker keeps, as one text each.
+template<typename worker>
+QStringList settings_of(const worker &kept)
+{
+    struct probe : worker
+    {
+        using worker::bool_cancel_extraction;
+        using worker::destination_db_file;
+        using worker::destination_result_dir_path;
+        using worker::destination_tmp_dir_path;
+        using worker::engine_type;
+        using worker::helper_obj;
+        using worker::os_scheme_display;
+        using worker::plugin_name;
+        using worker::record_count;
+        using worker::selected_tabs_list;
+        using worker::source_count;
+        using worker::source_root_path;
+        using worker::tab_processed_count;
+    };
+    return {kept.*(&probe::source_root_path),
+            kept.*(&probe::os_scheme_display),
+            kept.*(&probe::plugin_name),
+            (kept.*(&probe::selected_tabs_list)).join(u','),
+            kept.*(&probe::destination_result_dir_path),
+            kept.*(&probe::destination_tmp_dir_path),
+            kept.*(&probe::destination_db_file),
+            QString::number(kept.*(&probe::engine_type)),
+            QString::number(kept.*(&probe::source_count)),
+            QString::number(kept.*(&probe::record_count)),
+            QString::number(kept.*(&probe::tab_processed_count)),
+            kept.*(&probe::helper_obj) != nullptr ? u"helper"_s : u"no helper"_s,
+            kept.*(&probe::bool_cancel_extraction) ? u"cancelled"_s : u"running"_s};
+}
+
+/// The settings of the three workers, in the order in which they receive them.
+QList<QStringList> settings_of_workers(const plugin_probe &plugin)
+{
+    return {settings_of(*plugin.macos_obj), settings_of(*plugin.ios_uid_obj),
+            settings_of(*plugin.winos_obj)};
+}
+
+QList<QStringList> for_each_worker(const QStringList &settings)
+{
+    return {settings, settings, settings};
+}
+
 /// Answers every text of one context with a marked one.
 class marking_translator : public QTranslator
 {
@@ -103,6 +150,8 @@ private slots:
     void the_artefact_name_is_plain_without_a_translator();
     void the_artefact_name_is_translated_in_the_plain_object_context();
     void settings_reach_the_run_context();
+    void settings_totals_and_cancellation_reach_every_worker();
+    void an_overridden_artefact_name_reaches_every_worker();
     void the_second_list_of_tabs_has_no_effect();
     void essentials_reset_counts_and_cancellation();
     void a_cancellation_reaches_every_part();
@@ -239,6 +288,72 @@ void tst_plugin_object::settings_reach_the_run_context()
     QVERIFY(!context::debug_print_on_terminal_bool);
 }
 
+void tst_plugin_object::settings_totals_and_cancellation_reach_every_worker()
+{
+    const run_context_backup backup;
+    const QTemporaryDir folder;
+    plugin_probe plugin;
+    plugin.pub_set_essentials();
+    plugin.pub_set_engine_type(2);
+    struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info source;
+    source.source_root_path = u"/mnt/source/"_s;
+    source.os_scheme_display = u"a scheme"_s;
+    plugin.pub_set_source_info(source);
+    plugin.pub_set_source_count(4);
+    plugin.pub_set_essential_for_arken_desk_extraction({u"one"_s, u"two"_s}, {});
+    plugin.pub_set_result_directory(folder.path());
+    const QString own = folder.path() + u"/Artifacts_Result/Windows_Installed_Applications/"_s;
+    QStringList settings = {u"/mnt/source/"_s,
+                            u"a scheme"_s,
+                            u"Windows Installed Applications"_s,
+                            u"one,two"_s,
+                            own,
+                            own + u"tmp/"_s,
+                            own + u"Windows_Installed_Applications.sqlite"_s,
+                            u"2"_s,
+                            u"4"_s,
+                            u"0"_s,
+                            u"0"_s,
+                            u"no helper"_s,
+                            u"running"_s};
+    QCOMPARE(settings_of_workers(plugin), for_each_worker(settings));
+
+    // Every worker goes on from the totals so far, whichever of them extracts.
+    plugin.slot_extracted_records_of_plugin(17);
+    plugin.slot_total_tabs_processed(3);
+    plugin.pub_extract_artifacts();
+    settings.replace(9, u"17"_s);
+    settings.replace(10, u"3"_s);
+    settings.replace(11, u"helper"_s);
+    QCOMPARE(settings_of_workers(plugin), for_each_worker(settings));
+
+    plugin.pub_cancel_extraction();
+    settings.replace(12, u"cancelled"_s);
+    QCOMPARE(settings_of_workers(plugin), for_each_worker(settings));
+
+    plugin.pub_set_essentials();
+    settings.replace(12, u"running"_s);
+    QCOMPARE(settings_of_workers(plugin), for_each_worker(settings));
+}
+
+void tst_plugin_object::an_overridden_artefact_name_reaches_every_worker()
+{
+    struct renamed_plugin : plugin_probe
+    {
+        QString pub_get_artifact_name() override { return u"Other Name"_s; }
+    };
+    const run_context_backup backup;
+    const QTemporaryDir folder;
+    renamed_plugin plugin;
+    plugin.pub_set_engine_type(0);
+    plugin.pub_set_result_directory(folder.path());
+    for (const QStringList &settings : settings_of_workers(plugin)) {
+        QCOMPARE(settings.at(2), u"Other Name"_s);
+        QCOMPARE(settings.at(6),
+                 folder.path() + u"/Artifacts_Result/Other_Name/Other_Name.sqlite"_s);
+    }
+}
+
 void tst_plugin_object::the_second_list_of_tabs_has_no_effect()
 {
     evidence_volume volume;
@@ -331,23 +446,30 @@ void tst_plugin_object::an_unknown_scheme_still_signals_and_ends()
 void tst_plugin_object::a_scheme_without_artefacts_signals_the_total_once_data()
 {
     QTest::addColumn<QString>("scheme");
-    QTest::newRow("a macOS volume") << u"macOS"_s;
-    QTest::newRow("an iOS backup") << u"iOS_UID"_s;
+    QTest::addColumn<int>("earlier_rows");
+    QTest::newRow("a macOS volume on a fresh run") << u"macOS"_s << 0;
+    QTest::newRow("a macOS volume after rows of others") << u"macOS"_s << 5;
+    QTest::newRow("an iOS backup on a fresh run") << u"iOS_UID"_s << 0;
+    QTest::newRow("an iOS backup after rows of others") << u"iOS_UID"_s << 5;
 }
 
 void tst_plugin_object::a_scheme_without_artefacts_signals_the_total_once()
 {
     QFETCH(const QString, scheme);
+    QFETCH(const int, earlier_rows);
     const log_capture log;
     evidence_volume volume;
     host_double host(two_applications(volume));
     host.settings.general = log.general_info();
     host.settings.source.os_scheme_internal = scheme;
     host.set_up();
+    host.plugin().slot_extracted_records_of_plugin(earlier_rows);
+    host.clear_events();
     log.clear();
     host.extract();
     // The start, the worker's own signal, and the final total.
-    QCOMPARE(host.events(), (QStringList{u"records 0"_s, u"records 0"_s, u"records 0"_s}));
+    const QString total = u"records "_s + QString::number(earlier_rows);
+    QCOMPARE(host.events(), (QStringList{u"records 0"_s, total, total}));
     QCOMPARE(log.messages(), (QStringList{u"[pub_extract_artifacts] - START"_s,
                                           u"[pub_extract_artifacts] - END"_s}));
 }

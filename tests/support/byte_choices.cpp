@@ -38,7 +38,7 @@ bool byte_choices::one_in(int chances)
 
 byte_choices byte_choices::part(qsizetype size)
 {
-    const byte_choices taken(m_bytes.mid(m_position, size));
+    byte_choices taken(m_bytes.mid(m_position, size));
     m_position = std::min(m_position + size, m_bytes.size());
     return taken;
 }

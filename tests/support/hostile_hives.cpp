@@ -121,12 +121,12 @@ QByteArray keys_sharing_values(const QString &parent, const QString &below, cons
     hive_key &first = hive.key(parent + u"\\0"_s + below);
     for (int i = 0; i < shared_value_count; ++i)
         first.binary(value, "data");
-    std::vector<const hive_key *> others;
+    QList<const hive_key *> others;
     for (int i = 1; i < long_subkey_list; ++i)
-        others.push_back(&hive.key(parent).add_key(QString::number(i)));
+        others.append(&hive.key(parent).add_key(QString::number(i)));
     hive_damage damage(hive.bytes());
     const hive_key &top = hive.key(parent + u"\\0"_s);
-    for (const hive_key *other : others) {
+    for (const hive_key *other : std::as_const(others)) {
         if (below.isEmpty())
             damage.value_list(other->cells().key, first.cells().value_list)
                 .value_count(other->cells().key, shared_value_count);
@@ -141,14 +141,14 @@ QByteArray keys_sharing_subkeys()
     constexpr int keys = 40000; // there are two lists of them
     hive_builder hive;
     hive_key &parent = hive.key(user_assist_key);
-    std::vector<const hive_key *> parts;
+    QList<const hive_key *> parts;
     for (int i = 0; i < keys; ++i)
-        parts.push_back(&parent.add_key(QString::number(i)));
+        parts.append(&parent.add_key(QString::number(i)));
     for (int i = 0; i < keys; ++i)
         hive.key(user_assist_key + u"\\0"_s).add_key(QString::number(i));
     hive_damage damage(hive.bytes());
-    for (const hive_key *part : parts)
-        damage.share_subkeys(part->cells().key, parts.front()->cells().key);
+    for (const hive_key *part : std::as_const(parts))
+        damage.share_subkeys(part->cells().key, parts.constFirst()->cells().key);
     return damage.bytes();
 }
 
@@ -198,12 +198,11 @@ QByteArray keys_sharing_subkeys_at_each_level()
 /// The last cell: an index that lists one list in all its places.
 void add_index_of(hive_damage &damage, qint64 list, quint16 places)
 {
-    QByteArray record("ri");
-    record += QByteArray(2, '\0') + QByteArray(4 * places, '\0');
-    qToLittleEndian(places, record.data() + 2);
-    for (int i = 0; i < places; ++i)
-        qToLittleEndian(static_cast<quint32>(list - regf::first_bin), record.data() + 4 + 4 * i);
-    damage.add_last_cell(record);
+    QByteArray head("ri\0\0", 4);
+    qToLittleEndian(places, head.data() + 2);
+    QByteArray entry(4, '\0');
+    qToLittleEndian(static_cast<quint32>(list - regf::first_bin), entry.data());
+    damage.add_last_cell(head + entry.repeated(places));
 }
 
 /// An index of indexes of indexes of empty lists: 1000^20 ways down, and no key anywhere.

@@ -34,9 +34,7 @@ sqlite_connection::sqlite_connection(const QString &path)
 {
     database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_s);
     database.setDatabaseName(path);
-    // The file need not survive a power cut.
-    if (database.open())
-        execute(database, u"pragma synchronous = off"_s);
+    database.open();
 }
 
 sqlite_connection::~sqlite_connection()
@@ -62,6 +60,7 @@ void execute(const QString &path, const QString &statement)
 void create_tables(const QString &path)
 {
     sqlite_connection connection(path);
+    execute(connection.database, u"pragma synchronous = off"_s);
     connection.database.transaction();
     for (const result_tab *tab : windows_installed_applications_winos::result_tabs())
         execute(connection.database, tab->create_statement);

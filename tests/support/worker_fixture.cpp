@@ -82,4 +82,11 @@ QList<QStringList> worker_fixture::rows(const QString &tab) const
     return database().rows(tab, columns);
 }
 
+QStringList whole_run_log(const QString &operation)
+{
+    const QString line = u"[ARKEN_DESK][Artifacts Extraction]["
+                         "windows_installed_applications_winos::%1]:-- [%1]"_s.arg(operation);
+    return {line + u"---STARTS---"_s, line + u"---ENDS---"_s};
+}
+
 } // namespace test_support

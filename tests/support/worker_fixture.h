@@ -84,6 +84,9 @@ private:
     QList<qint64> m_signalled_totals;
 };
 
+/// The two lines of the log of an undisturbed run of the extractor.
+QStringList whole_run_log(const QString &operation);
+
 } // namespace test_support
 
 #endif
