@@ -29,6 +29,8 @@ public:
     const void *throwing_dictionary() const;
     /// A key that throws an Objective-C exception when it is to describe itself.
     const void *throwing_key() const;
+    /// A date whose interval is not a number.
+    const void *date_without_number() const;
 
     /// The Foundation objects that are alive, as a list of counts by class; the first call begins
     /// the counting. Nothing where the platform keeps no such list.

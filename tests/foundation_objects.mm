@@ -2,6 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include <limits>
+
 @interface throwing_dictionary : NSDictionary
 @end
 
@@ -31,6 +33,25 @@
 {
     [NSException raise:@"test" format:@"description"];
     return nil;
+}
+@end
+
+@interface date_without_number : NSDate
+@end
+
+@implementation date_without_number
+- (id)initWithTimeIntervalSinceReferenceDate:(NSTimeInterval)seconds
+{
+    static_cast<void>(seconds);
+    return self;
+}
+- (NSTimeInterval)timeIntervalSinceReferenceDate
+{
+    return std::numeric_limits<NSTimeInterval>::quiet_NaN();
+}
+- (NSTimeInterval)timeIntervalSince1970
+{
+    return std::numeric_limits<NSTimeInterval>::quiet_NaN();
 }
 @end
 
@@ -103,6 +124,11 @@ const void *foundation_objects::throwing_dictionary() const
 const void *foundation_objects::throwing_key() const
 {
     return [[[::throwing_key alloc] init] autorelease];
+}
+
+const void *foundation_objects::date_without_number() const
+{
+    return [[[::date_without_number alloc] initWithTimeIntervalSinceReferenceDate:0] autorelease];
 }
 
 std::optional<QString> foundation_objects::living_objects()

@@ -1,0 +1,208 @@
+#include "files.h"
+#include "host_double.h"
+#include "reference_run.h"
+#include "result_database.h"
+#include "sample_evidence.h"
+#include "test_main.h"
+#include "volume_snapshot.h"
+
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+using namespace Qt::StringLiterals;
+using namespace test_support;
+
+// Evidence is read and nothing else.
+class tst_evidence_untouched : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void is_the_same_after_a_run();
+    void is_the_same_when_it_cannot_be_written();
+    void gives_the_same_rows_from_a_read_only_mount();
+    void no_system_call_alters_it();
+    void finds_calls_that_would_alter_it_data();
+    void finds_calls_that_would_alter_it();
+
+private:
+    QHash<QString, QList<QStringList>> rows_of_all_tables(const QString &database) const;
+
+    evidence_volume m_volume;
+    QTemporaryDir m_folder;
+    QHash<QString, QList<QStringList>> m_rows;
+};
+
+namespace {
+
+/// Opened in a way that may alter or make a file.
+const QRegularExpression &writing_flags()
+{
+    static const QRegularExpression flags(u"\\bO_(WRONLY|RDWR|CREAT|TRUNC|APPEND|TMPFILE)\\b"_s);
+    return flags;
+}
+
+/// Calls that alter what a path or a descriptor stands for. Reading ones are not among them.
+const QRegularExpression &altering_call()
+{
+    static const QRegularExpression call(
+        u"\\b(p?write(v|v2|64)?|f?truncate(64)?|rename(at|at2)?|unlink(at)?|rmdir|mkdir(at)?|"
+        "mknod(at)?|creat|link(at)?|symlink(at)?|f?chmod(at)?|f?l?chown(at)?|utime|utimes|"
+        "utimensat|futimesat|f?l?setxattr|f?l?removexattr|fallocate|sendfile|copy_file_range|"
+        "splice|fsync|fdatasync|flock)\\("_s);
+    return call;
+}
+
+/// The lines of a trace that tell of a call that could alter something below the folder.
+QStringList altering_lines(const QStringList &trace, const QString &folder)
+{
+    const QRegularExpression place(u"[<\"]%1[/\">]"_s.arg(QRegularExpression::escape(folder)));
+    QStringList found;
+    for (const QString &line : trace) {
+        const bool concerns_folder = line.contains(place);
+        const bool alters = line.contains(altering_call()) || line.contains(writing_flags());
+        if (concerns_folder && alters)
+            found.append(line);
+    }
+    return found;
+}
+
+/// The trace from the first call of the plug-in on, which the process announces.
+QStringList after_the_beginning(const QByteArray &trace)
+{
+    const QStringList lines = QString::fromLocal8Bit(trace).split(u'\n');
+    const auto beginning = std::find_if(lines.cbegin(), lines.cend(), [](const QString &line) {
+        return line.contains(u"write(1<"_s) && line.contains(u"\"begin"_s);
+    });
+    return {beginning, lines.cend()};
+}
+
+} // namespace
+
+void tst_evidence_untouched::initTestCase()
+{
+    add_sample_evidence(m_volume);
+    m_volume.write();
+    m_volume.file(u"Program Files/App/app.exe"_s, "program", 1600000000);
+    m_volume.link(u"Users/ann/AppData/Local/Packages/link"_s, m_volume.root());
+
+    const QString folder = m_folder.filePath(u"first"_s);
+    QVERIFY(extraction_process(m_volume, folder).run().completed);
+    m_rows = rows_of_all_tables(database_in(folder));
+}
+
+QHash<QString, QList<QStringList>>
+tst_evidence_untouched::rows_of_all_tables(const QString &database) const
+{
+    QHash<QString, QList<QStringList>> rows;
+    for (const QString &table : all_tabs()) {
+        rows[table] = rows_in(database, table);
+        std::sort(rows[table].begin(), rows[table].end());
+    }
+    return rows;
+}
+
+void tst_evidence_untouched::is_the_same_after_a_run()
+{
+    const QStringList before = volume_snapshot(m_volume.root());
+    QVERIFY(before.size() > 20);
+    host_double host(m_volume);
+    host.run();
+    host.clean_up();
+    QCOMPARE(volume_snapshot(m_volume.root()), before);
+    QCOMPARE(rows_of_all_tables(host.database_path()), m_rows);
+}
+
+// Every file and folder denies writing, to root too.
+void tst_evidence_untouched::is_the_same_when_it_cannot_be_written()
+{
+    QDirIterator entries(m_volume.root(),
+                         QDir::AllEntries | QDir::NoDotAndDotDot | QDir::NoSymLinks,
+                         QDirIterator::Subdirectories);
+    QHash<QString, QFileDevice::Permissions> permissions;
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        permissions[path] = QFile::permissions(path);
+        QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+    }
+    const QStringList before = volume_snapshot(m_volume.root());
+    const QString folder = m_folder.filePath(u"permissions"_s);
+    const extraction_outcome outcome =
+        extraction_process(m_volume, folder).without_privileges().run();
+    QCOMPARE(volume_snapshot(m_volume.root()), before);
+    for (auto entry = permissions.cbegin(); entry != permissions.cend(); ++entry)
+        QVERIFY(QFile::setPermissions(entry.key(), entry.value()));
+    QVERIFY(outcome.completed);
+    QCOMPARE(rows_of_all_tables(database_in(folder)), m_rows);
+}
+
+void tst_evidence_untouched::gives_the_same_rows_from_a_read_only_mount()
+{
+    const QStringList before = volume_snapshot(m_volume.root());
+    const QString folder = m_folder.filePath(u"mount"_s);
+    const extraction_outcome outcome =
+        extraction_process(m_volume, folder).read_only_source().run();
+    if (outcome.not_permitted)
+        QSKIP("This machine does not let the test mount anything");
+    QVERIFY(outcome.completed);
+    QCOMPARE(rows_of_all_tables(database_in(folder)), m_rows);
+    QCOMPARE(volume_snapshot(m_volume.root()), before);
+}
+
+void tst_evidence_untouched::no_system_call_alters_it()
+{
+    const QString strace = QStandardPaths::findExecutable(u"strace"_s);
+    if (strace.isEmpty())
+        QSKIP("strace is not installed");
+    const QString trace_path = m_folder.filePath(u"trace"_s);
+    const QString folder = m_folder.filePath(u"traced"_s);
+    qputenv("ASAN_OPTIONS", "detect_leaks=0"); // the leak check cannot run under a tracer
+    const extraction_outcome outcome =
+        extraction_process(m_volume, folder)
+            .under({strace, u"-f"_s, u"-y"_s, u"-s"_s, u"4096"_s, u"-o"_s, trace_path})
+            .run();
+    qunsetenv("ASAN_OPTIONS");
+    if (outcome.errors.contains("Operation not permitted"))
+        QSKIP("This machine does not let a process be traced");
+    QVERIFY2(outcome.completed, outcome.errors.constData());
+
+    const QStringList trace = after_the_beginning(read_file(trace_path));
+    const QString root = m_volume.root().chopped(1);
+    QVERIFY(trace.filter(root).filter(u"SOFTWARE"_s).filter(u"openat("_s).size() > 0);
+    QVERIFY(altering_lines(trace, folder).size() > 0); // the database is seen to be written
+    QCOMPARE(altering_lines(trace, root).join(u'\n'), QString());
+}
+
+// The check above can fail.
+void tst_evidence_untouched::finds_calls_that_would_alter_it_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<bool>("alters");
+    QTest::newRow("opened for reading")
+        << u"7 openat(AT_FDCWD</w>, \"/src/a\", O_RDONLY|O_CLOEXEC) = 4</src/a>"_s << false;
+    QTest::newRow("looked at") << u"7 statx(AT_FDCWD</w>, \"/src/a\", 0, STATX_ALL, {}) = 0"_s
+                               << false;
+    QTest::newRow("read") << u"7 read(4</src/a>, \"regf\", 4096) = 4096"_s << false;
+    QTest::newRow("opened for reading and writing")
+        << u"7 openat(AT_FDCWD</w>, \"/src/a\", O_RDWR) = 4</src/a>"_s << true;
+    QTest::newRow("created") << u"7 openat(AT_FDCWD</w>, \"/src/b\", O_RDONLY|O_CREAT, 0600) = 4"_s
+                             << true;
+    QTest::newRow("written") << u"7 pwrite64(4</src/a>, \"x\", 1, 0) = 1"_s << true;
+    QTest::newRow("renamed") << u"7 rename(\"/src/a\", \"/other\") = 0"_s << true;
+    QTest::newRow("removed") << u"7 unlink(\"/src/a\") = 0"_s << true;
+    QTest::newRow("given other times") << u"7 utimensat(4</src/a>, NULL, NULL, 0) = 0"_s << true;
+    QTest::newRow("given another mode") << u"7 fchmod(4</src/a>, 0600) = 0"_s << true;
+    QTest::newRow("another folder written") << u"7 pwrite64(4</dst/a>, \"x\", 1, 0) = 1"_s << false;
+}
+
+void tst_evidence_untouched::finds_calls_that_would_alter_it()
+{
+    QFETCH(const QString, line);
+    QFETCH(const bool, alters);
+    QCOMPARE(altering_lines({line}, u"/src"_s).size(), alters ? 1 : 0);
+}
+
+TEST_MAIN(tst_evidence_untouched)
+#include "tst_evidence_untouched.moc"

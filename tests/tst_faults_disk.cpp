@@ -1,0 +1,433 @@
+#include "application_keys.h"
+#include "files.h"
+#include "host_double.h"
+#include "log_capture.h"
+#include "reference_run.h"
+#include "result_database.h"
+#include "result_file.h"
+#include "sample_evidence.h"
+#include "test_main.h"
+#include "windows_installed_applications_winos.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using namespace test_support;
+
+// The result disk fills up, the database is locked, cannot be written or is not as it was made. The
+// run comes to its end, says so in the fixed words, and loses nothing that was committed.
+class tst_faults_disk : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void full_at_each_write_data();
+    void full_at_each_write();
+    void full_in_the_middle_of_many_rows();
+    void files_limited_to_each_length();
+    void database_locked_by_another_process();
+    void database_that_may_not_be_written();
+    void folder_that_may_not_be_written();
+    void table_missing_data();
+    void table_missing();
+    void table_of_another_shape_data();
+    void table_of_another_shape();
+    void result_folder_removed_after_each_tab_data();
+    void result_folder_removed_after_each_tab();
+    void result_folder_that_cannot_be_made();
+    void database_that_is_no_database();
+
+private:
+    QString defect_of_tables(const QString &database_path, int whole_tabs) const;
+
+    std::optional<reference_run> m_reference;
+};
+
+namespace {
+
+/// What Qt says of a statement that could not be prepared, whatever the reason.
+const QString unprepared = u"Parameter count mismatch"_s;
+
+/// What a log may hold beside the lines of an undisturbed run.
+const QStringList &failure_beginnings()
+{
+    static const QStringList beginnings{
+        u"[create_db_tables]Destination Db opening failed for table creation"_s,
+        u"DATABASE"_s,
+        u" table creation -----FAILED---- "_s,
+        u" query  --------FAILED------ db file - DATABASE"_s,
+        u" CALLER FUNCTION -  -  void windows_installed_applications::create_db_tables()"_s,
+        u" command -  CREATE TABLE IF NOT EXISTS "_s,
+        u" command -  create table IF NOT EXISTS "_s,
+        u" error -  "_s,
+        u"INSERT INTO "_s,
+        u"insert into "_s,
+        // What SQLite and Qt say.
+        u"database or disk is full"_s,
+        u"disk I/O error"_s,
+        u"unable to open database file"_s,
+        u"database is locked"_s,
+        u"attempt to write a readonly database"_s,
+        unprepared,
+    };
+    return beginnings;
+}
+
+bool begins_like_a_failure(const QString &message)
+{
+    static const QStringList beginnings = [] {
+        QStringList all = failure_beginnings();
+        for (const result_tab *tab : windows_installed_applications_winos::result_tabs()) {
+            all << tab->log_line(tab->insert_failure);
+            all << tab->log_line("Destination Db opening failed "_L1);
+        }
+        return all;
+    }();
+    return std::any_of(beginnings.cbegin(), beginnings.cend(),
+                       [&message](const QString &text) { return message.startsWith(text); });
+}
+
+/// The messages that neither an undisturbed run nor a failure of the database explains.
+QString unexplained(const QStringList &messages, const QStringList &undisturbed)
+{
+    QStringList strange;
+    for (const QString &message : messages) {
+        if (!undisturbed.contains(message) && !begins_like_a_failure(message))
+            strange.append(message);
+    }
+    return strange.join(u'\n');
+}
+
+void add_tab_rows()
+{
+    QTest::addColumn<QString>("table");
+    const QStringList tables = all_tabs();
+    for (const QString &table : tables)
+        QTest::newRow(qPrintable(table)) << table;
+}
+
+const result_tab &tab_of(const QString &table)
+{
+    const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
+    return **std::find_if(tabs.cbegin(), tabs.cend(),
+                          [&table](const result_tab *tab) { return tab->name == table; });
+}
+
+/// The statement as Qt tells that it was executed, with its placeholders numbered.
+QString executed_statement(const result_tab &tab)
+{
+    QStringList parts = QString(tab.insert_statement).split(u'?');
+    for (qsizetype i = 0; i + 1 < parts.size(); ++i)
+        parts[i] += u":%1"_s.arg(i);
+    return parts.join(QString());
+}
+
+/// The three lines for each row that could not be inserted.
+QStringList insert_failures(const result_tab &tab, const QString &error, qint64 rows)
+{
+    const QString failure =
+        tab.log_line(tab.insert_failure) + (tab.failure_names_database ? u"DATABASE"_s : QString());
+    QStringList lines;
+    for (qint64 row = 0; row < rows; ++row)
+        lines << failure << error << executed_statement(tab);
+    return lines;
+}
+
+} // namespace
+
+void tst_faults_disk::initTestCase()
+{
+    m_reference.emplace();
+}
+
+/// What is wrong with the tables after a disk was full; empty when nothing is.
+QString tst_faults_disk::defect_of_tables(const QString &database_path, int whole_tabs) const
+{
+    if (!QFileInfo::exists(database_path))
+        return whole_tabs == 0 ? QString() : u"no database"_s;
+    const QString verdict = integrity_after_recovery(database_path);
+    if (verdict != u"ok"_s)
+        return verdict;
+    const QStringList tables = all_tabs();
+    const QStringList existing = result_database(database_path).tables();
+    for (int tab = 0; tab < tables.size(); ++tab) {
+        const QString &table = tables.at(tab);
+        const QList<QStringList> rows =
+            existing.contains(table) ? rows_in(database_path, table) : QList<QStringList>();
+        const QList<QStringList> whole = m_reference->rows_of(table);
+        if (tab < whole_tabs ? rows != whole : !is_part_of(rows, whole))
+            return table;
+    }
+    return {};
+}
+
+void tst_faults_disk::full_at_each_write_data()
+{
+    QTest::addColumn<int>("fault");
+    QTest::newRow("for this write alone") << static_cast<int>(disk_fault::full_once);
+    QTest::newRow("from this write on") << static_cast<int>(disk_fault::full_for_good);
+}
+
+void tst_faults_disk::full_at_each_write()
+{
+#ifndef Q_OS_LINUX
+    QSKIP("Calls of the C library are replaced on Linux only");
+#endif
+    QFETCH(const int, fault);
+    const QTemporaryDir logs;
+    const qint64 writes = m_reference->outcome().writes;
+    QVERIFY(writes > 2 * all_tabs().size()); // each table's rows need a journal and a page
+    for (qint64 write = 1; write <= writes; ++write) {
+        const QString folder = m_reference->fresh_folder();
+        const QString log = make_log_file(logs.path());
+        const extraction_outcome outcome = m_reference->process(folder)
+                                               .log(log)
+                                               .fault(static_cast<disk_fault>(fault), write)
+                                               .run();
+        QVERIFY(outcome.had_fault);
+        QVERIFY2(outcome.completed, outcome.errors.constData());
+        const int whole_tabs = outcome.finished_tabs_before_fault;
+        QCOMPARE(defect_of_tables(database_in(folder), whole_tabs), QString());
+        QCOMPARE(unexplained(messages_in(log, database_in(folder)), m_reference->log()), QString());
+    }
+    qInfo("full at each of %lld writes", writes);
+}
+
+// More rows than SQLite keeps in memory: the disk is full while rows are inserted.
+void tst_faults_disk::full_in_the_middle_of_many_rows()
+{
+#ifndef Q_OS_LINUX
+    QSKIP("Calls of the C library are replaced on Linux only");
+#endif
+    constexpr int applications = 4000;
+    evidence_volume volume;
+    volume.system();
+    hive_key &uninstall = volume.software().key(uninstall_key);
+    for (int i = 0; i < applications; ++i)
+        uninstall.key(QString::number(i)).text(u"UninstallString"_s, QString(1000, u'x'));
+    volume.write();
+
+    const QStringList tab{u"install_apps_64"_s};
+    const QTemporaryDir results;
+    const auto process = [&](const QString &name) {
+        return extraction_process(volume, results.filePath(name)).tabs(tab);
+    };
+    const qint64 writes = process(u"whole"_s).fault(disk_fault::none, 0).run().writes;
+    const QList<QStringList> whole =
+        rows_in(database_in(results.filePath(u"whole"_s)), tab.first());
+    QCOMPARE(whole.size(), applications);
+
+    for (const auto fault : {disk_fault::full_once, disk_fault::full_for_good}) {
+        const QString log = make_log_file(results.path());
+        const QString folder = u"full %1"_s.arg(static_cast<int>(fault));
+        QVERIFY(process(folder).log(log).fault(fault, writes / 2).run().completed);
+        const QString database = database_in(results.filePath(folder));
+        QCOMPARE(integrity_after_recovery(database), u"ok"_s);
+        QVERIFY(is_part_of(rows_in(database, tab.first()), whole));
+        const QStringList lines = messages_in(log, database);
+        QCOMPARE(unexplained(lines, m_reference->log()), QString());
+        QVERIFY(lines.join(u'\n').contains(
+            insert_failures(tab_of(tab.first()), u"database or disk is full Unable to fetch row"_s,
+                            1)
+                .join(u'\n')));
+    }
+}
+
+void tst_faults_disk::files_limited_to_each_length()
+{
+    constexpr qint64 page = 4096;
+    const QString whole = m_reference->fresh_folder();
+    QVERIFY(m_reference->process(whole).run().completed);
+    const qint64 size = QFileInfo(database_in(whole)).size();
+    QVERIFY(size > 8 * page);
+    for (qint64 limit = 0; limit <= size; limit += page) {
+        const QString folder = m_reference->fresh_folder();
+        const extraction_outcome outcome =
+            m_reference->process(folder).file_size_limit(limit).run();
+        QVERIFY2(outcome.completed, outcome.errors.constData());
+        QCOMPARE(defect_of_tables(database_in(folder), 0), QString());
+        QVERIFY(limit < size || rows_in(database_in(folder), all_tabs().last()).size() > 0);
+    }
+}
+
+void tst_faults_disk::database_locked_by_another_process()
+{
+#ifndef Q_OS_LINUX
+    QSKIP("Waiting for a lock is made short on Linux only");
+#endif
+    const QTemporaryDir logs;
+    const QString folder = m_reference->fresh_folder();
+    const QString database = database_in(folder);
+    QVERIFY(m_reference->process(folder).run().completed);
+    {
+        const sqlite_connection other(database);
+        execute(other.database, u"begin exclusive"_s);
+        const QString log = make_log_file(logs.path());
+        const QString table = u"registered_apps"_s;
+        QVERIFY(m_reference->process(folder).tabs({table}).log(log).run().completed);
+        const QStringList lines = messages_in(log, database);
+        const qsizetype opening = lines.indexOf(u"[extract_registered_apps]---STARTS---"_s);
+        const QStringList failures = insert_failures(tab_of(table), unprepared, sample_row_count);
+        QCOMPARE(lines.mid(opening + 1, failures.size()), failures);
+        QCOMPARE(lines.at(opening + 1 + failures.size()), u"[extract_registered_apps]---ENDS---"_s);
+        QCOMPARE(unexplained(lines, m_reference->log()), QString());
+    }
+    QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
+}
+
+void tst_faults_disk::database_that_may_not_be_written()
+{
+    const QTemporaryDir logs;
+    const QString folder = m_reference->fresh_folder();
+    const QString database = database_in(folder);
+    QVERIFY(m_reference->process(folder).run().completed);
+    QVERIFY(QFile::setPermissions(database, QFileDevice::ReadOwner));
+
+    const QString log = make_log_file(logs.path());
+    const QString table = u"metro_apps"_s;
+    QVERIFY(
+        m_reference->process(folder).tabs({table}).log(log).without_privileges().run().completed);
+    const QStringList lines = messages_in(log, database);
+    const qsizetype opening = lines.indexOf(u"[extract_metro_apps]---STARTS---"_s);
+    const QStringList failures = insert_failures(
+        tab_of(table), u"attempt to write a readonly database Unable to fetch row"_s,
+        sample_row_count);
+    QCOMPARE(lines.mid(opening + 1, failures.size()), failures);
+    QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
+}
+
+// The database may be written, but no journal can stand beside it.
+void tst_faults_disk::folder_that_may_not_be_written()
+{
+    const QTemporaryDir logs;
+    const QString folder = m_reference->fresh_folder();
+    const QString database = database_in(folder);
+    QVERIFY(m_reference->process(folder).run().completed);
+    const QString database_folder = QFileInfo(database).path();
+    const QFileDevice::Permissions permissions = QFile::permissions(database_folder);
+    QVERIFY(QFile::setPermissions(database_folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+
+    const QString log = make_log_file(logs.path());
+    const bool completed =
+        m_reference->process(folder).log(log).without_privileges().run().completed;
+    QVERIFY(QFile::setPermissions(database_folder, permissions));
+    QVERIFY(completed);
+    QCOMPARE(unexplained(messages_in(log, database), m_reference->log()), QString());
+    QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
+}
+
+void tst_faults_disk::table_missing_data()
+{
+    add_tab_rows();
+}
+
+void tst_faults_disk::table_missing()
+{
+    QFETCH(const QString, table);
+    const log_capture log;
+    host_double host(m_reference->volume());
+    host.settings.general = log.general_info();
+    host.set_up();
+    execute(host.database_path(), u"drop table "_s + table);
+    log.clear();
+    host.extract();
+
+    const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
+    QCOMPARE(unexplained(lines, m_reference->log()), QString());
+    const QStringList failures = insert_failures(tab_of(table), unprepared, sample_row_count);
+    const qsizetype first = lines.indexOf(failures.first());
+    QCOMPARE(lines.mid(first, failures.size()), failures);
+    for (const QString &other : all_tabs()) {
+        if (other != table)
+            QCOMPARE(rows_in(host.database_path(), other), m_reference->rows_of(other));
+    }
+}
+
+void tst_faults_disk::table_of_another_shape_data()
+{
+    add_tab_rows();
+}
+
+void tst_faults_disk::table_of_another_shape()
+{
+    QFETCH(const QString, table);
+    host_double host(m_reference->volume());
+    host.set_up();
+    execute(host.database_path(), u"drop table "_s + table);
+    execute(host.database_path(), u"create table %1(bookmark integer)"_s.arg(table));
+    host.extract();
+
+    QCOMPARE(host.events().filter(u"tabs "_s).size(), all_tabs().size());
+    QCOMPARE(result_database(host.database_path()).row_count(table), 0);
+    QCOMPARE(result_database(host.database_path()).integrity_check(), u"ok"_s);
+    for (const QString &other : all_tabs()) {
+        if (other != table)
+            QCOMPARE(rows_in(host.database_path(), other), m_reference->rows_of(other));
+    }
+}
+
+void tst_faults_disk::result_folder_removed_after_each_tab_data()
+{
+    QTest::addColumn<int>("tab");
+    for (int tab = 0; tab <= all_tabs().size(); ++tab)
+        QTest::addRow("after %d tabs", tab) << tab;
+}
+
+void tst_faults_disk::result_folder_removed_after_each_tab()
+{
+    QFETCH(const int, tab);
+    const log_capture log;
+    host_double host(m_reference->volume());
+    host.settings.general = log.general_info();
+    const QString moment = tab == 0 ? u"records 0"_s : u"tabs %1"_s.arg(tab);
+    host.on_event([&](const QString &event) {
+        if (event == moment)
+            QVERIFY(QDir(host.settings.result_folder).removeRecursively());
+    });
+    host.set_up();
+    log.clear();
+    host.extract();
+
+    const QStringList lines = log.messages();
+    const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
+    for (qsizetype i = tab; i < tabs.size(); ++i) {
+        const QString failure = tabs[i]->log_line("Destination Db opening failed "_L1);
+        QCOMPARE(lines.value(lines.indexOf(failure) + 1),
+                 u"unable to open database file Error opening database"_s);
+        QCOMPARE(lines.count(failure), 1);
+    }
+    QCOMPARE(lines.last(), u"[pub_extract_artifacts] - END"_s);
+    QVERIFY(!QFileInfo::exists(host.settings.result_folder));
+}
+
+void tst_faults_disk::result_folder_that_cannot_be_made()
+{
+    const QTemporaryDir folder;
+    write_file(folder.filePath(u"file"_s), "content");
+    const log_capture log;
+    host_double host(m_reference->volume());
+    host.settings.general = log.general_info();
+    host.settings.result_folder = folder.filePath(u"file/results"_s);
+    host.run();
+
+    QCOMPARE(log.messages().filter(u"opening failed"_s).size(), all_tabs().size() + 1);
+    QCOMPARE(host.events().last(), u"records 0"_s);
+    QCOMPARE(read_file(folder.filePath(u"file"_s)), QByteArray("content"));
+}
+
+void tst_faults_disk::database_that_is_no_database()
+{
+    const QByteArray content(8192, 'x');
+    host_double host(m_reference->volume());
+    host.set_up();
+    write_file(host.database_path(), content);
+    host.run();
+    QCOMPARE(host.events().last(), u"records 0"_s);
+    QCOMPARE(read_file(host.database_path()), content);
+}
+
+TEST_MAIN(tst_faults_disk)
+#include "tst_faults_disk.moc"
