@@ -136,10 +136,8 @@ exit_code extract(const extract_options &options)
         return refuse(*refused);
     const source_volume volume(options.source);
     prepared_run run = choose_input(volume, options);
-    if (!is_anything_to_read(volume, run)) {
-        print_warnings(run.warnings);
+    if (!is_anything_to_read(volume, run))
         return refuse(nothing_to_read(volume));
-    }
     keep_hive_memory_mapped(size_of_largest_hive(volume, run.plan.accounts));
     const loaded_plugin plugin = load_plugin(options.plugin_file);
     if (plugin.object == nullptr)

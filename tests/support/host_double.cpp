@@ -3,30 +3,39 @@
 #include "windows_installed_applications.h"
 #include "windows_installed_applications_winos.h"
 
+#include <limits>
+
 namespace test_support {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A Windows worker for which every row comes late enough to be signalled.
-class row_signalling_worker : public windows_installed_applications_winos
+/// A Windows worker for which the time since the last signal is always the same, so that no test
+/// depends on the machine's speed.
+class steady_worker : public windows_installed_applications_winos
 {
 public:
-    using windows_installed_applications_winos::windows_installed_applications_winos;
+    steady_worker(qint64 elapsed, QWidget *parent)
+        : windows_installed_applications_winos(parent), m_elapsed(elapsed)
+    {
+    }
 
 protected:
-    qint64 elapsed_milliseconds() const override { return std::numeric_limits<qint64>::max(); }
+    qint64 elapsed_milliseconds() const override { return m_elapsed; }
+
+private:
+    qint64 m_elapsed;
 };
 
 /// The plug-in object with such a worker.
-class row_signalling_plugin : public windows_installed_applications
+class steady_plugin : public windows_installed_applications
 {
 public:
-    row_signalling_plugin()
+    explicit steady_plugin(qint64 elapsed)
     {
         delete winos_obj;
-        winos_obj = new row_signalling_worker(this);
+        winos_obj = new steady_worker(elapsed, this);
         using worker = windows_installed_applications_winos;
         using plugin = windows_installed_applications;
         connect(winos_obj, &worker::signal_extracted_records_of_plugin_winos, this,
@@ -38,9 +47,9 @@ public:
 
 std::unique_ptr<windows_installed_applications> new_plugin(row_progress progress)
 {
-    if (progress == row_progress::every_row)
-        return std::make_unique<row_signalling_plugin>();
-    return std::make_unique<windows_installed_applications>();
+    const bool signals_every_row = progress == row_progress::every_row;
+    return std::make_unique<steady_plugin>(signals_every_row ? std::numeric_limits<qint64>::max()
+                                                             : 0);
 }
 
 struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info source_of(const evidence_volume &volume)

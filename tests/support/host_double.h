@@ -18,7 +18,7 @@ namespace test_support {
 /// When the plug-in signals the number of rows.
 enum class row_progress
 {
-    throttled, ///< as it does: at most about once a second, and at the end of each tab
+    throttled, ///< as within one second: at the end of each tab alone
     every_row  ///< after each row too, as if a second had passed
 };
 
