@@ -158,12 +158,11 @@ void tst_evidence_untouched::no_system_call_alters_it()
         QSKIP("strace is not installed");
     const QString trace_path = m_folder.filePath(u"trace"_s);
     const QString folder = m_folder.filePath(u"traced"_s);
-    qputenv("ASAN_OPTIONS", "detect_leaks=0"); // the leak check cannot run under a tracer
-    const extraction_outcome outcome =
-        extraction_process(m_volume, folder)
-            .under({strace, u"-f"_s, u"-y"_s, u"-s"_s, u"4096"_s, u"-o"_s, trace_path})
-            .run();
-    qunsetenv("ASAN_OPTIONS");
+    // A sanitizer's leak check cannot run under a tracer.
+    const QStringList tracer{
+        strace,  u"-f"_s,   u"-y"_s, u"-s"_s, u"4096"_s, u"-E"_s, u"ASAN_OPTIONS=detect_leaks=0"_s,
+        u"-o"_s, trace_path};
+    const extraction_outcome outcome = extraction_process(m_volume, folder).under(tracer).run();
     if (outcome.errors.contains("Operation not permitted"))
         QSKIP("This machine does not let a process be traced");
     QVERIFY2(outcome.completed, outcome.errors.constData());

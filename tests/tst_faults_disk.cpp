@@ -136,6 +136,14 @@ QStringList insert_failures(const result_tab &tab, const QString &error, qint64 
     return lines;
 }
 
+/// The lines between the one that opens a tab's extraction and the one that ends it.
+QStringList lines_of_run(const QStringList &lines, const result_tab &tab)
+{
+    const qsizetype begin = lines.indexOf(tab.log_line(tab.opening)) + 1;
+    const qsizetype end = lines.indexOf(tab.log_line("---ENDS---"_L1), begin);
+    return lines.mid(begin, end - begin);
+}
+
 } // namespace
 
 void tst_faults_disk::initTestCase()
@@ -291,11 +299,9 @@ void tst_faults_disk::database_that_may_not_be_written()
     QVERIFY(
         m_reference->process(folder).tabs({table}).log(log).without_privileges().run().completed);
     const QStringList lines = messages_in(log, database);
-    const qsizetype opening = lines.indexOf(u"[extract_metro_apps]---STARTS---"_s);
-    const QStringList failures = insert_failures(
-        tab_of(table), u"attempt to write a readonly database Unable to fetch row"_s,
-        sample_row_count);
-    QCOMPARE(lines.mid(opening + 1, failures.size()), failures);
+    const QString error = u"attempt to write a readonly database Unable to fetch row"_s;
+    QCOMPARE(lines_of_run(lines, tab_of(table)),
+             insert_failures(tab_of(table), error, sample_row_count));
     QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
 }
 
@@ -337,9 +343,8 @@ void tst_faults_disk::table_missing()
 
     const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
     QCOMPARE(unexplained(lines, m_reference->log()), QString());
-    const QStringList failures = insert_failures(tab_of(table), unprepared, sample_row_count);
-    const qsizetype first = lines.indexOf(failures.first());
-    QCOMPARE(lines.mid(first, failures.size()), failures);
+    QCOMPARE(lines_of_run(lines, tab_of(table)),
+             insert_failures(tab_of(table), unprepared, sample_row_count));
     for (const QString &other : all_tabs()) {
         if (other != table)
             QCOMPARE(rows_in(host.database_path(), other), m_reference->rows_of(other));
