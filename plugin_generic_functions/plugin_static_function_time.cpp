@@ -13,6 +13,12 @@
 #include <ctime>
 #include <optional>
 
+#ifdef Q_OS_LINUX
+#include <QFile>
+#include <fcntl.h>
+#include <sys/stat.h>
+#endif
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -127,6 +133,26 @@ QString as_text(const std::optional<qint64> &seconds)
     return seconds ? QString::number(*seconds) : QString();
 }
 
+#ifdef Q_OS_LINUX
+
+qint64 file_seconds(const statx_timestamp &time)
+{
+    return (time.tv_sec * 1000 + time.tv_nsec / 1000000) / 1000;
+}
+
+// QFileInfo asks the system twice and takes each time through the local time zone.
+struct_GLOBAL_ARTIFACT_file_times file_times(const QString &path)
+{
+    struct statx file = {};
+    if (path.contains(QChar::Null) || statx(AT_FDCWD, QFile::encodeName(path).constData(), 0,
+                                            STATX_BTIME | STATX_ATIME | STATX_MTIME, &file) != 0)
+        return {};
+    return {file_seconds(file.stx_btime), file_seconds(file.stx_atime),
+            file_seconds(file.stx_mtime)};
+}
+
+#else
+
 qint64 file_seconds(const QDateTime &time)
 {
     return time.isValid() ? time.toMSecsSinceEpoch() / 1000 : 0;
@@ -140,6 +166,8 @@ struct_GLOBAL_ARTIFACT_file_times file_times(const QString &path)
     return {file_seconds(file.birthTime()), file_seconds(file.lastRead()),
             file_seconds(file.lastModified())};
 }
+
+#endif
 
 // The dates of "NAME = DATE" or "NAME = ( "DATE", "DATE" )" in a metadata listing.
 QStringList listed_dates(const QString &attribute_listing, const QString &attribute)

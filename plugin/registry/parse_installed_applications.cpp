@@ -33,7 +33,20 @@ parse_installed_applications::~parse_installed_applications() = default;
 int parse_installed_applications::start_registry_parse(QString hive_path, QString key_path,
                                                        bool read_key_values)
 {
+    m_kind = kind_of(key_path);
     return walk_hive_by_key_path(hive_path, key_path, read_key_values, &registry::current_data);
+}
+
+parse_installed_applications::key_kind
+parse_installed_applications::kind_of(const QString &key_path)
+{
+    if (key_path.contains(uninstall_key))
+        return key_kind::uninstall;
+    if (key_path.contains(registered_applications_key))
+        return key_kind::registered_applications;
+    if (key_path.contains(compatibility_store_key))
+        return key_kind::compatibility_store;
+    return key_kind::other;
 }
 
 void parse_installed_applications::run_only_multiple_paths(hive_h *hive, unsigned long node)
@@ -53,16 +66,16 @@ void parse_installed_applications::run_only_multiple_paths(hive_h *hive, unsigne
 void parse_installed_applications::find_node_value_length(hive_h *hive, unsigned long value,
                                                           QString value_name)
 {
-    if (parsed_key_path.contains(uninstall_key)) {
+    if (m_kind == key_kind::uninstall) {
         if (current_installed_app != nullptr)
             read_application_value(hive, value, value_name);
     } else if (current_data == nullptr) {
         return;
-    } else if (parsed_key_path.contains(registered_applications_key)) {
+    } else if (m_kind == key_kind::registered_applications) {
         current_data->name = value_name;
         current_data->value = convert_data(hive, value);
         data_records.append(*current_data);
-    } else if (parsed_key_path.contains(compatibility_store_key)) {
+    } else if (m_kind == key_kind::compatibility_store) {
         current_data->name = value_name;
         current_data->data = convert_data(hive, value, 1);
         data_records.append(*current_data);

@@ -40,7 +40,19 @@ public:
     int convert_data(hive_h *hive, unsigned long value, QString unused) override;
 
 private:
+    enum class key_kind
+    {
+        other,
+        uninstall,
+        registered_applications,
+        compatibility_store
+    };
+
+    /// Decides once for a walk what find_node_value_length() is to do with each value.
+    static key_kind kind_of(const QString &key_path);
     void read_application_value(hive_h *hive, unsigned long value, const QString &value_name);
+
+    key_kind m_kind = key_kind::other;
 };
 
 #endif

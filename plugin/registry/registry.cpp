@@ -326,7 +326,10 @@ QString registry::value_text(hive_h *hive, unsigned long value)
     const value_data data = read_data(hive, value);
     char *const begin = data.bytes.get();
     char *const end = std::remove(begin, begin + data.length, '\0');
-    return QString::fromLocal8Bit(begin, end - begin);
+    // Much faster, and the same in every local encoding.
+    const bool is_ascii = std::all_of(begin, end, [](quint8 byte) { return byte < 0x80; });
+    return is_ascii ? QString::fromLatin1(begin, end - begin)
+                    : QString::fromLocal8Bit(begin, end - begin);
 }
 
 /// Only the length that comes back with the bytes is trusted: the declared one may be larger.

@@ -1,6 +1,8 @@
 #include "extraction_frame.h"
 #include "parse_installed_applications.h"
 
+#include <QStringBuilder>
+
 using namespace Qt::StringLiterals;
 
 // A run opens with the line that also ends it: these two extractors have no other opening.
@@ -91,5 +93,6 @@ QString windows_installed_applications_winos::get_install_date(QString install_d
 {
     if (install_date.isEmpty())
         return {};
-    return install_date.mid(6, 2) + u'/' + install_date.mid(4, 2) + u'/' + install_date.mid(0, 4);
+    const QStringView date = install_date;
+    return date.mid(6, 2) % u'/' % date.mid(4, 2) % u'/' % date.mid(0, 4);
 }

@@ -18,9 +18,9 @@ bool windows_installed_applications_winos::write_rows(result_table_writer &write
     for (qsizetype position = 0; position < records.size(); ++position) {
         if (bool_cancel_extraction)
             return false;
-        const std::optional<QStringList> columns = row_of(records[position], position);
+        std::optional<QStringList> columns = row_of(records[position], position);
         if (columns)
-            write_row(writer, *columns + source_columns);
+            write_row(writer, *columns += source_columns);
     }
     return true;
 }

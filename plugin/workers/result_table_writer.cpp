@@ -59,13 +59,20 @@ bool result_table_writer::prepare()
 {
     m_is_prepared = true;
     m_has_executed = false;
+    m_bound_values.clear();
     return m_query->prepare(m_tab.insert_statement);
 }
 
+// A query keeps what is bound to it, and Qt takes longer to bind a value than SQLite to insert one:
+// what is the same as in the row before stays.
 bool result_table_writer::execute(const QStringList &values)
 {
-    for (const QString &value : values)
-        m_query->addBindValue(value.isNull() ? u""_s : value);
+    for (qsizetype column = 0; column < values.size(); ++column) {
+        const QString &value = values.at(column);
+        if (column >= m_bound_values.size() || value != m_bound_values.at(column))
+            m_query->bindValue(static_cast<int>(column), value.isNull() ? u""_s : value);
+    }
+    m_bound_values = values;
     const bool executed = m_query->exec();
     m_has_executed = m_has_executed || executed;
     return executed;

@@ -39,6 +39,7 @@ private:
     QString m_database_path;
     QSqlDatabase m_database;
     std::optional<QSqlQuery> m_query; ///< prepared once for all rows until one fails
+    QStringList m_bound_values;       ///< of the row before; none right after preparing
     bool m_is_prepared = false;
     bool m_has_executed = false; ///< whether a row was inserted since the statement was prepared
 };
