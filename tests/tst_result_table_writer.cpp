@@ -271,8 +271,11 @@ void tst_result_table_writer::refuses_a_row_of_another_length()
         QVERIFY(writer.open());
         QVERIFY(!writer.insert(row));
         QVERIFY(writer.insert({u"nut"_s, u"3"_s}));
+        QVERIFY(!writer.insert(row));
+        QVERIFY(writer.insert({u"washer"_s, u"3"_s}));
     }
-    QCOMPARE(shop.rows(), (QList<QStringList>{{u"nut"_s, u"3"_s, null_text}}));
+    QCOMPARE(shop.rows(),
+             (QList<QStringList>{{u"nut"_s, u"3"_s, null_text}, {u"washer"_s, u"3"_s, null_text}}));
 }
 
 void tst_result_table_writer::loses_no_row_but_those_that_a_lock_keeps_out()

@@ -37,7 +37,7 @@ bool result_table_writer::open()
 
 bool result_table_writer::insert(const QStringList &values)
 {
-    if (!m_is_prepared)
+    if (!m_is_prepared || values.size() != m_bound_values.size())
         prepare();
     if (execute(values))
         return true;
