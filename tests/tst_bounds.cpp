@@ -25,7 +25,7 @@ private slots:
 
 namespace {
 
-constexpr qint64 ten_mb = 10 * 1024 * 1024;
+constexpr qint64 ten_mb = qint64(10) << 20;
 constexpr qint64 gib = qint64(1) << 30;
 
 /// A sanitizer's own memory would be measured with the rest.

@@ -169,8 +169,8 @@ void tst_evidence_untouched::no_system_call_alters_it()
 
     const QStringList trace = after_the_beginning(read_file(trace_path));
     const QString root = m_volume.root().chopped(1);
-    QVERIFY(trace.filter(root).filter(u"SOFTWARE"_s).filter(u"openat("_s).size() > 0);
-    QVERIFY(altering_lines(trace, folder).size() > 0); // the database is seen to be written
+    QVERIFY(!trace.filter(root).filter(u"SOFTWARE"_s).filter(u"openat("_s).isEmpty());
+    QVERIFY(!altering_lines(trace, folder).isEmpty()); // the database is seen to be written
     QCOMPARE(altering_lines(trace, root).join(u'\n'), QString());
 }
 

@@ -156,7 +156,7 @@ QString tst_faults_disk::defect_of_tables(const QString &database_path, int whol
 {
     if (!QFileInfo::exists(database_path))
         return whole_tabs == 0 ? QString() : u"no database"_s;
-    const QString verdict = integrity_after_recovery(database_path);
+    QString verdict = integrity_after_recovery(database_path);
     if (verdict != u"ok"_s)
         return verdict;
     const QStringList tables = all_tabs();
@@ -257,7 +257,7 @@ void tst_faults_disk::files_limited_to_each_length()
             m_reference->process(folder).file_size_limit(limit).run();
         QVERIFY2(outcome.completed, outcome.errors.constData());
         QCOMPARE(defect_of_tables(database_in(folder), 0), QString());
-        QVERIFY(limit < size || rows_in(database_in(folder), all_tabs().last()).size() > 0);
+        QVERIFY(limit < size || !rows_in(database_in(folder), all_tabs().last()).isEmpty());
     }
 }
 

@@ -44,7 +44,7 @@ QString tst_faults_kill::defect_left_by(const QString &result_folder,
     const QString path = database_in(result_folder);
     if (!QFileInfo::exists(path))
         return outcome.finished_tabs == 0 ? QString() : u"no database"_s;
-    const QString verdict = integrity_after_recovery(path);
+    QString verdict = integrity_after_recovery(path);
     if (verdict != u"ok"_s)
         return verdict;
     const QStringList tables = result_database(path).tables();

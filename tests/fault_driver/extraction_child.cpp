@@ -98,13 +98,10 @@ qint64 peak_kib(const rusage &usage)
 #else
     // What getrusage() tells includes what the parent held before this program was executed.
     QFile file(u"/proc/self/status"_s);
-    QByteArray line;
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!line.startsWith("VmHWM:") && !file.atEnd())
-            line = file.readLine();
-    }
-    const QByteArray kib = line.mid(line.indexOf(':') + 1).trimmed().split(' ').first();
-    return kib.isEmpty() ? usage.ru_maxrss : kib.toLongLong();
+    const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const qsizetype label = status.indexOf("VmHWM:");
+    const QByteArray kib = status.mid(label).simplified().split(' ').value(1);
+    return label < 0 ? usage.ru_maxrss : kib.toLongLong();
 #endif
 }
 

@@ -193,7 +193,10 @@ REPLACES_LIBC int usleep(useconds_t microseconds)
 {
     if (current != nullptr)
         return 0;
-    timespec pause = {microseconds / 1000000, microseconds % 1000000 * 1000};
+    constexpr long ns_per_us = 1000;
+    constexpr long us_per_s = 1000000;
+    const long whole = microseconds;
+    timespec pause = {whole / us_per_s, whole % us_per_s * ns_per_us};
     return static_cast<int>(syscall(SYS_nanosleep, &pause, nullptr));
 }
 

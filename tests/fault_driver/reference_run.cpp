@@ -77,7 +77,7 @@ QString integrity_after_recovery(const QString &database_path)
 
 QString make_log_file(const QString &folder)
 {
-    const QString path = folder + u"/debug.log"_s;
+    QString path = folder + u"/debug.log"_s;
     write_file(path, {});
     return path;
 }
