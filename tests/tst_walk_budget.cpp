@@ -13,6 +13,7 @@ private slots:
     void stays_spent();
     void lasts_for_some_thousand_refusals();
     void begins_anew();
+    void tells_what_was_spent();
 };
 
 void tst_walk_budget::limits_nothing_before_the_start()
@@ -63,6 +64,16 @@ void tst_walk_budget::begins_anew()
     QVERIFY(!budget.spend(5));
     budget.start(2);
     QVERIFY(budget.spend(5));
+}
+
+void tst_walk_budget::tells_what_was_spent()
+{
+    walk_budget budget(100);
+    QCOMPARE(budget.spent(), 0);
+    QVERIFY(budget.spend(70));
+    QCOMPARE(budget.spent(), 70);
+    QVERIFY(!budget.spend(70));
+    QCOMPARE(budget.spent(), 100);
 }
 
 TEST_MAIN(tst_walk_budget)

@@ -105,6 +105,7 @@ int registry::walk_hive(const QString &hive_path, const QString &key_path, bool 
 void registry::end_walk()
 {
     m_file.close();
+    m_cost_of_last_walk = m_budget.spent();
     m_budget = {};
     m_large_values.clear();
 }

@@ -137,6 +137,10 @@ public:
     /// zero.
     static qint64 unix_seconds(qint64 filetime);
 
+    /// Bytes that the last walk read of its hive, what libhivex refused included; 0 before the
+    /// first.
+    qint64 cost_of_last_walk() const { return m_cost_of_last_walk; }
+
     QList<struct_data> data_records; ///< filled by the walkers that read a key's values
     struct_data *current_data;       ///< the record being filled; null when none is open
     QList<struct_installed_apps> installed_apps_records; ///< filled by the Uninstall walk
@@ -221,6 +225,7 @@ private:
 
     hive_file m_file; ///< of the hive being walked; closed outside of a walk
     walk_budget m_budget;
+    qint64 m_cost_of_last_walk = 0;
     QSet<int> *m_visited_nodes = nullptr; ///< of the recursion that runs; null outside of one
     QHash<QPair<size_t, size_t>, QByteArray> m_large_values; ///< by data cell and length
 };

@@ -3,6 +3,7 @@
 
 #include <QtGlobal>
 
+#include <algorithm>
 #include <limits>
 
 /// How much one walk may read from its hive. Every list entry, name and value of an intact hive
@@ -19,10 +20,17 @@ public:
     /// read before it refused, so that each of them costs the same.
     static constexpr qint64 refusals = 4096;
 
+    /// Limits nothing before a walk is started: handles that were opened outside of one are not
+    /// limited.
+    walk_budget() = default;
+
+    /// A budget of `bytes`, for work beyond a single walk.
+    explicit walk_budget(qint64 bytes) : m_size(bytes), m_left(bytes) {}
+
     /// Starts a walk over a hive of `hive_length` bytes.
     void start(qint64 hive_length)
     {
-        m_left = hive_lengths * hive_length;
+        m_size = m_left = hive_lengths * hive_length;
         m_refusal_cost = m_left / refusals;
     }
 
@@ -39,9 +47,12 @@ public:
     /// Whether a request went beyond the budget; the walk then reads nothing more.
     bool is_spent() const { return m_left < 0; }
 
+    /// Bytes taken so far: never more than the budget has.
+    qint64 spent() const { return m_size - std::max(m_left, qint64(0)); }
+
 private:
-    /// Handles that were opened outside a walk are not limited.
-    qint64 m_left = std::numeric_limits<qint64>::max();
+    qint64 m_size = std::numeric_limits<qint64>::max();
+    qint64 m_left = m_size;
     qint64 m_refusal_cost = 0;
 };
 

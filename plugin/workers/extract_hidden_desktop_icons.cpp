@@ -1,6 +1,9 @@
 #include "extraction_frame.h"
 #include "parse_hidden_desktop_icons.h"
 
+#include <QFileInfo>
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 const result_tab hidden_desktop_icons_app_tab = {
@@ -24,13 +27,19 @@ const result_tab hidden_desktop_icons_app_tab = {
 
 namespace {
 
-/// Each class id costs a walk that reads the whole hive. Windows lists a few dozen; a hive made to
-/// keep the examiner waiting may list hundreds of thousands, of which no more are looked up.
-constexpr qsizetype most_class_ids = 512;
+// What the icons of one hive may cost. Windows lists a few dozen class ids with a name or two each.
+// A hive made to keep the examiner waiting may list 70,000 that share 30,000 names: each class id
+// is a walk of its own, and each name becomes a row.
 
-/// A desktop item has a name or two in its NameSpace key; of a key with more values no more become
-/// rows.
-constexpr qsizetype most_names = 128;
+constexpr qint64 least_budget = qint64(128) << 20; ///< of the shortest hive: 100,000 rows at least
+constexpr qint64 budget_in_hive_lengths = 128;
+constexpr qint64 opens_per_hive_length = 32;
+constexpr qint64 cost_of_a_row = 1024; ///< beside the name itself
+
+walk_budget icon_budget(qint64 hive_length)
+{
+    return walk_budget(std::max(least_budget, budget_in_hive_lengths * hive_length));
+}
 
 } // namespace
 
@@ -60,11 +69,14 @@ bool windows_installed_applications_winos::write_icon_rows(
     const user_source hive =
         describe_user_source(hive_path, &windows_installed_applications_winos::without_source_root);
     const QString reg_path = parse_hidden_desktop_icons::hidden_icons_key;
+    const qint64 hive_length = QFileInfo(hive_path).size();
+    walk_budget budget = icon_budget(hive_length);
     parse_hidden_desktop_icons names;
-    const QList<registry::struct_data> looked_up = class_ids.mid(0, most_class_ids);
-    for (const registry::struct_data &class_id : looked_up) {
+    for (const registry::struct_data &class_id : class_ids) {
         if (bool_cancel_extraction)
             return false;
+        if (!budget.spend(hive_length / opens_per_hive_length + names.cost_of_last_walk()))
+            return true;
         const bool is_hidden = hex_to_decimal_fourbytes(class_id.data, little_endian) == 1;
         const QString hidden = is_hidden ? u"YES"_s : u"NO"_s;
         names.hidden_icons_records.clear();
@@ -72,12 +84,12 @@ bool windows_installed_applications_winos::write_icon_rows(
             hive_path, parse_hidden_desktop_icons::name_space_key + class_id.name, true);
         const auto row_of = [&](const registry::struct_hidden_icons &icon,
                                 qsizetype) -> std::optional<QStringList> {
+            if (!budget.spend(cost_of_a_row + icon.value.size()))
+                return std::nullopt;
             return QStringList{hive.user_name,        icon.value, hidden, u"NTUSER.DAT"_s,
                                u"HideDesktopIcons"_s, reg_path};
         };
-        const QList<registry::struct_hidden_icons> icons =
-            names.hidden_icons_records.mid(0, most_names);
-        if (!write_rows(writer, icons, hive.source_columns, row_of))
+        if (!write_rows(writer, names.hidden_icons_records, hive.source_columns, row_of))
             return false;
     }
     return true;

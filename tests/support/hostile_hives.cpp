@@ -87,19 +87,24 @@ QByteArray values_sharing_long_data(const value_place &place)
     return damage.bytes();
 }
 
-QByteArray values_sharing_broken_big_data(const value_place &place)
+/// The key gets `count` values whose data libhivex collects for megabytes and then refuses.
+QByteArray with_broken_big_data(hive_builder &hive, hive_key &key, const QString &name, int count)
 {
-    hive_builder hive;
-    hive_key &key = place_in(hive, place);
     hive.minor_version(5);
-    key.binary(place.value, QByteArray(long_data_size, 'x'));
-    for (int i = 1; i < long_value_list; ++i)
+    key.binary(name, QByteArray(long_data_size, 'x'));
+    for (int i = 1; i < count; ++i)
         key.binary(u"v"_s, {});
     hive_damage damage(hive.bytes());
     const value_cells cells = key.cells_of_value(0);
     damage.offset_entry(cells.block_list, cells.blocks.size() - 1, regf::first_bin + 4);
-    list_first_value_everywhere(damage, key, long_value_list);
+    list_first_value_everywhere(damage, key, count);
     return damage.bytes();
+}
+
+QByteArray values_sharing_broken_big_data(const value_place &place)
+{
+    hive_builder hive;
+    return with_broken_big_data(hive, place_in(hive, place), place.value, long_value_list);
 }
 
 QByteArray one_long_name_listed_often(const value_place &place)
@@ -243,6 +248,27 @@ QByteArray icons_sharing_many_names()
     return hive.bytes();
 }
 
+QByteArray icons_sharing_refused_names()
+{
+    hive_builder hive;
+    hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
+    for (int i = 0; i < shared_value_count; ++i)
+        hidden.dword(class_id, 1);
+    hive_key &names = hive.key(name_space_key + u'\\' + class_id);
+    return with_broken_big_data(hive, names, u""_s, shared_value_count);
+}
+
+QByteArray icons_sharing_a_long_name()
+{
+    hive_builder hive;
+    hive.minor_version(3); // data of any size in one cell
+    hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
+    for (int i = 0; i < long_value_list; ++i)
+        hidden.dword(class_id, 1);
+    hive.key(name_space_key + u'\\' + class_id).binary(u""_s, QByteArray(long_data_size / 2, 'x'));
+    return hive.bytes();
+}
+
 QByteArray icons_whose_names_are_long_paths()
 {
     hive_builder hive;
@@ -312,6 +338,10 @@ QList<hostile_hive> hostile_hives()
            QList<hostile_hive>{
                {u"35,000 icons with a name each"_s, hive_kind::user, icons_with_a_name_each},
                {u"70,000 icons share 30,000 names"_s, hive_kind::user, icons_sharing_many_names},
+               {u"70,000 icons share a name of 3.5 MB"_s, hive_kind::user,
+                icons_sharing_a_long_name},
+               {u"30,000 icons share 30,000 names of broken big data"_s, hive_kind::user,
+                icons_sharing_refused_names},
                {u"110,000 icons whose names are paths of 32,000 keys"_s, hive_kind::user,
                 icons_whose_names_are_long_paths},
            };
