@@ -47,11 +47,12 @@ QList<host_tab> tabs_within(const source_volume &volume, const QList<host_tab> &
 /// Whether the volume has any of the files that the tabs are filled from.
 bool is_anything_to_read(const source_volume &volume, const prepared_run &run)
 {
-    if (run.tabs.isEmpty())
-        return false;
     const bool has_software =
         volume.holds(software_hive_path) || volume.holds(software_backup_path);
-    return has_software || !run.plan.accounts.isEmpty();
+    const bool reads_accounts =
+        any_reads(run.tabs, tab_input::user_hive) || any_reads(run.tabs, tab_input::package_folder);
+    return (has_software && any_reads(run.tabs, tab_input::software_hive)) ||
+           (!run.plan.accounts.isEmpty() && reads_accounts);
 }
 
 refusal nothing_to_read(const source_volume &volume)
@@ -95,14 +96,16 @@ std::optional<refusal> choose_output(const source_volume &volume, const extract_
     if (options.debug_log.isEmpty())
         return std::nullopt;
     run.plan.debug_log = QFileInfo(options.debug_log).absoluteFilePath();
-    return check_debug_log(run.plan.debug_log, volume);
+    return check_debug_log(run.plan.debug_log, run.location, volume);
 }
 
 std::optional<refusal> create_output(const prepared_run &run)
 {
-    if (auto refused = create_result_directory(run.location))
-        return refused;
-    return run.plan.debug_log.isEmpty() ? std::nullopt : create_debug_log(run.plan.debug_log);
+    if (!run.plan.debug_log.isEmpty()) {
+        if (auto refused = create_debug_log(run.plan.debug_log))
+            return refused;
+    }
+    return create_result_directory(run.location);
 }
 
 qint64 rows_kept(const prepared_run &run)
@@ -136,8 +139,10 @@ exit_code extract(const extract_options &options)
         return refuse(*refused);
     const source_volume volume(options.source);
     prepared_run run = choose_input(volume, options);
-    if (!is_anything_to_read(volume, run))
+    if (!is_anything_to_read(volume, run)) {
+        print_warnings(run.warnings); // they may tell why
         return refuse(nothing_to_read(volume));
+    }
     keep_hive_memory_mapped(size_of_largest_hive(volume, run.plan.accounts));
     const loaded_plugin plugin = load_plugin(options.plugin_file);
     if (plugin.object == nullptr)

@@ -136,11 +136,22 @@ void append_software_findings(const source_volume &volume, QStringList &warnings
                         ": is read in place of the software hive, which cannot be opened"_L1);
 }
 
+void append_package_folder_finding(const source_volume &volume, const QString &path,
+                                   QStringList &warnings)
+{
+    const QFileInfo folder(volume.root() + path);
+    const bool is_listable = folder.isReadable() && folder.isExecutable();
+    if (is_hidden(folder.filePath()) || (folder.isDir() && !is_listable))
+        warnings.append(path + ": cannot be listed: Permission denied"_L1);
+}
+
 } // namespace
 
 hive_findings check_hive_file(const QString &path)
 {
     const QFileInfo info(path);
+    if (is_hidden(path))
+        return unreadable(u"cannot be read: Permission denied"_s);
     if (!info.exists())
         return unreadable(absence_of(info));
     if (!info.isFile())
@@ -163,6 +174,10 @@ QStringList precheck_warnings(const source_volume &volume, const QStringList &ac
     if (any_reads(tabs, tab_input::user_hive)) {
         for (const QString &account : accounts)
             append_findings(volume, user_hive_path(account), warnings);
+    }
+    if (any_reads(tabs, tab_input::package_folder)) {
+        for (const QString &account : accounts)
+            append_package_folder_finding(volume, package_folder_path(account), warnings);
     }
     return warnings;
 }

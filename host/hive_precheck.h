@@ -20,7 +20,8 @@ struct hive_findings
 hive_findings check_hive_file(const QString &path);
 
 /// One warning, beginning with the path relative to the volume, for each finding about the hives
-/// that the tabs read. The backup of the software hive is looked at only when it will be needed.
+/// that the tabs read, and for each package folder that may not be listed. The backup of the
+/// software hive is looked at only when it will be needed.
 QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
                               const QList<host_tab> &tabs);
 

@@ -56,16 +56,26 @@ extern "C" void handle_interrupt(int)
 
 } // namespace
 
+interrupt_watch::pipe_ends::pipe_ends()
+{
+    if (pipe(ends.data()) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    for (const int end : ends)
+        fcntl(end, F_SETFD, FD_CLOEXEC);
+}
+
+interrupt_watch::pipe_ends::~pipe_ends()
+{
+    for (const int end : ends)
+        close(end);
+}
+
 interrupt_watch::interrupt_watch(std::function<void()> on_interrupt)
     : m_on_interrupt(std::move(on_interrupt))
 {
-    if (pipe(m_pipe_ends.data()) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    for (const int end : m_pipe_ends)
-        fcntl(end, F_SETFD, FD_CLOEXEC);
     interrupt_flag = 0;
-    interrupt_pipe = m_pipe_ends[1];
-    m_thread = std::thread(&interrupt_watch::wait_for_byte, this, m_pipe_ends[0]);
+    interrupt_pipe = m_pipe.ends[1];
+    m_thread = std::thread(&interrupt_watch::wait_for_byte, this, m_pipe.ends[0]);
     const struct sigaction handling = action_calling(handle_interrupt);
     for (size_t i = 0; i < watched_signals.size(); ++i) {
         sigaction(watched_signals[i], nullptr, &m_former_actions[i]);
@@ -78,10 +88,8 @@ interrupt_watch::~interrupt_watch()
 {
     for (size_t i = 0; i < watched_signals.size(); ++i)
         sigaction(watched_signals[i], &m_former_actions[i], nullptr);
-    send_byte(m_pipe_ends[1], end_byte);
+    send_byte(m_pipe.ends[1], end_byte);
     m_thread.join();
-    for (const int end : m_pipe_ends)
-        close(end);
 }
 
 bool interrupt_watch::interrupted() const

@@ -34,10 +34,21 @@ public:
     bool interrupted() const;
 
 private:
+    /// A pipe whose ends are closed with it.
+    struct pipe_ends
+    {
+        pipe_ends();
+        ~pipe_ends();
+        pipe_ends(const pipe_ends &) = delete;
+        pipe_ends &operator=(const pipe_ends &) = delete;
+
+        std::array<int, 2> ends{}; ///< to read from, to write to
+    };
+
     void wait_for_byte(int read_end) const;
 
     std::function<void()> m_on_interrupt;
-    std::array<int, 2> m_pipe_ends{};
+    pipe_ends m_pipe;
     std::array<struct sigaction, 2> m_former_actions{}; ///< of SIGINT and SIGTERM
     std::thread m_thread;
 };

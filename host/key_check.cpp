@@ -1,10 +1,12 @@
 #include "key_check.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <cstdlib>
 #include <hivex.h>
 #include <memory>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -22,48 +24,88 @@ struct memory_freer
 using hive_handle = std::unique_ptr<hive_h, hive_closer>;
 using node_list = std::unique_ptr<hive_node_h, memory_freer>;
 using value_list = std::unique_ptr<hive_value_h, memory_freer>;
-using key_name = std::unique_ptr<char, memory_freer>;
+using name_text = std::unique_ptr<char, memory_freer>;
 
-/// Writable in memory only: libhivex then reads the file instead of mapping it, so that a bad
-/// sector of the evidence is an error and not a SIGBUS.
-hive_handle open_hive(const QString &hive_file)
+/// A hive, asked for no key whose record would leave the file: libhivex itself reads on beyond it.
+class open_hive
 {
-    return hive_handle(hivex_open(QFile::encodeName(hive_file).constData(), HIVEX_OPEN_WRITE));
-}
-
-bool are_keys_listable(hive_h *hive, hive_node_h parent)
-{
-    const node_list keys(hivex_node_children(hive, parent));
-    if (keys == nullptr)
-        return false;
-    for (const hive_node_h *key = keys.get(); *key != 0; ++key) {
-        if (key_name(hivex_node_name(hive, *key)) == nullptr)
-            return false;
+public:
+    /// Writable in memory only: libhivex then reads the file instead of mapping it, so that a bad
+    /// sector of the evidence is an error and not a SIGBUS.
+    explicit open_hive(const QString &hive_file)
+        : m_handle(hivex_open(QFile::encodeName(hive_file).constData(), HIVEX_OPEN_WRITE)),
+          m_length(static_cast<quint64>(QFileInfo(hive_file).size()))
+    {
     }
-    return true;
-}
 
-bool are_values_listable(hive_h *hive, hive_node_h key)
-{
-    return value_list(hivex_node_values(hive, key)) != nullptr;
-}
+    explicit operator bool() const { return m_handle != nullptr; }
+
+    hive_node_h root() const { return hivex_root(m_handle.get()); }
+
+    /// The subkey of that name, 0 when there is none, and nothing when an entry of the list, or the
+    /// list itself, keeps it from being found.
+    std::optional<hive_node_h> subkey(hive_node_h parent, const QByteArray &wanted) const
+    {
+        return first_subkey(parent, [&wanted](const char *name) {
+            return qstricmp(name, wanted.constData()) == 0;
+        });
+    }
+
+    bool are_subkeys_listable(hive_node_h parent) const
+    {
+        return first_subkey(parent, [](const char *) { return false; }).has_value();
+    }
+
+    bool are_values_listable(hive_node_h key) const
+    {
+        return holds_record(key) && value_list(hivex_node_values(m_handle.get(), key)) != nullptr;
+    }
+
+private:
+    /// The fixed part of a key's record (nk), up to the name at offset 0x50.
+    bool holds_record(hive_node_h key) const
+    {
+        constexpr quint64 record_length = 0x50;
+        return key + record_length <= m_length;
+    }
+
+    template<typename condition>
+    std::optional<hive_node_h> first_subkey(hive_node_h parent, condition is_wanted) const
+    {
+        const node_list keys(holds_record(parent) ? hivex_node_children(m_handle.get(), parent)
+                                                  : nullptr);
+        if (keys == nullptr)
+            return std::nullopt;
+        for (const hive_node_h *key = keys.get(); *key != 0; ++key) {
+            const name_text name(holds_record(*key) ? hivex_node_name(m_handle.get(), *key)
+                                                    : nullptr);
+            if (name == nullptr)
+                return std::nullopt;
+            if (is_wanted(name.get()))
+                return *key;
+        }
+        return 0;
+    }
+
+    hive_handle m_handle;
+    quint64 m_length;
+};
 
 /// What hides the key at `key_path`, or an empty text.
-QString key_finding(hive_h *hive, const QString &key_path)
+QString key_finding(const open_hive &hive, const QString &key_path)
 {
-    hive_node_h key = hivex_root(hive);
+    hive_node_h key = hive.root();
     QString place = u"the root key"_s;
     for (const QString &name : key_path.split(u'\\')) {
-        const hive_node_h child = hivex_node_get_child(hive, key, name.toUtf8().constData());
-        if (child == 0)
-            return are_keys_listable(hive, key)
-                       ? QString()
-                       : u"the keys in %1 cannot be listed, so %2 is not read"_s.arg(place,
-                                                                                     key_path);
-        key = child;
+        const std::optional<hive_node_h> subkey = hive.subkey(key, name.toUtf8());
+        if (!subkey)
+            return u"the keys in %1 cannot be listed, so %2 is not read"_s.arg(place, key_path);
+        if (*subkey == 0)
+            return {};
+        key = *subkey;
         place = name;
     }
-    return are_keys_listable(hive, key) && are_values_listable(hive, key)
+    return hive.are_subkeys_listable(key) && hive.are_values_listable(key)
                ? QString()
                : u"the content of %1 cannot be listed, so it is not read"_s.arg(key_path);
 }
@@ -72,17 +114,17 @@ QString key_finding(hive_h *hive, const QString &key_path)
 
 bool opens_as_hive(const QString &hive_file)
 {
-    return open_hive(hive_file) != nullptr;
+    return bool(open_hive(hive_file));
 }
 
 QStringList key_findings(const QString &hive_file, const QStringList &key_paths)
 {
-    const hive_handle hive = open_hive(hive_file);
-    if (hive == nullptr)
+    const open_hive hive(hive_file);
+    if (!hive)
         return {u"cannot be opened as a registry hive, so it is not read"_s};
     QStringList findings;
     for (const QString &key_path : key_paths) {
-        const QString finding = key_finding(hive.get(), key_path);
+        const QString finding = key_finding(hive, key_path);
         if (!finding.isEmpty())
             findings.append(finding);
     }

@@ -71,6 +71,11 @@ bool is_file_writable(const QString &path)
                                        : is_writable_folder(existing.filePath());
 }
 
+QString temporary_directory_of(const result_location &location)
+{
+    return location.plugin_directory + "/tmp"_L1;
+}
+
 refusal refused(const QString &reason)
 {
     return {exit_result, reason};
@@ -93,7 +98,7 @@ std::optional<refusal> check_result(const result_location &location, const sourc
     if (!QFileInfo(nearest).isDir())
         return refused(u"result folder %1 cannot be made: %2 is no folder"_s.arg(
             location.result_directory, nearest));
-    const QString temporary_directory = location.plugin_directory + "/tmp"_L1;
+    const QString temporary_directory = temporary_directory_of(location);
     for (const QString &path : {location.database_file, temporary_directory}) {
         if (lies_in(path, volume))
             return refused(u"result folder %1 lies in the source, which is never written to"_s.arg(
@@ -108,11 +113,16 @@ std::optional<refusal> check_result(const result_location &location, const sourc
     return std::nullopt;
 }
 
-std::optional<refusal> check_debug_log(const QString &file, const source_volume &volume)
+std::optional<refusal> check_debug_log(const QString &file, const result_location &location,
+                                       const source_volume &volume)
 {
     if (lies_in(file, volume))
         return refused(u"debug log %1 lies in the source, which is never written to"_s.arg(file));
     const QString path = resolved(file);
+    if (path == location.database_file || path == location.database_file + "-journal"_L1)
+        return refused(u"debug log %1 is the result database"_s.arg(file));
+    if (path.startsWith(temporary_directory_of(location) + u'/'))
+        return refused(u"debug log %1 lies in a folder that is removed at the end"_s.arg(file));
     const QFileInfo info(path);
     if (!QFileInfo(info.path()).isDir())
         return refused(u"debug log %1 cannot be made: its folder does not exist"_s.arg(file));

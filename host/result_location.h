@@ -23,8 +23,9 @@ result_location locate_result(const QString &result_directory, const QString &ar
 /// Creates nothing.
 std::optional<refusal> check_result(const result_location &location, const source_volume &volume);
 
-/// The same for a debug log at `file`.
-std::optional<refusal> check_debug_log(const QString &file, const source_volume &volume);
+/// The same for a debug log at `file`, which must not be where the results are written either.
+std::optional<refusal> check_debug_log(const QString &file, const result_location &location,
+                                       const source_volume &volume);
 
 /// Creates the plug-in's folder with all its parents.
 std::optional<refusal> create_result_directory(const result_location &location);

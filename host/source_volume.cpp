@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QSet>
 
+#include <algorithm>
 #include <filesystem>
 
 using namespace Qt::StringLiterals;
@@ -26,13 +27,16 @@ QString path_leading_out(const source_volume &volume, const QString &account)
     return {};
 }
 
-bool holds_artifacts(const source_volume &volume, const QString &account)
+bool may_hold_artifacts(const source_volume &volume, const QString &account)
 {
-    return volume.holds(user_hive_path(account)) || volume.holds(package_folder_path(account));
+    const QStringList paths{user_hive_path(account), package_folder_path(account)};
+    return std::any_of(paths.begin(), paths.end(), [&volume](const QString &path) {
+        return volume.holds(path) || is_hidden(volume.root() + path);
+    });
 }
 
 /// The entries of "Users" as the file system names them, in no order.
-QList<QByteArray> raw_names_in_users(const source_volume &volume)
+QList<QByteArray> raw_names_in_users(const source_volume &volume, QStringList &warnings)
 {
     QList<QByteArray> names;
     std::error_code error;
@@ -40,6 +44,9 @@ QList<QByteArray> raw_names_in_users(const source_volume &volume)
     for (auto entry = std::filesystem::directory_iterator(users, error);
          !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
         names.append(QByteArray::fromStdString(entry->path().filename().string()));
+    if (error && error != std::errc::no_such_file_or_directory)
+        warnings.append(
+            u"Users: cannot be listed: %1"_s.arg(QString::fromLocal8Bit(error.message().c_str())));
     return names;
 }
 
@@ -49,7 +56,7 @@ QStringList names_in_users(const source_volume &volume, QStringList &warnings)
 {
     QStringList folders;
     QStringList links;
-    for (const QByteArray &raw_name : raw_names_in_users(volume)) {
+    for (const QByteArray &raw_name : raw_names_in_users(volume, warnings)) {
         const QString name = QString::fromUtf8(raw_name);
         if (name.toUtf8() != raw_name)
             warnings.append(
@@ -69,7 +76,7 @@ QStringList accounts_found(const source_volume &volume, QStringList &warnings)
     QSet<QString> seen;
     for (const QString &name : names_in_users(volume, warnings)) {
         const QString place = QFileInfo(volume.root() + account_path(name)).canonicalFilePath();
-        if (!holds_artifacts(volume, name) || seen.contains(place))
+        if (!may_hold_artifacts(volume, name) || seen.contains(place))
             continue;
         seen.insert(place);
         accounts.append(name);
@@ -92,6 +99,13 @@ std::optional<refusal> check_source(const QString &directory)
     if (!info.isReadable() || !info.isExecutable())
         return refusal{exit_source, u"source %1 cannot be read"_s.arg(directory)};
     return std::nullopt;
+}
+
+bool is_hidden(const QString &path)
+{
+    std::error_code error;
+    static_cast<void>(std::filesystem::status(QFile::encodeName(path).toStdString(), error));
+    return error == std::errc::permission_denied;
 }
 
 source_volume::source_volume(const QString &directory)

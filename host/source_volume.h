@@ -11,6 +11,9 @@
 /// Why `directory` cannot be read as an evidence source; nothing when it can.
 std::optional<refusal> check_source(const QString &directory);
 
+/// Whether the examiner lacks the permission to look whether something lies at `path`.
+bool is_hidden(const QString &path);
+
 /// A Windows volume mounted or extracted under a directory. Nothing in it is ever changed.
 class source_volume
 {
@@ -48,8 +51,9 @@ struct account_selection
 };
 
 /// The `requested` accounts or, when none is, all folders of "Users" that hold a registry hive or a
-/// package folder, by name; a folder that is reached twice, through a link beside it, counts once.
-/// Accounts whose folder or files lie outside the volume are left out and reported.
+/// package folder, or that may hide one, by name; a folder that is reached twice, through a link
+/// beside it, counts once. Accounts whose folder or files lie outside the volume are left out and
+/// reported.
 account_selection select_accounts(const source_volume &volume, const QStringList &requested);
 
 #endif

@@ -117,6 +117,9 @@ private slots:
     void leaves_out_what_a_link_leads_out_of_the_source();
     void follows_links_within_the_source_once();
     void warns_about_account_names_that_cannot_be_read();
+    void warns_about_folders_without_permission_data();
+    void warns_about_folders_without_permission();
+    void tells_why_nothing_is_left_to_read();
     void warns_about_keys_that_cannot_be_listed();
     void escapes_control_characters_of_the_evidence();
 
@@ -495,7 +498,7 @@ void tst_artifact_host::refuses_results_that_cannot_be_written_data()
     const auto in_source = u"result folder %1 lies in the source, which is never written to"_s;
     const auto result = [](const QString &path) { return QStringList{u"--result"_s, path}; };
     const auto log = [](const QString &path) {
-        return QStringList{u"--result"_s, u"TMP/results"_s, u"--debug-log"_s, path};
+        return QStringList{u"--result"_s, u"TMP/ended"_s, u"--debug-log"_s, path};
     };
     QTest::newRow("the source itself") << result(u"SRC"_s) << in_source.arg("SRC"_L1);
     QTest::newRow("a folder of the source")
@@ -530,6 +533,13 @@ void tst_artifact_host::refuses_results_that_cannot_be_written_data()
     QTest::newRow("a debug log in a folder that does not exist")
         << log(u"TMP/none/debug.log"_s)
         << u"debug log TMP/none/debug.log cannot be made: its folder does not exist"_s;
+    QTest::newRow("a debug log that is the database")
+        << log(u"TMP/ended/DB"_s) << u"debug log TMP/ended/DB is the result database"_s;
+    QTest::newRow("a debug log that is a link to the database")
+        << log(u"TMP/ended/log"_s) << u"debug log TMP/ended/log is the result database"_s;
+    QTest::newRow("a debug log in the temporary folder")
+        << log(u"TMP/ended/Artifacts_Result/Windows_Installed_Applications/tmp/log"_s)
+        << u"debug log TMP/ended/Artifacts_Result/Windows_Installed_Applications/tmp/log lies in a folder that is removed at the end"_s;
     QTest::newRow("a debug log that is a folder")
         << log(u"TMP/taken"_s) << u"debug log TMP/taken cannot be written"_s;
 }
@@ -549,12 +559,14 @@ void tst_artifact_host::refuses_results_that_cannot_be_written()
     places.link(u"linked/Artifacts_Result"_s, volume->path(u"Users"_s));
     places.link(u"temporary/Artifacts_Result/Windows_Installed_Applications/tmp"_s, root);
     places.link(u"dangling/"_s + database, u"nowhere"_s);
+    places.file(u"ended/"_s + database).link(u"ended/log"_s, database);
     const QStringList before = volume_snapshot(folder);
     const QStringList evidence_before = volume_snapshot(root);
 
     for (QString &option : options)
-        option =
-            filled(option, root, folder).replace("%BASE"_L1, u'/' + QFileInfo(root).fileName());
+        option = filled(option, root, folder)
+                     .replace("%BASE"_L1, u'/' + QFileInfo(root).fileName())
+                     .replace("DB"_L1, database);
     const host_result result = host_process().run(QStringList{u"extract"_s, root} + options);
     reason.replace("DB"_L1, database);
     QCOMPARE(result.errors, QStringList{"artifact_host: "_L1 + filled(reason, root, folder)});
@@ -710,6 +722,63 @@ void tst_artifact_host::warns_about_account_names_that_cannot_be_read()
         result.errors,
         QStringList{
             u"artifact_host: warning: Users/b\ufffdla: its name is not valid UTF-8, so it is not read"_s});
+}
+
+void tst_artifact_host::warns_about_folders_without_permission_data()
+{
+    QTest::addColumn<QString>("closed");
+    QTest::addColumn<QStringList>("warnings");
+    const auto hive = u"%1: cannot be read: Permission denied"_s;
+    const auto packages = u"%1/AppData/Local/Packages: cannot be listed: Permission denied"_s;
+    QTest::newRow("an account") << u"Users/ann"_s
+                                << QStringList{hive.arg("Users/ann/NTUSER.DAT"_L1),
+                                               packages.arg("Users/ann"_L1)};
+    QTest::newRow("a folder above the packages")
+        << u"Users/ann/AppData"_s << QStringList{packages.arg("Users/ann"_L1)};
+    QTest::newRow("the packages") << u"Users/ann/AppData/Local/Packages"_s
+                                  << QStringList{packages.arg("Users/ann"_L1)};
+    QTest::newRow("all accounts") << u"Users"_s
+                                  << QStringList{u"Users: cannot be listed: Permission denied"_s};
+    QTest::newRow("the folder of the software hive")
+        << u"Windows/System32/config"_s
+        << QStringList{hive.arg(software_file), hive.arg(backup_file)};
+}
+
+void tst_artifact_host::warns_about_folders_without_permission()
+{
+    QFETCH(QString, closed);
+    QFETCH(QStringList, warnings);
+    evidence_volume volume;
+    fill_software(volume.software());
+    fill_user(volume.user(u"ann"_s));
+    volume.package(u"ann"_s, u"Calculator"_s).write();
+    QVERIFY(QFile::setPermissions(m_folder->path(), QFile::Permissions(0x7777)));
+    QVERIFY(QFile::setPermissions(volume.path(closed), {}));
+    const host_result result =
+        host_process().without_privileges().run(arguments(volume.root(), {u"--quiet"_s}));
+    QVERIFY(QFile::setPermissions(volume.path(closed),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    for (QString &warning : warnings)
+        warning.prepend("artifact_host: warning: "_L1);
+    QCOMPARE(result.errors, warnings);
+    QCOMPARE(result.exit_code, 0);
+}
+
+void tst_artifact_host::tells_why_nothing_is_left_to_read()
+{
+    const auto outside = small_volume();
+    evidence_volume volume;
+    volume.link(software_file, outside->software_path());
+    const host_result result = extract(volume);
+    const QString root = QFileInfo(volume.root()).canonicalFilePath() + u'/';
+    QCOMPARE(
+        result.errors,
+        (QStringList{
+            u"artifact_host: warning: %1: a link leads out of the source; the tabs of the software hive are left out"_s
+                .arg(software_file),
+            u"artifact_host: source %1 holds nothing to read: no %2 and no account in Users"_s.arg(
+                root, software_file)}));
+    QCOMPARE(result.exit_code, 3);
 }
 
 void tst_artifact_host::warns_about_keys_that_cannot_be_listed()

@@ -5,6 +5,8 @@
 #include "hive_generator.h"
 #include "hive_reader.h"
 #include "hive_walks.h"
+#include "host_tabs.h"
+#include "key_check.h"
 #include "regf_format.h"
 #include "test_main.h"
 
@@ -17,8 +19,8 @@
 using namespace Qt::StringLiterals;
 using namespace test_support;
 
-// No hive makes the walkers, or libhivex on their behalf, read past the bytes of the file: those
-// bytes stand between two pages that cannot be read.
+// No hive makes the walkers or the host's check of keys, or libhivex on their behalf, read past the
+// bytes of the file: those bytes stand between two pages that cannot be read.
 class tst_overreads : public QObject
 {
     Q_OBJECT
@@ -72,6 +74,8 @@ void tst_overreads::walk(const QByteArray &hive)
     write_file(path, hive);
     guard_memory_of_size(static_cast<size_t>(hive.size()));
     walk_hive_in_every_way(path);
+    for (const host_tab &tab : host_tabs())
+        key_findings(path, {tab.key_path});
     guard_memory_of_size(0);
 }
 

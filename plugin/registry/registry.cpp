@@ -326,9 +326,15 @@ QString registry::value_text(hive_h *hive, unsigned long value)
 {
     const value_data data = read_data(hive, value);
     char *const begin = data.bytes.get();
-    char *const end = std::remove(begin, begin + data.length, '\0');
+    char *end = begin;
+    int all_bits = 0;
+    for (const char *byte = begin; byte != begin + data.length; ++byte) {
+        all_bits |= *byte;
+        *end = *byte;
+        end += *byte == '\0' ? 0 : 1;
+    }
     // Much faster, and the same in every local encoding.
-    const bool is_ascii = std::all_of(begin, end, [](quint8 byte) { return byte < 0x80; });
+    const bool is_ascii = (all_bits & 0x80) == 0;
     return is_ascii ? QString::fromLatin1(begin, end - begin)
                     : QString::fromLocal8Bit(begin, end - begin);
 }
