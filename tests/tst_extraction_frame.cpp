@@ -371,8 +371,6 @@ void tst_extraction_frame::measures_the_time_since_the_timer_was_started()
 {
     winos_probe worker;
     worker.elapsed_timer.start();
-    while (worker.elapsed_timer.elapsed() < 2)
-        continue;
     const qint64 before = worker.elapsed_timer.elapsed();
     const qint64 measured = worker.real_milliseconds();
     QVERIFY(before <= measured);

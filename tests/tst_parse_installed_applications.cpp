@@ -177,27 +177,33 @@ void tst_parse_installed_applications::ignores_the_keys_own_values_and_deeper_ke
 void tst_parse_installed_applications::recognises_uninstall_keys_data()
 {
     QTest::addColumn<QString>("key_path");
-    QTest::addColumn<QString>("display_name");
-    QTest::addRow("the 64-bit view") << uninstall_key << u"N"_s;
-    QTest::addRow("the 32-bit view") << uninstall_key_32 << u"N"_s;
-    QTest::addRow("a user's key") << u"SOFTWARE\\"_s + uninstall_key << u"N"_s;
-    QTest::addRow("backslashes around it") << u'\\' + uninstall_key + u'\\' << u"N"_s;
-    QTest::addRow("more behind the name") << uninstall_key + u"Old"_s << u"N"_s;
-    QTest::addRow("a key below it") << uninstall_key + u"\\group"_s << u"N"_s;
-    QTest::addRow("other letter case") << uninstall_key.toLower() << u""_s;
+    QTest::addColumn<bool>("reads_values");
+    QTest::addRow("the 64-bit view") << uninstall_key << true;
+    QTest::addRow("the 32-bit view") << uninstall_key_32 << true;
+    QTest::addRow("a user's key") << u"SOFTWARE\\"_s + uninstall_key << true;
+    QTest::addRow("backslashes around it") << u'\\' + uninstall_key + u'\\' << true;
+    QTest::addRow("more behind the name") << uninstall_key + u"Old"_s << true;
+    QTest::addRow("a key below it") << uninstall_key + u"\\group"_s << true;
+    QTest::addRow("other letter case") << uninstall_key.toLower() << false;
     QTest::addRow("a doubled backslash within it")
-        << u"Microsoft\\Windows\\\\CurrentVersion\\Uninstall"_s << u""_s;
-    QTest::addRow("an unknown key") << u"Vendor\\Applications"_s << u""_s;
+        << u"Microsoft\\Windows\\\\CurrentVersion\\Uninstall"_s << false;
+    QTest::addRow("an unknown key") << u"Vendor\\Applications"_s << false;
 }
 
+// Every subkey gives a record; whether its values are read depends on the path.
 void tst_parse_installed_applications::recognises_uninstall_keys()
 {
     QFETCH(const QString, key_path);
+    QFETCH(const bool, reads_values);
     applications_hive walked;
-    walked.hive.key(key_path + u"\\app"_s).text(u"DisplayName"_s, u"N"_s);
+    walked.hive.key(key_path + u"\\app"_s)
+        .last_write_unix(1700000000)
+        .text(u"DisplayName"_s, u"N"_s)
+        .text(u"Publisher"_s, u"P"_s);
     QCOMPARE(walked.walk(key_path, false), 0);
-    QCOMPARE(key_names_of(walked.walker), QStringList{u"app"_s});
-    QTEST(walked.walker.installed_apps_records.first().display_name, "display_name");
+    const auto &records = walked.walker.installed_apps_records;
+    QCOMPARE(texts_of(records), QStringList{reads_values ? u"app|P|N|||||||1700000000"_s
+                                                         : u"app|||||||||1700000000"_s});
     QVERIFY(walked.walker.data_records.isEmpty());
 }
 

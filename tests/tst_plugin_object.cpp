@@ -135,6 +135,12 @@ qsizetype virtual_slot(operation member)
 #endif
 }
 
+/// Makes the last virtual operation of QFrame nameable.
+struct frame_operations : QFrame
+{
+    static qsizetype last_slot() { return virtual_slot(&frame_operations::initStyleOption); }
+};
+
 } // namespace
 
 class tst_plugin_object : public QObject
@@ -219,9 +225,8 @@ void tst_plugin_object::virtual_operations_stand_in_the_host_order()
         virtual_slot(&plugin::pub_generate_chat_html_pages),
         virtual_slot(&plugin::pub_remove_temporary_asthetics),
     };
-    QVERIFY(slots_in_order.first() > virtual_slot(&QFrame::sizeHint));
-    for (qsizetype i = 1; i < slots_in_order.size(); ++i)
-        QCOMPARE(slots_in_order.at(i), slots_in_order.first() + i);
+    for (qsizetype i = 0; i < slots_in_order.size(); ++i)
+        QCOMPARE(slots_in_order.at(i), frame_operations::last_slot() + 1 + i);
 }
 
 void tst_plugin_object::meta_object_has_two_signals_and_three_slots()

@@ -16,6 +16,14 @@ namespace {
     throw std::runtime_error(u"cannot %1 %2"_s.arg(action, path).toStdString());
 }
 
+void set_file_time(const QString &path, qint64 unix_seconds, QFileDevice::FileTime kind)
+{
+    QFile file(path);
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(unix_seconds, Qt::UTC);
+    if (!file.open(QIODevice::ReadWrite) || !file.setFileTime(time, kind))
+        fail(u"set a time of"_s, path);
+}
+
 } // namespace
 
 void write_file(const QString &path, const QByteArray &content)
@@ -42,11 +50,12 @@ void make_folder(const QString &path)
 
 void set_modification_time(const QString &path, qint64 unix_seconds)
 {
-    QFile file(path);
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(unix_seconds, Qt::UTC);
-    if (!file.open(QIODevice::ReadWrite) ||
-        !file.setFileTime(time, QFileDevice::FileModificationTime))
-        fail(u"set the modification time of"_s, path);
+    set_file_time(path, unix_seconds, QFileDevice::FileModificationTime);
+}
+
+void set_access_time(const QString &path, qint64 unix_seconds)
+{
+    set_file_time(path, unix_seconds, QFileDevice::FileAccessTime);
 }
 
 } // namespace test_support

@@ -18,6 +18,9 @@ void make_folder(const QString &path);
 /// Sets a file's modification time. Throws std::runtime_error.
 void set_modification_time(const QString &path, qint64 unix_seconds);
 
+/// Sets the time of a file's last access. Throws std::runtime_error.
+void set_access_time(const QString &path, qint64 unix_seconds);
+
 } // namespace test_support
 
 #endif

@@ -78,12 +78,12 @@ hive_damage &hive_damage::bins_size(quint32 size)
 
 hive_damage &hive_damage::cell_size(qint64 cell, qint32 size)
 {
-    return set_32_in(cell, cell_head::size, static_cast<quint32>(-size));
+    return set_32_in(cell, cell_head::size, 0U - static_cast<quint32>(size));
 }
 
 hive_damage &hive_damage::shrink_cell(qint64 cell, qint32 size)
 {
-    const qint32 whole = -static_cast<qint32>(get_32(m_bytes, in_bins(cell)));
+    const auto whole = static_cast<qint32>(0U - get_32(m_bytes, in_bins(cell)));
     if (size < cell_head::alignment || size >= whole)
         throw std::out_of_range("the cell cannot shrink to this size");
     return cell_size(cell, size).set_32(cell + size, static_cast<quint32>(whole - size));
