@@ -30,8 +30,10 @@ public:
     bool insert(const QStringList &values);
 
 private:
-    bool prepare();
+    void name_placeholders();
+    bool prepare(const QString &statement);
     bool execute(const QStringList &values);
+    void bind(qsizetype column, const QString &value);
     void log(const QString &message) const;
     void log_insert_failure(const QString &error) const;
 
@@ -39,6 +41,8 @@ private:
     QString m_database_path;
     QSqlDatabase m_database;
     std::optional<QSqlQuery> m_query; ///< prepared once for all rows until one fails
+    QString m_named_statement;        ///< the tab's, with a name for each placeholder
+    QStringList m_placeholders;       ///< their names; none once the tab's own statement is used
     QStringList m_bound_values;       ///< of the row before; none right after preparing
     bool m_is_prepared = false;
     bool m_has_executed = false; ///< whether a row was inserted since the statement was prepared
