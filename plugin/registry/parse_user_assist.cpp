@@ -1,5 +1,14 @@
 #include "parse_user_assist.h"
 
+#include <algorithm>
+
+namespace {
+
+/// Windows allows no longer key names; one of 65,000 letters would come back in every row below it.
+constexpr qsizetype longest_key_name = 255;
+
+} // namespace
+
 parse_user_assist::parse_user_assist() = default;
 
 parse_user_assist::~parse_user_assist() = default;
@@ -34,6 +43,7 @@ void parse_user_assist::find_node_value_length(hive_h *hive, unsigned long value
 {
     if (current_user_assist == nullptr)
         return;
+    spend_on_repetition(std::max(current_class_id.size() - longest_key_name, qsizetype(0)));
     current_user_assist->value_name = value_name;
     current_user_assist->class_id = current_class_id;
     current_user_assist->value_data = convert_data(hive, value, 1);

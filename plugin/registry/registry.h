@@ -198,6 +198,9 @@ protected:
     /// Returns the data of `value` as text, as convert_data() describes.
     QString value_text(hive_h *hive, unsigned long value);
 
+    /// Takes text of the hive that another record repeats from the walk's budget.
+    void spend_on_repetition(qint64 length) { m_budget.spend(length); }
+
     /// Returns the registry type code of `value`; 0 when it cannot be read.
     static int value_type(hive_h *hive, unsigned long value);
 

@@ -248,6 +248,17 @@ QByteArray icons_sharing_many_names()
     return hive.bytes();
 }
 
+/// Each entry's row repeats the class id.
+QByteArray entries_of_a_long_class_id()
+{
+    hive_builder hive;
+    const auto name = hive_name::raw(QByteArray(65535, 'x'), true);
+    hive_key &count = hive.key(user_assist_key).add_key(name).key(u"Count"_s);
+    for (int i = 0; i < long_value_list; ++i)
+        count.binary(u"n"_s, {});
+    return hive.bytes();
+}
+
 QByteArray icons_sharing_refused_names()
 {
     hive_builder hive;
@@ -336,6 +347,8 @@ QList<hostile_hive> hostile_hives()
 {
     return hives_with_hostile_values() + hives_with_hostile_keys() +
            QList<hostile_hive>{
+               {u"70,000 UserAssist entries of a class id of 65,535 letters"_s, hive_kind::user,
+                entries_of_a_long_class_id},
                {u"35,000 icons with a name each"_s, hive_kind::user, icons_with_a_name_each},
                {u"70,000 icons share 30,000 names"_s, hive_kind::user, icons_sharing_many_names},
                {u"70,000 icons share a name of 3.5 MB"_s, hive_kind::user,
