@@ -122,8 +122,7 @@ exit_code run_and_report(artifact_plugin &plugin, const prepared_run &run,
     const run_outcome outcome = run_extraction(plugin, run.plan, progress_style_for(quiet));
     const row_counts counts = count_rows(run.location.database_file, run.plan.tabs);
     if (!outcome.cancelled)
-        print_warnings(
-            unread_key_warnings(volume, run.plan.accounts, run.tabs, run.location.database_file));
+        print_warnings(unread_key_warnings(volume, run.plan.accounts, run.tabs));
     return report_run({outcome, counts, kept, run.location.database_file});
 }
 

@@ -6,8 +6,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const auto user_assist_key =
-    u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist"_s;
+listed_key values_of(const QString &key_path)
+{
+    return {key_path, 0, 0};
+}
+
+listed_key values_of_subkeys_of(const QString &key_path)
+{
+    return {key_path, 1, 1};
+}
+
+/// Class ids, whose own values count for nothing, and everything below their subkeys.
+listed_key user_assist()
+{
+    return {u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist"_s, 2,
+            listed_key::all_levels};
+}
 
 } // namespace
 
@@ -15,17 +29,19 @@ const QList<host_tab> &host_tabs()
 {
     static const QList<host_tab> tabs{
         {u"install_apps_64"_s, tab_input::software_hive,
-         u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s},
+         values_of_subkeys_of(u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)},
         {u"install_apps_32"_s, tab_input::software_hive,
-         u"WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_s},
-        {u"uninstall_apps"_s, tab_input::user_hive, user_assist_key},
-        {u"registered_apps"_s, tab_input::software_hive, u"RegisteredApplications"_s},
+         values_of_subkeys_of(u"WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)},
+        {u"uninstall_apps"_s, tab_input::user_hive, user_assist()},
+        {u"registered_apps"_s, tab_input::software_hive, values_of(u"RegisteredApplications"_s)},
         {u"metro_apps"_s, tab_input::package_folder, {}},
-        {u"previously_executed_apps"_s, tab_input::user_hive, user_assist_key},
+        {u"previously_executed_apps"_s, tab_input::user_hive, user_assist()},
         {u"third_party_applications"_s, tab_input::user_hive,
-         u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s},
+         values_of(
+             u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s)},
         {u"hidden_desktop_icons_app"_s, tab_input::user_hive,
-         u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_s},
+         values_of_subkeys_of(
+             u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_s)},
     };
     return tabs;
 }

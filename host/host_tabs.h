@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "key_check.h"
+
 /// What a tab is filled from.
 enum class tab_input
 {
@@ -18,7 +20,7 @@ struct host_tab
 {
     QString name;
     tab_input input;
-    QString key_path; ///< the registry key that it lists, "\" between keys; empty without a hive
+    listed_key key; ///< the registry key that it lists; without a path when it reads no hive
 };
 
 /// All tabs, in the order in which the plug-in fills them.

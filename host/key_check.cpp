@@ -1,133 +1,196 @@
 #include "key_check.h"
 
-#include <QFile>
-#include <QFileInfo>
+#include <QSet>
 
-#include <cstdlib>
-#include <hivex.h>
-#include <memory>
-#include <optional>
+#include <utility>
+#include <vector>
+
+#include "checked_hive.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-struct hive_closer
-{
-    void operator()(hive_h *hive) const { hivex_close(hive); }
-};
-struct memory_freer
-{
-    void operator()(void *memory) const { std::free(memory); }
-};
-
-using hive_handle = std::unique_ptr<hive_h, hive_closer>;
-using node_list = std::unique_ptr<hive_node_h, memory_freer>;
-using value_list = std::unique_ptr<hive_value_h, memory_freer>;
-using name_text = std::unique_ptr<char, memory_freer>;
-
-/// A hive, asked for no key whose record would leave the file: libhivex itself reads on beyond it.
-class open_hive
+/// Places of which something cannot be listed, most of them only counted.
+class unlisted_places
 {
 public:
-    /// Writable in memory only: libhivex then reads the file instead of mapping it, so that a bad
-    /// sector of the evidence is an error and not a SIGBUS.
-    explicit open_hive(const QString &hive_file)
-        : m_handle(hivex_open(QFile::encodeName(hive_file).constData(), HIVEX_OPEN_WRITE)),
-          m_length(static_cast<quint64>(QFileInfo(hive_file).size()))
+    void add(const QString &place)
     {
+        if (m_count++ == 0)
+            m_first = place;
     }
 
-    explicit operator bool() const { return m_handle != nullptr; }
-
-    hive_node_h root() const { return hivex_root(m_handle.get()); }
-
-    /// The subkey of that name, 0 when there is none, and nothing when an entry of the list, or the
-    /// list itself, keeps it from being found.
-    std::optional<hive_node_h> subkey(hive_node_h parent, const QByteArray &wanted) const
+    /// "the content of FIRST [and of N more keys] CONSEQUENCE", or nothing.
+    void append_to(QStringList &findings, QLatin1StringView consequence) const
     {
-        return first_subkey(parent, [&wanted](const char *name) {
-            return qstricmp(name, wanted.constData()) == 0;
-        });
-    }
-
-    bool are_subkeys_listable(hive_node_h parent) const
-    {
-        return first_subkey(parent, [](const char *) { return false; }).has_value();
-    }
-
-    bool are_values_listable(hive_node_h key) const
-    {
-        return holds_record(key) && value_list(hivex_node_values(m_handle.get(), key)) != nullptr;
+        if (m_count == 0)
+            return;
+        const QString more = m_count == 1 ? QString() : u" and of %1 more keys"_s.arg(m_count - 1);
+        findings.append("the content of "_L1 + m_first + more + consequence);
     }
 
 private:
-    /// The fixed part of a key's record (nk), up to the name at offset 0x50.
-    bool holds_record(hive_node_h key) const
-    {
-        constexpr quint64 record_length = 0x50;
-        return key + record_length <= m_length;
-    }
-
-    template<typename condition>
-    std::optional<hive_node_h> first_subkey(hive_node_h parent, condition is_wanted) const
-    {
-        const node_list keys(holds_record(parent) ? hivex_node_children(m_handle.get(), parent)
-                                                  : nullptr);
-        if (keys == nullptr)
-            return std::nullopt;
-        for (const hive_node_h *key = keys.get(); *key != 0; ++key) {
-            const name_text name(holds_record(*key) ? hivex_node_name(m_handle.get(), *key)
-                                                    : nullptr);
-            if (name == nullptr)
-                return std::nullopt;
-            if (is_wanted(name.get()))
-                return *key;
-        }
-        return 0;
-    }
-
-    hive_handle m_handle;
-    quint64 m_length;
+    QString m_first;
+    qint64 m_count = 0;
 };
 
-/// What hides the key at `key_path`, or an empty text.
-QString key_finding(const open_hive &hive, const QString &key_path)
+/// Lists one key as the plug-in does and notes what cannot be listed.
+class key_survey
 {
-    hive_node_h key = hive.root();
-    QString place = u"the root key"_s;
-    for (const QString &name : key_path.split(u'\\')) {
-        const std::optional<hive_node_h> subkey = hive.subkey(key, name.toUtf8());
-        if (!subkey)
-            return u"the keys in %1 cannot be listed, so %2 is not read"_s.arg(place, key_path);
-        if (*subkey == 0)
-            return {};
-        key = *subkey;
-        place = name;
+public:
+    key_survey(checked_hive &hive, const listed_key &key) : m_hive(hive), m_key(key) {}
+
+    QStringList findings();
+
+private:
+    /// A key that was reached, from the one at `parent` among those that were reached before.
+    struct reached_key
+    {
+        hive_node_h node;
+        QByteArray name;
+        size_t parent;
+        int level;
+    };
+
+    bool reach_start();
+    std::optional<hive_node_h> subkey_named(hive_node_h parent, const QByteArray &wanted);
+    void survey(size_t position);
+    void survey_values(size_t position);
+    void survey_subkeys(size_t position);
+    QString path_of(size_t position) const;
+
+    checked_hive &m_hive;
+    const listed_key &m_key;
+    QString m_hidden; ///< why the key itself cannot be found; empty when it can, or is absent
+    unlisted_places m_refused;
+    unlisted_places m_partly_read;
+    std::vector<reached_key> m_keys;
+    QSet<hive_node_h> m_seen;
+};
+
+QStringList key_survey::findings()
+{
+    m_hive.begin_walk();
+    if (reach_start()) {
+        for (size_t position = 0; position < m_keys.size(); ++position)
+            survey(position);
     }
-    return hive.are_subkeys_listable(key) && hive.are_values_listable(key)
-               ? QString()
-               : u"the content of %1 cannot be listed, so it is not read"_s.arg(key_path);
+    if (m_hive.is_exhausted())
+        return {
+            u"%1 lists more than a hive of this size can hold, so part of it may not be read"_s.arg(
+                m_key.key_path)};
+    QStringList findings;
+    if (!m_hidden.isEmpty())
+        findings.append(m_hidden);
+    m_refused.append_to(findings, " cannot be listed, so it is not read"_L1);
+    m_partly_read.append_to(findings, " holds names that cannot be read, so part is not read"_L1);
+    return findings;
+}
+
+bool key_survey::reach_start()
+{
+    hive_node_h key = m_hive.root();
+    QString parent = u"the root key"_s;
+    for (const QString &name : m_key.key_path.split(u'\\')) {
+        const auto subkey = subkey_named(key, name.toUtf8());
+        if (!subkey)
+            m_hidden =
+                u"the keys in %1 cannot be listed, so %2 is not read"_s.arg(parent, m_key.key_path);
+        if (!subkey || *subkey == 0)
+            return false;
+        key = *subkey;
+        parent = name;
+    }
+    m_keys.push_back({key, {}, 0, 0});
+    return true;
+}
+
+/// 0 when there is none, and nothing when the list, or a name before it, keeps it from being found.
+std::optional<hive_node_h> key_survey::subkey_named(hive_node_h parent, const QByteArray &wanted)
+{
+    const auto subkeys = m_hive.subkeys(parent);
+    if (!subkeys)
+        return std::nullopt;
+    for (const hive_node_h key : *subkeys) {
+        const auto name = m_hive.key_name(key);
+        if (name == nullptr)
+            return std::nullopt;
+        if (qstricmp(name.get(), wanted.constData()) == 0)
+            return key;
+    }
+    return 0;
+}
+
+void key_survey::survey(size_t position)
+{
+    const hive_node_h node = m_keys[position].node;
+    const int level = m_keys[position].level;
+    if (m_seen.contains(node))
+        return;
+    m_seen.insert(node);
+    if (level >= m_key.first_value_level)
+        survey_values(position);
+    if (level < m_key.last_level)
+        survey_subkeys(position);
+}
+
+void key_survey::survey_values(size_t position)
+{
+    const auto values = m_hive.values(m_keys[position].node);
+    if (!values)
+        return m_refused.add(path_of(position));
+    for (const hive_value_h value : *values) {
+        if (m_hive.value_name(value) == nullptr)
+            return m_partly_read.add(path_of(position));
+    }
+}
+
+void key_survey::survey_subkeys(size_t position)
+{
+    const auto subkeys = m_hive.subkeys(m_keys[position].node);
+    if (!subkeys)
+        return m_refused.add(path_of(position));
+    bool is_whole = true;
+    for (const hive_node_h subkey : *subkeys) {
+        if (const auto name = m_hive.key_name(subkey))
+            m_keys.push_back({subkey, name.get(), position, m_keys[position].level + 1});
+        else
+            is_whole = false;
+    }
+    if (!is_whole)
+        m_partly_read.add(path_of(position));
+}
+
+/// Cut where only a forged hive goes on.
+QString key_survey::path_of(size_t position) const
+{
+    constexpr int deepest_level_told = 8;
+    constexpr qsizetype longest_path = 500;
+    QString path;
+    for (; m_keys[position].level > 0; position = m_keys[position].parent) {
+        if (m_keys[position].level <= deepest_level_told)
+            path.prepend(u'\\' + QString::fromUtf8(m_keys[position].name));
+    }
+    path.prepend(m_key.key_path);
+    return path.size() > longest_path ? path.left(longest_path) + u'…' : path;
 }
 
 } // namespace
 
 bool opens_as_hive(const QString &hive_file)
 {
-    return bool(open_hive(hive_file));
+    return checked_hive(hive_file).is_open();
 }
 
-QStringList key_findings(const QString &hive_file, const QStringList &key_paths)
+QStringList key_findings(const QString &hive_file, const QList<listed_key> &keys)
 {
-    const open_hive hive(hive_file);
-    if (!hive)
+    checked_hive hive(hive_file);
+    if (!hive.is_open())
         return {u"cannot be opened as a registry hive, so it is not read"_s};
     QStringList findings;
-    for (const QString &key_path : key_paths) {
-        const QString finding = key_finding(hive, key_path);
-        if (!finding.isEmpty())
-            findings.append(finding);
-    }
+    for (const listed_key &key : keys)
+        findings += key_survey(hive, key).findings();
     findings.removeDuplicates();
     return findings;
 }

@@ -1,15 +1,27 @@
 #ifndef KEY_CHECK_H
 #define KEY_CHECK_H
 
+#include <QList>
 #include <QString>
 #include <QStringList>
+
+/// What is listed of one key: its subkeys down to some level, and the values of some levels. Level
+/// 0 is the key itself.
+struct listed_key
+{
+    QString key_path;      ///< below the root, "\" between keys
+    int first_value_level; ///< from here on values are listed as well
+    int last_level;        ///< nothing is listed below this
+
+    static constexpr int all_levels = 1 << 20; ///< as last_level: no level is the last
+};
 
 /// Whether libhivex opens the regular file as a registry hive. The whole file is read.
 bool opens_as_hive(const QString &hive_file);
 
-/// What keeps libhivex from listing the keys at `key_paths` ("\" between keys, below the root) of
-/// the hive: one finding per reason, none when all keys are readable or absent. One name among
-/// its sisters that cannot be decoded is enough to hide a key.
-QStringList key_findings(const QString &hive_file, const QStringList &key_paths);
+/// What keeps the keys from being listed as a whole: a few findings for each, none when everything
+/// is readable or absent. One name among its sisters that cannot be decoded is enough to hide a
+/// key. Takes no longer than the plug-in's own walks of these keys.
+QStringList key_findings(const QString &hive_file, const QList<listed_key> &keys);
 
 #endif

@@ -49,14 +49,6 @@ private:
     QSqlDatabase m_database;
 };
 
-bool lacks_rows(const QSqlDatabase &database, const QString &table, const QString &source_file)
-{
-    QSqlQuery query(database);
-    query.prepare(u"SELECT NOT EXISTS(SELECT 1 FROM \"%1\" WHERE source_file = ?)"_s.arg(table));
-    query.addBindValue(source_file);
-    return query.exec() && query.next() && query.value(0).toBool();
-}
-
 } // namespace
 
 qint64 row_counts::total() const
@@ -71,16 +63,4 @@ row_counts count_rows(const QString &database_file, const QStringList &tables)
     if (!connection.database().isOpen())
         return {{}, connection.database().lastError().databaseText()};
     return count_in(connection.database(), tables);
-}
-
-QStringList tables_without_rows(const QString &database_file, const QStringList &tables,
-                                const QString &source_file)
-{
-    reading_connection connection(database_file);
-    QStringList empty;
-    for (const QString &table : tables) {
-        if (lacks_rows(connection.database(), table, source_file))
-            empty.append(table);
-    }
-    return empty;
 }

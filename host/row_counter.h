@@ -25,9 +25,4 @@ struct row_counts
 /// Counts the rows of `tables` in the SQLite file, which is opened for reading only.
 row_counts count_rows(const QString &database_file, const QStringList &tables);
 
-/// Those of `tables` that hold no row whose source file is `source_file`, as far as they can be
-/// read; a table that cannot be read counts as one with rows.
-QStringList tables_without_rows(const QString &database_file, const QStringList &tables,
-                                const QString &source_file);
-
 #endif

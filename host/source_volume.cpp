@@ -70,18 +70,26 @@ QStringList names_in_users(const source_volume &volume, QStringList &warnings)
     return folders + links;
 }
 
+/// The accounts without those whose folder another one before has as well, through a link or on a
+/// file system that ignores letter case.
+QStringList each_folder_once(const source_volume &volume, const QStringList &accounts)
+{
+    QStringList kept;
+    QSet<QString> seen;
+    for (const QString &account : accounts) {
+        const QString folder = QFileInfo(volume.root() + account_path(account)).canonicalFilePath();
+        if (!seen.contains(folder))
+            kept.append(account);
+        seen.insert(folder);
+    }
+    return kept;
+}
+
 QStringList accounts_found(const source_volume &volume, QStringList &warnings)
 {
-    QStringList accounts;
-    QSet<QString> seen;
-    for (const QString &name : names_in_users(volume, warnings)) {
-        const QString place = QFileInfo(volume.root() + account_path(name)).canonicalFilePath();
-        if (!may_hold_artifacts(volume, name) || seen.contains(place))
-            continue;
-        seen.insert(place);
-        accounts.append(name);
-    }
-    accounts.sort();
+    QStringList accounts = names_in_users(volume, warnings);
+    accounts.removeIf(
+        [&volume](const QString &account) { return !may_hold_artifacts(volume, account); });
     return accounts;
 }
 
@@ -140,6 +148,7 @@ account_selection select_accounts(const source_volume &volume, const QStringList
 {
     account_selection selection;
     QStringList &warnings = selection.warnings;
+    QStringList accounts;
     const QStringList candidates =
         requested.isEmpty() ? accounts_found(volume, warnings) : requested;
     for (const QString &account : candidates) {
@@ -150,7 +159,12 @@ account_selection select_accounts(const source_volume &volume, const QStringList
         else if (!volume.holds(account_path(account)))
             warnings.append(u"%1: not found"_s.arg(account_path(account)));
         else
-            selection.accounts.append(account);
+            accounts.append(account);
     }
+    selection.accounts = each_folder_once(volume, accounts);
+    if (requested.isEmpty())
+        selection.accounts.sort();
+    else if (selection.accounts.size() < accounts.size())
+        warnings.append(u"Users: some of the accounts share a folder, which is read once"_s);
     return selection;
 }

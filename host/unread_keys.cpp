@@ -2,53 +2,46 @@
 
 #include "hive_precheck.h"
 #include "key_check.h"
-#include "row_counter.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList names_of(const QList<host_tab> &tabs, tab_input input)
+/// The keys that the tabs list, each once: two tabs may list the same.
+QList<listed_key> keys_of(const QList<host_tab> &tabs, tab_input input)
 {
-    QStringList names;
+    QList<listed_key> keys;
+    QStringList paths;
     for (const host_tab &tab : tabs) {
-        if (tab.input == input)
-            names.append(tab.name);
+        if (tab.input != input || paths.contains(tab.key.key_path))
+            continue;
+        paths.append(tab.key.key_path);
+        keys.append(tab.key);
     }
-    return names;
+    return keys;
 }
 
-QStringList key_paths_of(const QStringList &tab_names)
+QStringList warnings_about(const source_volume &volume, const QString &hive_path,
+                           const QList<listed_key> &keys)
 {
-    QStringList key_paths;
-    for (const host_tab &tab : tabs_named(tab_names))
-        key_paths.append(tab.key_path);
-    return key_paths;
-}
-
-void append_unread_keys(const source_volume &volume, const QString &hive_path,
-                        const QStringList &tab_names, const QString &database_file,
-                        QStringList &warnings)
-{
-    // Rows name their file by its path in the volume.
-    const QStringList empty = tables_without_rows(database_file, tab_names, u'/' + hive_path);
     const QString hive_file = volume.root() + hive_path;
-    if (empty.isEmpty() || !check_hive_file(hive_file).readable)
-        return;
-    for (const QString &finding : key_findings(hive_file, key_paths_of(empty)))
-        warnings.append(hive_path + ": "_L1 + finding);
+    if (keys.isEmpty() || !check_hive_file(hive_file).readable)
+        return {};
+    QStringList warnings = key_findings(hive_file, keys);
+    for (QString &warning : warnings)
+        warning.prepend(hive_path + ": "_L1);
+    return warnings;
 }
 
 } // namespace
 
 QStringList unread_key_warnings(const source_volume &volume, const QStringList &accounts,
-                                const QList<host_tab> &tabs, const QString &database_file)
+                                const QList<host_tab> &tabs)
 {
-    QStringList warnings;
-    append_unread_keys(volume, software_hive_path, names_of(tabs, tab_input::software_hive),
-                       database_file, warnings);
+    QStringList warnings =
+        warnings_about(volume, software_hive_path, keys_of(tabs, tab_input::software_hive));
+    const QList<listed_key> users_keys = keys_of(tabs, tab_input::user_hive);
     for (const QString &account : accounts)
-        append_unread_keys(volume, user_hive_path(account), names_of(tabs, tab_input::user_hive),
-                           database_file, warnings);
+        warnings += warnings_about(volume, user_hive_path(account), users_keys);
     return warnings;
 }

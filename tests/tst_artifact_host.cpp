@@ -1,5 +1,6 @@
 #include "evidence_volume.h"
 #include "files.h"
+#include "hive_damage.h"
 #include "host_double.h"
 #include "host_process.h"
 #include "result_database.h"
@@ -97,6 +98,7 @@ private slots:
     void calls_the_operations_in_the_documented_order();
     void takes_all_accounts_with_artefacts_by_name();
     void takes_the_accounts_that_were_asked_for();
+    void takes_an_account_once_that_is_asked_for_by_two_names();
     void writes_the_debug_log_where_it_was_asked_to();
 
     void explains_itself_data();
@@ -121,6 +123,7 @@ private slots:
     void warns_about_folders_without_permission();
     void tells_why_nothing_is_left_to_read();
     void warns_about_keys_that_cannot_be_listed();
+    void warns_about_damage_below_a_key_that_gave_rows();
     void escapes_control_characters_of_the_evidence();
 
     void fails_when_no_database_was_made();
@@ -353,6 +356,40 @@ void tst_artifact_host::takes_the_accounts_that_were_asked_for()
     QCOMPARE(result.errors.filter(u"source_info"_s).value(0).section(u'|', 3),
              u"  | bob |  | ann | )"_s);
     QVERIFY(result.errors.contains(u"artifact_host: warning: Users/nobody: not found"_s));
+}
+
+void tst_artifact_host::takes_an_account_once_that_is_asked_for_by_two_names()
+{
+    const auto volume = small_volume();
+    volume->link(u"Users/annie"_s, u"ann"_s);
+    const host_result result = extract(*volume, {u"--quiet"_s, u"--tab"_s, u"metro_apps"_s,
+                                                 u"--user"_s, u"annie"_s, u"--user"_s, u"ann"_s});
+    QCOMPARE(
+        result.errors,
+        QStringList{
+            u"artifact_host: warning: Users: some of the accounts share a folder, which is read once"_s});
+    QCOMPARE(result.output.value(0), u"metro_apps                         1"_s);
+}
+
+void tst_artifact_host::warns_about_damage_below_a_key_that_gave_rows()
+{
+    evidence_volume volume;
+    fill_software(volume.software());
+    hive_builder &user = volume.user(u"ann"_s);
+    fill_user(user);
+    const hive_key &damaged =
+        user.key(explorer_key + "UserAssist\\{DA3A6E5D}\\Count"_L1).binary(u"lost"_s, "data");
+    volume.write();
+    const QString hive = volume.ntuser_path(u"ann"_s);
+    write_file(hive, hive_damage(read_file(hive)).value_count(damaged.cells().key, 999).bytes());
+    const host_result result = extract(volume, {u"--quiet"_s});
+    QCOMPARE(
+        result.errors,
+        QStringList{
+            u"artifact_host: warning: Users/ann/NTUSER.DAT: the content of %1UserAssist\\{DA3A6E5D}\\Count cannot be listed, so it is not read"_s
+                .arg(explorer_key)});
+    QVERIFY(result.output.contains(u"previously_executed_apps           2"_s));
+    QCOMPARE(result.exit_code, 0);
 }
 
 void tst_artifact_host::writes_the_debug_log_where_it_was_asked_to()

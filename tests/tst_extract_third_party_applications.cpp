@@ -67,6 +67,7 @@ private slots:
     void writes_each_program_of_each_user();
     void reads_the_times_of_the_file_on_the_source();
     void reads_the_times_of_a_folder_and_of_what_a_link_leads_to();
+    void takes_no_times_through_a_link_that_leads_out();
     void maps_paths_of_drive_c_alone_data();
     void maps_paths_of_drive_c_alone();
     void never_writes_the_data_of_a_value_data();
@@ -130,6 +131,24 @@ void tst_extract_third_party_applications::reads_the_times_of_a_folder_and_of_wh
     fixture.find_files();
     QCOMPARE(column_of_run(fixture, u"modification_timestamp"_s),
              (QStringList{times_of(fixture.volume.path(u"Tools"_s))[1], u"1500000000"_s, u"0"_s}));
+}
+
+void tst_extract_third_party_applications::takes_no_times_through_a_link_that_leads_out()
+{
+    evidence_volume outside;
+    outside.file(u"Tools/tool.exe"_s, "MZ", 1500000000);
+    worker_fixture fixture;
+    fixture.volume.link(u"tool.exe"_s, outside.path(u"Tools/tool.exe"_s));
+    fixture.volume.link(u"Tools"_s, outside.path(u"Tools"_s));
+    store(fixture.volume, u"ann"_s)
+        .binary(u"C:\\tool.exe"_s, "data")
+        .binary(u"C:\\Tools\\tool.exe"_s, "data");
+    fixture.find_files();
+    fixture.extract(table);
+    QCOMPARE(
+        fixture.rows(table),
+        (QList<QStringList>{row_of({u"ann"_s, u"C:\\tool.exe"_s, u"/tool.exe"_s}),
+                            row_of({u"ann"_s, u"C:\\Tools\\tool.exe"_s, u"/Tools/tool.exe"_s})}));
 }
 
 void tst_extract_third_party_applications::maps_paths_of_drive_c_alone_data()

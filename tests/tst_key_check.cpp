@@ -3,6 +3,8 @@
 #include "files.h"
 #include "hive_builder.h"
 #include "hive_damage.h"
+#include "host_tabs.h"
+#include "hostile_hives.h"
 #include "test_main.h"
 
 #include <QTemporaryDir>
@@ -14,6 +16,19 @@ namespace {
 
 const auto lone_surrogate = hive_name::raw(QByteArray("\x00\xd8", 2), false);
 
+/// A hive as a file.
+class checked_file
+{
+public:
+    explicit checked_file(const QByteArray &hive) { write_file(m_path, hive); }
+
+    QStringList findings(const listed_key &key) const { return key_findings(m_path, {key}); }
+
+private:
+    const QTemporaryDir m_folder;
+    const QString m_path = m_folder.filePath(u"hive"_s);
+};
+
 } // namespace
 
 class tst_key_check : public QObject
@@ -24,6 +39,14 @@ private slots:
     void tells_what_hides_a_key_data();
     void tells_what_hides_a_key();
     void tells_each_reason_once();
+    void looks_at_the_levels_that_are_listed_data();
+    void looks_at_the_levels_that_are_listed();
+    void counts_all_keys_of_which_it_names_the_first();
+    void tells_of_a_value_whose_name_cannot_be_read();
+    void ends_where_a_hive_lists_without_measure_data();
+    void ends_where_a_hive_lists_without_measure();
+    void ends_where_one_long_name_is_listed_often();
+    void names_no_place_beyond_measure();
     void tells_when_the_hive_does_not_open();
 };
 
@@ -38,7 +61,8 @@ void tst_key_check::tells_what_hides_a_key_data()
     QTest::newRow("absent key") << QString() << u"A\\none\\C"_s << QStringList();
     QTest::newRow("undecodable name in the key")
         << u"A\\B\\C\\D"_s << u"A\\B\\C"_s
-        << QStringList{u"the content of A\\B\\C cannot be listed, so it is not read"_s};
+        << QStringList{
+               u"the content of A\\B\\C holds names that cannot be read, so part is not read"_s};
     QTest::newRow("undecodable name beside the key's parent")
         << u"A\\B"_s << u"A\\B\\C"_s << QStringList{in.arg("A"_L1)};
     QTest::newRow("undecodable name beside the first key")
@@ -60,7 +84,7 @@ void tst_key_check::tells_what_hides_a_key()
     hive.key(u"A\\B\\C"_s).text(u"value"_s, u"text"_s);
     const QTemporaryDir folder;
     hive.write_to(folder.filePath(u"hive"_s));
-    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {key_path}), findings);
+    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {{key_path, 0, 1}}), findings);
 }
 
 void tst_key_check::tells_each_reason_once()
@@ -71,8 +95,116 @@ void tst_key_check::tells_each_reason_once()
     const QByteArray damaged = hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes();
     const QTemporaryDir folder;
     write_file(folder.filePath(u"hive"_s), damaged);
-    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {u"A"_s, u"A"_s}),
+    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {{u"A"_s, 0, 1}, {u"A"_s, 0, 1}}),
              QStringList{u"the content of A cannot be listed, so it is not read"_s});
+}
+
+void tst_key_check::looks_at_the_levels_that_are_listed_data()
+{
+    QTest::addColumn<int>("first_value_level");
+    QTest::addColumn<int>("last_level");
+    QTest::addColumn<QString>("damaged");
+    QTest::addColumn<bool>("is_told");
+    QTest::newRow("values of the key itself") << 0 << 0 << u"A"_s << true;
+    QTest::newRow("values of a subkey, which are not listed") << 0 << 0 << u"A\\B"_s << false;
+    QTest::newRow("values of a subkey") << 1 << 1 << u"A\\B"_s << true;
+    QTest::newRow("values of the key itself, which are not listed") << 1 << 1 << u"A"_s << false;
+    QTest::newRow("values two keys below") << 2 << listed_key::all_levels << u"A\\B\\C"_s << true;
+    QTest::newRow("values four keys below")
+        << 2 << listed_key::all_levels << u"A\\B\\C\\D\\E"_s << true;
+    QTest::newRow("values of another key") << 0 << listed_key::all_levels << u"B"_s << false;
+}
+
+void tst_key_check::looks_at_the_levels_that_are_listed()
+{
+    QFETCH(int, first_value_level);
+    QFETCH(int, last_level);
+    QFETCH(QString, damaged);
+    QFETCH(bool, is_told);
+    hive_builder hive;
+    hive.key(u"A\\B\\C\\D\\E"_s);
+    hive_key &key = hive.key(damaged).text(u"value"_s, u"text"_s);
+    hive.bytes();
+    checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
+    const QStringList told{u"the content of %1 cannot be listed, so it is not read"_s.arg(damaged)};
+    QCOMPARE(file.findings({u"A"_s, first_value_level, last_level}),
+             is_told ? told : QStringList());
+}
+
+void tst_key_check::counts_all_keys_of_which_it_names_the_first()
+{
+    hive_builder hive;
+    QList<const hive_key *> keys;
+    for (const QString &name : {u"one"_s, u"three"_s, u"two"_s})
+        keys.append(&hive.key(u"A\\"_s + name).text(u"value"_s, u"text"_s));
+    hive.bytes();
+    hive_damage damage(hive.bytes());
+    for (const hive_key *key : std::as_const(keys))
+        damage.value_count(key->cells().key, 1000);
+    checked_file file(damage.bytes());
+    QCOMPARE(
+        file.findings({u"A"_s, 1, 1}),
+        QStringList{
+            u"the content of A\\one and of 2 more keys cannot be listed, so it is not read"_s});
+}
+
+void tst_key_check::tells_of_a_value_whose_name_cannot_be_read()
+{
+    hive_builder hive;
+    hive.key(u"A"_s).text(lone_surrogate, u"text"_s);
+    checked_file file(hive.bytes());
+    QCOMPARE(
+        file.findings({u"A"_s, 0, 0}),
+        QStringList{u"the content of A holds names that cannot be read, so part is not read"_s});
+}
+
+void tst_key_check::ends_where_a_hive_lists_without_measure_data()
+{
+    QTest::addColumn<int>("number");
+    const QList<hostile_hive> hives = hostile_hives();
+    for (int number = 0; number < hives.size(); ++number)
+        QTest::newRow(qPrintable(hives.at(number).name)) << number;
+}
+
+void tst_key_check::ends_where_a_hive_lists_without_measure()
+{
+    QFETCH(int, number);
+    const hostile_hive hive = hostile_hives().at(number);
+    const auto input =
+        hive.kind == hive_kind::software ? tab_input::software_hive : tab_input::user_hive;
+    checked_file file(hive.make());
+    for (const host_tab &tab : host_tabs()) {
+        if (tab.input == input)
+            QVERIFY(file.findings(tab.key).size() <= 2);
+    }
+}
+
+void tst_key_check::ends_where_one_long_name_is_listed_often()
+{
+    hive_builder hive;
+    hive_key &parent = hive.key(u"A"_s).list_kind(subkey_list::li);
+    const hive_key &key = parent.add_key(hive_name::raw(QByteArray(65535, 'x'), true));
+    for (int i = 1; i < 60000; ++i)
+        parent.add_key(u"x"_s);
+    hive.bytes();
+    checked_file file(
+        hive_damage(hive.bytes()).list_only(parent.cells().subkey_list, key.cells().key).bytes());
+    QCOMPARE(
+        file.findings({u"A\\B"_s, 0, 0}),
+        QStringList{
+            u"A\\B lists more than a hive of this size can hold, so part of it may not be read"_s});
+}
+
+void tst_key_check::names_no_place_beyond_measure()
+{
+    hive_builder hive;
+    hive_key &key = hive.key(u"A"_s).add_key(hive_name::raw(QByteArray(65535, 'x'), true));
+    key.text(u"value"_s, u"text"_s);
+    hive.bytes();
+    checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
+    QCOMPARE(file.findings({u"A"_s, 1, 1}),
+             QStringList{u"the content of A\\"_s + QString(498, u'x') +
+                         u"… cannot be listed, so it is not read"_s});
 }
 
 void tst_key_check::tells_when_the_hive_does_not_open()
@@ -80,7 +212,7 @@ void tst_key_check::tells_when_the_hive_does_not_open()
     const QTemporaryDir folder;
     write_file(folder.filePath(u"hive"_s), "no hive");
     QVERIFY(!opens_as_hive(folder.filePath(u"hive"_s)));
-    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {u"A"_s}),
+    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {{u"A"_s, 0, 0}}),
              QStringList{u"cannot be opened as a registry hive, so it is not read"_s});
 }
 

@@ -75,7 +75,7 @@ void tst_overreads::walk(const QByteArray &hive)
     guard_memory_of_size(static_cast<size_t>(hive.size()));
     walk_hive_in_every_way(path);
     for (const host_tab &tab : host_tabs())
-        key_findings(path, {tab.key_path});
+        key_findings(path, {tab.key});
     guard_memory_of_size(0);
 }
 

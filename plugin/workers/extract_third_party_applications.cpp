@@ -3,6 +3,7 @@
 #include "plugin_static_function.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -39,14 +40,22 @@ QString mounted_path(const QString &windows_path, const QString &source_root_pat
     return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
 }
 
-/// False when ".." in the program's name leads out of the source: the times of a file of the
-/// examiner's machine are no evidence.
-bool lies_within_source(const QString &path, const QString &source_root_path)
+/// The times of a file of the examiner's machine are no evidence: none when ".." in the program's
+/// name, or a link of the volume, leads out of the source.
+struct_GLOBAL_ARTIFACT_file_times times_within(const QString &source_root_path, const QString &path)
 {
-    QString root = QDir::cleanPath(source_root_path);
-    if (!root.endsWith(u'/'))
-        root.append(u'/');
-    return QDir::cleanPath(path).startsWith(root);
+    const auto is_within = [](const QString &place, const QString &root) {
+        return place.startsWith(root.endsWith(u'/') ? root : root + u'/');
+    };
+    if (!is_within(QDir::cleanPath(path), QDir::cleanPath(source_root_path)))
+        return {};
+    const auto times = plugin_static_function::get_posix_timestamp(
+        path.mid(source_root_path.size()), source_root_path);
+    if (times.last_modification_time == 0)
+        return times; // there is no file: most programs that were run once are gone
+    const QString place = QFileInfo(path).canonicalFilePath();
+    const QString root = QFileInfo(source_root_path).canonicalFilePath();
+    return is_within(place, root) ? times : struct_GLOBAL_ARTIFACT_file_times();
 }
 
 } // namespace
@@ -62,10 +71,7 @@ void windows_installed_applications_winos::extract_third_party_applications()
         [&](const user_source &hive, const registry::struct_data &program,
             qsizetype) -> std::optional<QStringList> {
             const QString path = mounted_path(program.name, source_root_path);
-            struct_GLOBAL_ARTIFACT_file_times times;
-            if (lies_within_source(path, source_root_path))
-                times = plugin_static_function::get_posix_timestamp(cut_by_source_root_length(path),
-                                                                    source_root_path);
+            const auto times = times_within(source_root_path, path);
             return QStringList{hive.user_name,
                                program.name,
                                plugin_static_function::get_relative_file_path(

@@ -1,0 +1,94 @@
+#include "checked_hive.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstring>
+
+namespace {
+
+/// Fixed part of a key's record (nk), up to the name at offset 0x50.
+constexpr qint64 key_record_length = 0x50;
+/// Fixed part of a value's record (vk), up to the name at offset 0x18.
+constexpr qint64 value_record_length = 0x18;
+constexpr qint64 list_entry_length = 4;
+
+/// How many times its own length an intact hive never comes to, whatever is listed.
+constexpr qint64 hive_lengths_in_a_walk = 4;
+/// How many refusals use a walk up: libhivex does not tell what it read before it refused.
+constexpr qint64 refusals_in_a_walk = 4096;
+
+} // namespace
+
+// Writable in memory only: libhivex then reads the file instead of mapping it, so that a bad sector
+// of the evidence is an error and not a SIGBUS.
+checked_hive::checked_hive(const QString &hive_file)
+    : m_handle(hivex_open(QFile::encodeName(hive_file).constData(), HIVEX_OPEN_WRITE)),
+      m_length(QFileInfo(hive_file).size())
+{
+    begin_walk();
+}
+
+void checked_hive::begin_walk()
+{
+    m_left = hive_lengths_in_a_walk * m_length;
+}
+
+std::optional<QList<hive_node_h>> checked_hive::subkeys(hive_node_h key)
+{
+    return list_of(key, hivex_node_children);
+}
+
+std::optional<QList<hive_value_h>> checked_hive::values(hive_node_h key)
+{
+    return list_of(key, hivex_node_values);
+}
+
+checked_hive::text checked_hive::key_name(hive_node_h key)
+{
+    return name_of(key, key_record_length, hivex_node_name);
+}
+
+checked_hive::text checked_hive::value_name(hive_value_h value)
+{
+    return name_of(value, value_record_length, hivex_value_key);
+}
+
+bool checked_hive::holds(size_t record, qint64 length) const
+{
+    return static_cast<qint64>(record) + length <= m_length;
+}
+
+std::optional<QList<size_t>> checked_hive::list_of(hive_node_h key, list_operation list)
+{
+    if (is_exhausted() || !holds(key, key_record_length))
+        return std::nullopt;
+    const std::unique_ptr<size_t, memory_freer> entries(list(m_handle.get(), key));
+    if (entries == nullptr) {
+        spend_refusal();
+        return std::nullopt;
+    }
+    const size_t *const begin = entries.get();
+    const size_t *end = begin;
+    while (*end != 0)
+        ++end;
+    m_left -= list_entry_length * (end - begin);
+    return QList<size_t>(begin, end);
+}
+
+checked_hive::text checked_hive::name_of(size_t record, qint64 record_length, name_operation name)
+{
+    if (is_exhausted() || !holds(record, record_length))
+        return nullptr;
+    text found(name(m_handle.get(), record));
+    if (found == nullptr)
+        spend_refusal();
+    else
+        m_left -= record_length + static_cast<qint64>(std::strlen(found.get()));
+    return found;
+}
+
+void checked_hive::spend_refusal()
+{
+    m_left -= hive_lengths_in_a_walk * m_length / refusals_in_a_walk;
+}

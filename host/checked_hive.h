@@ -1,0 +1,65 @@
+#ifndef CHECKED_HIVE_H
+#define CHECKED_HIVE_H
+
+#include <QList>
+#include <QString>
+
+#include <cstdlib>
+#include <hivex.h>
+#include <memory>
+#include <optional>
+
+/// A registry hive, read through libhivex, but asked for no record that leaves the file and for no
+/// more than a hive of its size can list: libhivex itself minds neither.
+class checked_hive
+{
+public:
+    struct memory_freer
+    {
+        void operator()(void *memory) const { std::free(memory); }
+    };
+    using text = std::unique_ptr<char, memory_freer>;
+
+    /// Opens the regular file for reading and reads all of it.
+    explicit checked_hive(const QString &hive_file);
+
+    bool is_open() const { return m_handle != nullptr; }
+
+    hive_node_h root() const { return hivex_root(m_handle.get()); }
+
+    /// The subkeys of a key; nothing when their list cannot be read.
+    std::optional<QList<hive_node_h>> subkeys(hive_node_h key);
+
+    /// The values of a key; nothing when their list cannot be read.
+    std::optional<QList<hive_value_h>> values(hive_node_h key);
+
+    /// The name in UTF-8; null when it cannot be read.
+    text key_name(hive_node_h key);
+    text value_name(hive_value_h value);
+
+    /// Lets as much be read again as the plug-in reads in one walk.
+    void begin_walk();
+
+    /// Whether what this walk has read would not fit into the file if it listed everything once.
+    /// Nothing more is read then.
+    bool is_exhausted() const { return m_left < 0; }
+
+private:
+    struct hive_closer
+    {
+        void operator()(hive_h *hive) const { hivex_close(hive); }
+    };
+    using list_operation = size_t *(*)(hive_h *, size_t);
+    using name_operation = char *(*)(hive_h *, size_t);
+
+    bool holds(size_t record, qint64 length) const;
+    std::optional<QList<size_t>> list_of(hive_node_h key, list_operation list);
+    text name_of(size_t record, qint64 record_length, name_operation name);
+    void spend_refusal();
+
+    std::unique_ptr<hive_h, hive_closer> m_handle;
+    qint64 m_length;
+    qint64 m_left = 0;
+};
+
+#endif
