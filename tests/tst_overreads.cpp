@@ -118,7 +118,6 @@ void tst_overreads::walks_of_generated_hives()
         walk(hive_of_seed(seed).bytes);
 }
 
-// Cut at every cell border of the last page, and at every page.
 void tst_overreads::walks_of_hives_cut_at_each_length()
 {
     for (const hive_kind kind : {hive_kind::software, hive_kind::user}) {
