@@ -211,7 +211,8 @@ QMap<QString, int> registry::prepare_the_node_key_child(hive_h *hive, unsigned l
             continue;
         if (read_child_values)
             values_of_the_node(hive, child);
-        children_by_name.insert(name, child_node);
+        // A hive lists its keys in nearly the same order, so that each belongs at the end.
+        children_by_name.insert(children_by_name.cend(), name, child_node);
     }
     return children_by_name;
 }

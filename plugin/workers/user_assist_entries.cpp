@@ -18,11 +18,13 @@ constexpr qsizetype run_count_length = 4;
 constexpr qsizetype last_run_time_offset = 60; ///< FILETIME of the last run
 constexpr qsizetype last_run_time_length = 8;
 
-char16_t rotated(char16_t character, char16_t first_letter)
+/// The letter 13 places on, after the last letter from the first on.
+char16_t rotated(char16_t letter, char16_t first_letter)
 {
-    constexpr int alphabet_length = 26;
-    return static_cast<char16_t>(first_letter + (character - first_letter + alphabet_length / 2) %
-                                                    alphabet_length);
+    constexpr int half_alphabet = 13;
+    const bool is_in_first_half = letter < first_letter + half_alphabet;
+    return static_cast<char16_t>(is_in_first_half ? letter + half_alphabet
+                                                  : letter - half_alphabet);
 }
 
 } // namespace
