@@ -1,6 +1,8 @@
 #ifndef CHECKED_HIVE_H
 #define CHECKED_HIVE_H
 
+#include <QByteArray>
+#include <QFile>
 #include <QList>
 #include <QString>
 
@@ -40,8 +42,8 @@ public:
     /// Lets as much be read again as the plug-in reads in one walk.
     void begin_walk();
 
-    /// Whether what this walk has read would not fit into the file if it listed everything once.
-    /// Nothing more is read then.
+    /// Whether what this walk has read would not fit into the file if it listed everything once,
+    /// or stands below an index such as no intact hive has. Nothing more is read then.
     bool is_exhausted() const { return m_left < 0; }
 
 private:
@@ -53,10 +55,14 @@ private:
     using name_operation = char *(*)(hive_h *, size_t);
 
     bool holds(size_t record, qint64 length) const;
+    QByteArray bytes_at(qint64 offset, qint64 length);
+    bool is_index(qint64 list);
+    bool has_forged_index(hive_node_h key, qsizetype subkey_count);
     std::optional<QList<size_t>> list_of(hive_node_h key, list_operation list);
     text name_of(size_t record, qint64 record_length, name_operation name);
     void spend_refusal();
 
+    QFile m_file;
     std::unique_ptr<hive_h, hive_closer> m_handle;
     qint64 m_length;
     qint64 m_left = 0;

@@ -67,6 +67,7 @@ private:
     unlisted_places m_partly_read;
     std::vector<reached_key> m_keys;
     QSet<hive_node_h> m_seen;
+    bool m_is_any_key_repeated = false;
 };
 
 QStringList key_survey::findings()
@@ -84,6 +85,9 @@ QStringList key_survey::findings()
     if (!m_hidden.isEmpty())
         findings.append(m_hidden);
     m_refused.append_to(findings, " cannot be listed, so it is not read"_L1);
+    if (m_is_any_key_repeated)
+        findings.append(
+            u"%1 lists a key more than once, so part of it may not be read"_s.arg(m_key.key_path));
     m_partly_read.append_to(findings, " holds names that cannot be read, so part is not read"_L1);
     return findings;
 }
@@ -126,8 +130,10 @@ void key_survey::survey(size_t position)
 {
     const hive_node_h node = m_keys[position].node;
     const int level = m_keys[position].level;
-    if (m_seen.contains(node))
+    if (m_seen.contains(node)) {
+        m_is_any_key_repeated = true;
         return;
+    }
     m_seen.insert(node);
     if (level >= m_key.first_value_level)
         survey_values(position);

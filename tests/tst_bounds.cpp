@@ -8,6 +8,7 @@
 #include "walk_budget.h"
 
 #include <QFileInfo>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace test_support;
@@ -21,6 +22,7 @@ class tst_bounds : public QObject
 private slots:
     void one_hive_of_10_mb_data();
     void one_hive_of_10_mb();
+    void a_folder_of_many_packages();
 };
 
 namespace {
@@ -33,6 +35,44 @@ constexpr bool is_memory_measurable = !BUILT_WITH_SANITIZERS;
 
 /// The least that a row costs of a walk's budget: the entry in a list and the record it leads to.
 constexpr qint64 least_cost_of_a_row = 4 + 0x18;
+
+/// What the icons of one hive may cost, and what one more walk over the hive costs of that.
+constexpr qint64 least_icon_budget = qint64(128) << 20;
+constexpr qint64 icon_budget_in_hive_lengths = 128;
+constexpr qint64 icon_walks_per_hive_length = 16;
+
+/// How often a hive of this length may be opened: libhivex opens it for each walk, and so does the
+/// walker. Each tab walks it once, and the icons' tab again for each name that it looks up.
+qint64 most_opens(qint64 hive_length)
+{
+    constexpr qint64 opens_per_walk = 2;
+    const qint64 budget = std::max(least_icon_budget, icon_budget_in_hive_lengths * hive_length);
+    const qint64 icon_walks = budget / (hive_length / icon_walks_per_hive_length);
+    return opens_per_walk * (all_tabs().size() + icon_walks);
+}
+
+/// What a run makes of a package folder with so many entries.
+struct package_run
+{
+    qint64 peak_kib = 0;
+    qint64 rows = 0;
+    qint64 names = 0; ///< how many of the rows' names differ
+};
+
+package_run run_over_packages(int entries)
+{
+    evidence_volume volume;
+    for (int i = 0; i < entries; ++i)
+        volume.package(u"ann"_s, u"Microsoft.Package_%1_neutral__8wekyb3d8bbwe"_s.arg(i));
+    const QTemporaryDir results;
+    const extraction_outcome outcome =
+        extraction_process(volume, results.path()).tabs({u"metro_apps"_s}).run();
+    const QStringList counts = result_database(database_in(results.path()))
+                                   .query(u"select count(*), count(distinct filename) "
+                                          "from metro_apps"_s)
+                                   .first();
+    return {outcome.peak_kib, counts.at(0).toLongLong(), counts.at(1).toLongLong()};
+}
 
 qint64 rows_in_all_tables(const QString &database_path)
 {
@@ -81,6 +121,24 @@ void tst_bounds::one_hive_of_10_mb()
     QVERIFY(!is_memory_measurable || outcome.peak_kib < gib / 1024);
     QVERIFY(database_size <= gib);
     QVERIFY(rows <= all_tabs().size() * walk_budget::hive_lengths * length / least_cost_of_a_row);
+    QVERIFY(outcome.hive_opens <= most_opens(length));
+}
+
+// Entries are read and written one by one: how many there are costs no memory.
+void tst_bounds::a_folder_of_many_packages()
+{
+    constexpr int few = 1000;
+    constexpr int many = 100 * few;
+    constexpr qint64 most_kib_more = 6 * 1024; // SQLite's cache fills up, with 2 MiB
+    const package_run run_of_few = run_over_packages(few);
+    const package_run run_of_many = run_over_packages(many);
+    qInfo("%lld KiB for %d entries, %lld KiB for %d", run_of_few.peak_kib, few,
+          run_of_many.peak_kib, many);
+    QCOMPARE(run_of_few.rows, few);
+    QCOMPARE(run_of_few.names, few);
+    QCOMPARE(run_of_many.rows, many);
+    QCOMPARE(run_of_many.names, many);
+    QVERIFY(!is_memory_measurable || run_of_many.peak_kib - run_of_few.peak_kib < most_kib_more);
 }
 
 TEST_MAIN(tst_bounds)

@@ -29,6 +29,10 @@ private slots:
     void takes_data_that_fit_into_their_cell_as_they_are_data();
     void takes_data_that_fit_into_their_cell_as_they_are();
     void refuses_a_record_or_a_list_that_leaves_the_file();
+    void counts_the_lists_below_an_index_data();
+    void counts_the_lists_below_an_index();
+    void counts_lists_that_are_listed_again();
+    void counts_lists_of_damaged_indexes();
     void reads_cells_in_any_order();
     void reads_the_file_that_was_opened_last();
 
@@ -169,6 +173,77 @@ void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
 
     const qint64 record_of_eight_bytes = damage.add_last_cell("db\x03\0"_ba).last_cell();
     QCOMPARE(length_at(record_of_eight_bytes), -1);
+}
+
+void tst_hive_file::counts_the_lists_below_an_index_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("subkeys");
+    QTest::addColumn<qint64>("lists");
+    const auto add_row = [](const char *name, subkey_list kind, int subkeys, qint64 lists) {
+        QTest::addRow("%s", name) << static_cast<int>(kind) << subkeys << lists;
+    };
+    add_row("no subkeys", subkey_list::automatic, 0, 0);
+    add_row("one list", subkey_list::automatic, 5, 0);
+    add_row("one list of offsets", subkey_list::li, 5, 0);
+    add_row("an index of a single list", subkey_list::ri, 1, 1);
+    add_row("an index above the lists of many keys", subkey_list::automatic, 3000, 6);
+}
+
+void tst_hive_file::counts_the_lists_below_an_index()
+{
+    QFETCH(const int, kind);
+    QFETCH(const int, subkeys);
+    hive_builder hive;
+    hive_key &key = hive.key(u"k"_s).list_kind(static_cast<subkey_list>(kind));
+    for (int i = 0; i < subkeys; ++i)
+        key.add_key(QString::number(i));
+    hive.write_to(path());
+    hive_file file;
+    QVERIFY(file.open(path()));
+    QTEST(file.indexed_lists(static_cast<quint64>(key.cells().key), 1000), "lists");
+}
+
+void tst_hive_file::counts_lists_that_are_listed_again()
+{
+    hive_builder hive;
+    hive.key(u"k\\s"_s);
+    hive_damage damage(hive.bytes());
+    const qint64 empty = damage.add_list("li", {}).last_cell();
+    const qint64 index = damage.add_list("ri", QList<qint64>(300, empty)).last_cell();
+    const qint64 top = damage.add_list("ri", {empty, index, empty, index, index}).last_cell();
+    const qint64 key = hive.key(u"k"_s).cells().key;
+    write_file(path(), damage.subkey_list(key, top).bytes());
+    hive_file file;
+    QVERIFY(file.open(path()));
+    const auto node = static_cast<quint64>(key);
+    QCOMPARE(file.indexed_lists(node, 100000), 5 + 3 * 300);
+    QCOMPARE(file.indexed_lists(node, 350), 350);
+    QCOMPARE(file.indexed_lists(node, 3), 3);
+}
+
+void tst_hive_file::counts_lists_of_damaged_indexes()
+{
+    hive_builder hive;
+    hive.key(u"k\\s"_s);
+    hive_damage damage(hive.bytes());
+    const qint64 key = hive.key(u"k"_s).cells().key;
+    const auto lists = [&] {
+        write_file(path(), damage.bytes());
+        hive_file file;
+        return file.open(path()) ? file.indexed_lists(static_cast<quint64>(key), 1000) : -1;
+    };
+
+    const qint64 index = damage.add_list("ri", {key}).last_cell();
+    damage.subkey_list(key, index).list_entry(index, 0, index);
+    QCOMPARE(lists(), 33); // libhivex goes no deeper into an index that lists itself
+    damage.list_entry(index, 0, 0x7ffff000);
+    QCOMPARE(lists(), 1);
+    damage.list_count(index, 3); // the file ends after the second
+    QCOMPARE(lists(), 2);
+    damage.subkey_list(key, 0x7ffff000);
+    QCOMPARE(lists(), 0);
+    QCOMPARE(hive_file().indexed_lists(static_cast<quint64>(key), 1000), 0);
 }
 
 void tst_hive_file::reads_cells_in_any_order()

@@ -46,6 +46,10 @@ private slots:
     void ends_where_a_hive_lists_without_measure_data();
     void ends_where_a_hive_lists_without_measure();
     void ends_where_one_long_name_is_listed_often();
+    void ends_at_an_index_that_no_intact_hive_has_data();
+    void ends_at_an_index_that_no_intact_hive_has();
+    void takes_an_intact_index_as_it_is();
+    void tells_of_keys_that_are_listed_again();
     void names_no_place_beyond_measure();
     void tells_when_the_hive_does_not_open();
 };
@@ -193,6 +197,56 @@ void tst_key_check::ends_where_one_long_name_is_listed_often()
         file.findings({u"A\\B"_s, 0, 0}),
         QStringList{
             u"A\\B lists more than a hive of this size can hold, so part of it may not be read"_s});
+}
+
+void tst_key_check::ends_at_an_index_that_no_intact_hive_has_data()
+{
+    QTest::addColumn<int>("empty_lists");
+    QTest::addColumn<bool>("is_index_of_indexes");
+    QTest::newRow("more lists than keys") << 1 << false;
+    QTest::newRow("an index of an index") << 0 << true;
+}
+
+void tst_key_check::ends_at_an_index_that_no_intact_hive_has()
+{
+    QFETCH(int, empty_lists);
+    QFETCH(bool, is_index_of_indexes);
+    hive_builder hive;
+    const hive_key &below = hive.key(u"A\\B"_s);
+    hive_damage damage(hive.bytes());
+    const qint64 empty_list = damage.add_list("li", {}).last_cell();
+    qint64 list = damage.add_list("li", {below.cells().key}).last_cell();
+    if (is_index_of_indexes)
+        list = damage.add_list("ri", {list}).last_cell();
+    damage.add_list("ri", QList<qint64>(empty_lists, empty_list) << list);
+    damage.subkey_list(hive.key(u"A"_s).cells().key, damage.last_cell());
+    QCOMPARE(
+        checked_file(damage.bytes()).findings({u"A"_s, 1, 1}),
+        QStringList{
+            u"A lists more than a hive of this size can hold, so part of it may not be read"_s});
+}
+
+void tst_key_check::takes_an_intact_index_as_it_is()
+{
+    hive_builder hive;
+    for (int i = 0; i < 3000; ++i)
+        hive.key(u"A"_s).add_key(QString::number(i));
+    hive.key(u"B"_s).list_kind(subkey_list::ri).add_key(u"only"_s);
+    const checked_file file(hive.bytes());
+    QCOMPARE(file.findings({u"A"_s, 1, 1}), QStringList());
+    QCOMPARE(file.findings({u"B"_s, 1, 1}), QStringList());
+}
+
+void tst_key_check::tells_of_keys_that_are_listed_again()
+{
+    hive_builder hive;
+    const hive_key &first = hive.key(u"A\\1"_s);
+    hive.key(u"A\\1\\Count"_s);
+    const hive_key &second = hive.key(u"A\\2"_s);
+    hive_damage damage(hive.bytes());
+    damage.share_subkeys(second.cells().key, first.cells().key);
+    QCOMPARE(checked_file(damage.bytes()).findings({u"A"_s, 2, listed_key::all_levels}),
+             QStringList{u"A lists a key more than once, so part of it may not be read"_s});
 }
 
 void tst_key_check::names_no_place_beyond_measure()

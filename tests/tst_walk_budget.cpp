@@ -12,6 +12,8 @@ private slots:
     void lasts_for_a_few_lengths_of_the_hive();
     void stays_spent();
     void lasts_for_some_thousand_refusals();
+    void charges_the_data_of_a_refusal();
+    void charges_lists_below_an_index();
     void begins_anew();
     void tells_what_was_spent();
 };
@@ -55,6 +57,26 @@ void tst_walk_budget::lasts_for_some_thousand_refusals()
     QVERIFY(!budget.is_spent());
     budget.spend_refusal();
     QVERIFY(budget.is_spent());
+}
+
+void tst_walk_budget::charges_the_data_of_a_refusal()
+{
+    walk_budget budget;
+    budget.start(1 << 20); // 4 MiB, of which a refusal takes 1 KiB
+    budget.spend_refusal(16000);
+    QCOMPARE(budget.spent(), 1024 + 1000);
+}
+
+void tst_walk_budget::charges_lists_below_an_index()
+{
+    walk_budget budget(1000);
+    QCOMPARE(budget.most_indexed_lists(), 4);
+    budget.spend_on_indexed_lists(3);
+    QCOMPARE(budget.spent(), 768);
+    QCOMPARE(budget.most_indexed_lists(), 1);
+    budget.spend_on_indexed_lists(1);
+    QVERIFY(budget.is_spent());
+    QCOMPARE(budget.most_indexed_lists(), 1);
 }
 
 void tst_walk_budget::begins_anew()

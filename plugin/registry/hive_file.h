@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QFile>
+#include <QList>
 #include <QString>
 
 /// The file of the hive that is being walked, for the checks that libhivex leaves out. While it is
@@ -31,7 +32,13 @@ public:
     /// cell is no big-data record, negative when the record or the list leaves the file.
     qint64 block_list_length(quint64 offset, qint64 declared_length);
 
+    /// How many lists of the subkeys of the key at `node` stand below indexes (ri), each as often
+    /// as it is listed; 0 when the key has a single list. Counts no further than `most`.
+    qint64 indexed_lists(quint64 node, qint64 most);
+
 private:
+    QList<qint64> lists_below(qint64 list, qint64 most);
+    QList<qint64> cells_listed_at(qint64 offset, qint64 count);
     QByteArrayView bytes_at(qint64 offset, qint64 length);
 
     QFile m_file;

@@ -24,6 +24,9 @@ constexpr qint64 value_record_length = 0x18;
 /// Length of a list entry: the 32-bit offset of a cell.
 constexpr qint64 list_entry_length = 4;
 
+/// libhivex refuses longer data unread.
+constexpr size_t longest_data = 8000000;
+
 /// Data from this length on is kept once when several values share its cell.
 constexpr size_t large_value_length = 4096;
 
@@ -151,6 +154,9 @@ QList<size_t> registry::list_of(hive_h *hive, unsigned long node, list_operation
     while (*end != 0)
         ++end;
     m_budget.spend(list_entry_length * (end - begin));
+    // libhivex reads every list below an index, the empty ones too, which may be thousands.
+    if (list == hivex_node_children && begin != end)
+        m_budget.spend_on_indexed_lists(m_file.indexed_lists(node, m_budget.most_indexed_lists()));
     return {begin, end};
 }
 
@@ -352,7 +358,8 @@ registry::value_data registry::read_data(hive_h *hive, unsigned long value)
     size_t length = 0;
     hivex_text bytes(hivex_value_value(hive, value, &type, &length));
     if (!bytes) {
-        m_budget.spend_refusal();
+        const bool was_collected = list_length > 0 && cell.declared_length <= longest_data;
+        m_budget.spend_refusal(was_collected ? static_cast<qint64>(cell.declared_length) : 0);
         return {};
     }
     m_budget.spend(static_cast<qint64>(length));

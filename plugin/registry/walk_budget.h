@@ -19,6 +19,12 @@ public:
     /// How many lists, names and data libhivex may refuse in one walk. It tells nothing of what it
     /// read before it refused, so that each of them costs the same.
     static constexpr qint64 refusals = 4096;
+    /// Collecting data that are refused in the end is cheap beside reading as many list entries;
+    /// an intact hive has none, and a damaged one should not lose a walk over a few of them.
+    static constexpr qint64 refused_bytes_per_byte = 16;
+    /// What each list of subkeys below an index costs beside its entries. Still a list of a single
+    /// key with the key's record costs less than four times what they take in the file.
+    static constexpr qint64 indexed_list_cost = 256;
 
     /// Limits nothing before a walk is started: handles that were opened outside of one are not
     /// limited.
@@ -41,11 +47,24 @@ public:
         return !is_spent();
     }
 
-    /// Takes what a refused list, name or datum costs.
-    void spend_refusal() { spend(m_refusal_cost); }
+    /// Takes what a refused list, name or datum costs: of `data_length` bytes that libhivex may
+    /// have put together before it refused them.
+    void spend_refusal(qint64 data_length = 0)
+    {
+        spend(m_refusal_cost + data_length / refused_bytes_per_byte);
+    }
 
     /// Whether a request went beyond the budget; the walk then reads nothing more.
     bool is_spent() const { return m_left < 0; }
+
+    /// Takes what lists below an index cost.
+    void spend_on_indexed_lists(qint64 lists) { spend(lists * indexed_list_cost); }
+
+    /// How many such lists the rest pays for, with the one that goes beyond it.
+    qint64 most_indexed_lists() const
+    {
+        return std::max(m_left, qint64(0)) / indexed_list_cost + 1;
+    }
 
     /// Bytes taken so far: never more than the budget has.
     qint64 spent() const { return m_size - std::max(m_left, qint64(0)); }

@@ -33,7 +33,7 @@ namespace {
 
 constexpr qint64 least_budget = qint64(128) << 20; ///< of the shortest hive: 100,000 rows at least
 constexpr qint64 budget_in_hive_lengths = 128;
-constexpr qint64 opens_per_hive_length = 32;
+constexpr qint64 opens_per_hive_length = 16;
 constexpr qint64 cost_of_a_row = 1024; ///< beside the name itself
 
 walk_budget icon_budget(qint64 hive_length)

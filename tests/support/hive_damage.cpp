@@ -190,6 +190,16 @@ hive_damage &hive_damage::add_last_cell(const QByteArray &record)
     return bins_size(static_cast<quint32>(m_bytes.size() - first_bin));
 }
 
+hive_damage &hive_damage::add_list(const char *signature, const QList<qint64> &cells)
+{
+    QByteArray cell(list::entries + cells.size() * list::plain_entry_size, '\0');
+    cell.replace(cell_head::signature, 2, signature, 2);
+    put_16(cell, list::count, static_cast<quint16>(cells.size()));
+    for (qsizetype i = 0; i < cells.size(); ++i)
+        put_32(cell, list::entries + i * list::plain_entry_size, stored_offset(cells.at(i)));
+    return add_last_cell(cell.mid(cell_head::signature));
+}
+
 QByteArray hive_damage::bytes() const
 {
     QByteArray hive = m_bytes;

@@ -4,6 +4,7 @@
 #include "hive_key.h"
 
 #include <QByteArray>
+#include <QList>
 
 namespace test_support {
 
@@ -79,7 +80,10 @@ public:
     /// Adds a bin whose last cell, of the given bytes behind the size field, ends with the file.
     hive_damage &add_last_cell(const QByteArray &record);
 
-    /// The file offset of the cell that add_last_cell added last.
+    /// Adds a list as the last cell: of keys ("li") or of lists ("ri").
+    hive_damage &add_list(const char *signature, const QList<qint64> &cells);
+
+    /// The file offset of the cell that was added last.
     qint64 last_cell() const { return m_last_cell; }
 
     /// The damaged hive, its checksum right.

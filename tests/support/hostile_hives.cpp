@@ -5,8 +5,6 @@
 #include "hive_damage.h"
 #include "regf_format.h"
 
-#include <QtEndian>
-
 namespace test_support {
 
 using namespace Qt::StringLiterals;
@@ -119,6 +117,14 @@ QByteArray one_long_name_listed_often(const value_place &place)
     return damage.bytes();
 }
 
+/// A longer hive affords more work.
+QByteArray padded(hive_damage &damage)
+{
+    constexpr qsizetype padded_length = 10000000;
+    const qsizetype padding = padded_length - damage.bytes().size();
+    return damage.add_last_cell(QByteArray(padding, 'p')).bytes();
+}
+
 /// The parent has very many subkeys, all of which have the values of the first.
 QByteArray keys_sharing_values(const QString &parent, const QString &below, const QString &value)
 {
@@ -200,14 +206,23 @@ QByteArray keys_sharing_subkeys_at_each_level()
     return damage.bytes();
 }
 
-/// The last cell: an index that lists one list in all its places.
-void add_index_of(hive_damage &damage, qint64 list, quint16 places)
+/// Adds an index that lists one list in all its places.
+qint64 add_index_of(hive_damage &damage, qint64 list, int places)
 {
-    QByteArray head("ri\0\0", 4);
-    qToLittleEndian(places, head.data() + 2);
-    QByteArray entry(4, '\0');
-    qToLittleEndian(static_cast<quint32>(list - regf::first_bin), entry.data());
-    damage.add_last_cell(head + entry.repeated(places));
+    return damage.add_list("ri", QList<qint64>(places, list)).last_cell();
+}
+
+/// Adds an index of many empty lists.
+qint64 add_busy_index(hive_damage &damage)
+{
+    return add_index_of(damage, damage.add_list("li", {}).last_cell(), 999);
+}
+
+/// Adds an index of one key, which libhivex finds behind 68,931 empty lists: it reads 70,000.
+qint64 add_slow_list(hive_damage &damage, qint64 busy_index, qint64 key)
+{
+    const qint64 list_of_key = damage.add_list("li", {key}).last_cell();
+    return damage.add_list("ri", QList<qint64>(69, busy_index) << list_of_key).last_cell();
 }
 
 /// An index of indexes of indexes of empty lists: 1000^20 ways down, and no key anywhere.
@@ -216,17 +231,38 @@ QByteArray indexes_without_keys(const QString &parent)
     hive_builder hive;
     const hive_key &key = hive.key(parent);
     hive_damage damage(hive.bytes());
-    damage.add_last_cell(QByteArray("li\0\0", 4));
+    qint64 list = damage.add_list("li", {}).last_cell();
     for (int level = 0; level < 20; ++level)
-        add_index_of(damage, damage.last_cell(), 1000);
-    damage.subkey_list(key.cells().key, damage.last_cell()).subkey_count(key.cells().key, 1);
+        list = add_index_of(damage, list, 1000);
+    damage.subkey_list(key.cells().key, list).subkey_count(key.cells().key, 1);
     return damage.bytes();
 }
 
-QByteArray icons_with_a_name_each()
+/// Many keys share a long chain of keys, each of which stands behind empty lists.
+QByteArray chain_behind_empty_lists()
 {
-    constexpr int icons = 35000;
+    constexpr int keys = 500;
+    constexpr int links = 1000;
     hive_builder hive;
+    QList<const hive_key *> parents;
+    for (int i = 0; i < keys; ++i)
+        parents.append(&hive.key(user_assist_key).add_key(QString::number(i)));
+    QList<const hive_key *> chain;
+    for (int i = 0; i < links; ++i)
+        chain.append(&hive.key(u"chain"_s).add_key(u"c"_s));
+    hive_damage damage(hive.bytes());
+    const qint64 busy_index = add_busy_index(damage);
+    for (const hive_key *link : std::as_const(chain)) {
+        const qint64 list = add_slow_list(damage, busy_index, link->cells().key);
+        for (const hive_key *parent : std::as_const(parents))
+            damage.subkey_list(parent->cells().key, list).subkey_count(parent->cells().key, 1);
+        parents = {link};
+    }
+    return padded(damage);
+}
+
+void add_icons_with_a_name_each(hive_builder &hive, int icons)
+{
     hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
     hive_key &names = hive.key(name_space_key);
     for (int i = 0; i < icons; ++i) {
@@ -234,7 +270,26 @@ QByteArray icons_with_a_name_each()
         hidden.dword(id, 1);
         names.add_key(id).text(u""_s, u"x"_s);
     }
+}
+
+QByteArray icons_with_a_name_each()
+{
+    hive_builder hive;
+    add_icons_with_a_name_each(hive, 35000);
     return hive.bytes();
+}
+
+/// libhivex looks at each cell whenever it opens the hive.
+QByteArray icons_among_very_many_cells()
+{
+    constexpr int icons = 5000;
+    constexpr int cells = 1100000;
+    hive_builder hive;
+    add_icons_with_a_name_each(hive, icons);
+    hive_damage damage(hive.bytes());
+    const QByteArray cell = QByteArray(4, '\0') + "\xf8\xff\xff\xff"; // ends one, begins the next
+    damage.add_last_cell(cell.repeated(cells) + QByteArray(4, '\0'));
+    return damage.cell_size(damage.last_cell(), 8).bytes();
 }
 
 QByteArray icons_sharing_many_names()
@@ -293,6 +348,25 @@ QByteArray icons_whose_names_are_long_paths()
     return damage.bytes();
 }
 
+/// The names are the same 32,000 keys deep, each of which stands behind empty lists.
+QByteArray icons_whose_names_are_paths_behind_empty_lists()
+{
+    constexpr int icons = 600;
+    hive_builder hive;
+    hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
+    hidden.dword(hive_name::raw(QByteArray("a\\").repeated(32000), true), 1);
+    for (int i = 1; i < icons; ++i)
+        hidden.dword(u"v"_s, 1);
+    const hive_key &names = hive.key(name_space_key);
+    const hive_key &name = hive.key(name_space_key + u"\\a"_s);
+    hive_damage damage(hive.bytes());
+    list_first_value_everywhere(damage, hidden, icons);
+    const qint64 list = add_slow_list(damage, add_busy_index(damage), name.cells().key);
+    for (const hive_key *key : {&names, &name})
+        damage.subkey_list(key->cells().key, list).subkey_count(key->cells().key, 1);
+    return padded(damage);
+}
+
 QList<hostile_hive> hives_with_hostile_values()
 {
     using shape = QByteArray (*)(const value_place &);
@@ -332,6 +406,8 @@ QList<hostile_hive> hives_with_hostile_keys()
         {u"80,000 UserAssist keys one below the other"_s, user, very_deep_tree},
         {u"two UserAssist keys at each level share all subkeys"_s, user,
          keys_sharing_subkeys_at_each_level},
+        {u"500 UserAssist keys share 1,000 keys, each behind empty lists"_s, user,
+         chain_behind_empty_lists},
         {u"an index of applications without an end"_s, software,
          [] { return indexes_without_keys(uninstall_key); }},
         {u"an index of UserAssist keys without an end"_s, user,
@@ -357,6 +433,10 @@ QList<hostile_hive> hostile_hives()
                 icons_sharing_refused_names},
                {u"110,000 icons whose names are paths of 32,000 keys"_s, hive_kind::user,
                 icons_whose_names_are_long_paths},
+               {u"600 icons whose names are paths of 32,000 keys behind empty lists"_s,
+                hive_kind::user, icons_whose_names_are_paths_behind_empty_lists},
+               {u"5,000 icons in a hive of 1,100,000 cells"_s, hive_kind::user,
+                icons_among_very_many_cells},
            };
 }
 
