@@ -48,10 +48,12 @@ const QRegularExpression &writing_flags()
 const QRegularExpression &altering_call()
 {
     static const QRegularExpression call(
-        u"\\b(p?write(v|v2|64)?|f?truncate(64)?|rename(at|at2)?|unlink(at)?|rmdir|mkdir(at)?|"
-        "mknod(at)?|creat|link(at)?|symlink(at)?|f?chmod(at)?|f?l?chown(at)?|utime|utimes|"
-        "utimensat|futimesat|f?l?setxattr|f?l?removexattr|fallocate|sendfile|copy_file_range|"
-        "splice|fsync|fdatasync|flock)\\("_s);
+        u"\\b((p?write(v|v2|64)?|f?truncate(64)?|rename(at|at2)?|unlink(at)?|rmdir|mkdir(at)?|"
+        "mknod(at)?|creat|link(at)?|symlink(at)?|f?chmod(at2?)?|f?l?chown(at)?|utime|utimes|"
+        "utimensat|futimesat|[fl]?setxattr(at)?|[fl]?removexattr(at)?|fallocate|sendfile|"
+        "copy_file_range|splice|fsync|fdatasync|flock)\\(|"
+        // Requests that set a file's flags, under each name that strace has for them.
+        "ioctl\\(.*\\b((FS|EXT[234])_IOC(32)?_(SETFLAGS|FSSETXATTR|SETVERSION)|XFS_IOC_FSSETXATTR)\\b)"_s);
     return call;
 }
 
@@ -193,6 +195,33 @@ void tst_evidence_untouched::finds_calls_that_would_alter_it_data()
     QTest::newRow("removed") << u"7 unlink(\"/src/a\") = 0"_s << true;
     QTest::newRow("given other times") << u"7 utimensat(4</src/a>, NULL, NULL, 0) = 0"_s << true;
     QTest::newRow("given another mode") << u"7 fchmod(4</src/a>, 0600) = 0"_s << true;
+    QTest::newRow("given another mode by the newer call")
+        << u"7 fchmodat2(AT_FDCWD</w>, \"/src/a\", 0600, AT_SYMLINK_NOFOLLOW) = 0"_s << true;
+    QTest::newRow("given another owner") << u"7 chown(\"/src/a\", 0, 0) = 0"_s << true;
+    QTest::newRow("given another owner through a descriptor")
+        << u"7 fchown(4</src/a>, 0, 0) = 0"_s << true;
+    QTest::newRow("given an attribute")
+        << u"7 setxattr(\"/src/a\", \"user.a\", \"x\", 1, 0) = 0"_s << true;
+    QTest::newRow("given an attribute below an open folder")
+        << u"7 setxattrat(3</src>, \"a\", 0, \"user.a\", {value=\"x\", size=1}, 16) = 0"_s << true;
+    QTest::newRow("asked for an attribute")
+        << u"7 getxattr(\"/src/a\", \"user.a\", 0x7ff, 8) = -1 ENODATA"_s << false;
+    QTest::newRow("given other flags")
+        << u"7 ioctl(4</src/a>, FS_IOC_SETFLAGS, [FS_IMMUTABLE_FL]) = 0"_s << true;
+    QTest::newRow("given other extended flags")
+        << u"7 ioctl(4</src/a>, FS_IOC_FSSETXATTR, {fsx_xflags=FS_XFLAG_APPEND}) = 0"_s << true;
+    QTest::newRow("asked for its flags")
+        << u"7 ioctl(4</src/a>, FS_IOC_GETFLAGS, [0]) = 0"_s << false;
+    QTest::newRow("truncated") << u"7 truncate(\"/src/a\", 0) = 0"_s << true;
+    QTest::newRow("linked to from elsewhere") << u"7 link(\"/src/a\", \"/other\") = 0"_s << true;
+    QTest::newRow("linked into it") << u"7 link(\"/other\", \"/src/b\") = 0"_s << true;
+    QTest::newRow("a symbolic link made in it")
+        << u"7 symlink(\"/other\", \"/src/b\") = 0"_s << true;
+    QTest::newRow("a folder made in it") << u"7 mkdir(\"/src/b\", 0777) = 0"_s << true;
+    QTest::newRow("a folder made below an open folder")
+        << u"7 mkdirat(3</src>, \"b\", 0777) = 0"_s << true;
+    QTest::newRow("a pipe made in it") << u"7 mknod(\"/src/b\", S_IFIFO|0600) = 0"_s << true;
+    QTest::newRow("renamed into it") << u"7 rename(\"/other\", \"/src/b\") = 0"_s << true;
     QTest::newRow("another folder written") << u"7 pwrite64(4</dst/a>, \"x\", 1, 0) = 1"_s << false;
 }
 

@@ -6,6 +6,7 @@
 #include "volume_snapshot.h"
 #include "windows_installed_applications.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <optional>
 
@@ -71,6 +72,12 @@ constexpr operation_row operations[] = {
     {"cleaning up", [](host_double &host) { host.plugin().pub_remove_temporary_asthetics(); }},
 };
 
+/// The numbers of the files that this process has open.
+QStringList open_descriptors()
+{
+    return QDir(u"/dev/fd"_s).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+}
+
 qint64 signalled_rows(const QString &event)
 {
     return event.section(u' ', 1).toLongLong();
@@ -111,7 +118,9 @@ void tst_faults_cancel::within_each_signal()
     const QStringList before = volume_snapshot(m_volume.root());
     host_double host(m_volume, row_progress::every_row);
     host.cancel_at_event(number);
+    const QStringList open_before = open_descriptors();
     host.run();
+    QCOMPARE(open_descriptors(), open_before);
 
     QCOMPARE(host.events().mid(0, number), m_whole_events.mid(0, number));
     QCOMPARE(result_database(host.database_path()).integrity_check(), u"ok"_s);

@@ -11,7 +11,9 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSqlQuery>
 #include <optional>
+#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 using namespace test_support;
@@ -28,7 +30,10 @@ private slots:
     void full_at_each_write();
     void full_in_the_middle_of_many_rows();
     void files_limited_to_each_length();
+    void database_locked_by_another_process_data();
     void database_locked_by_another_process();
+    void database_read_by_another_process();
+    void database_that_may_not_be_written_data();
     void database_that_may_not_be_written();
     void folder_that_may_not_be_written();
     void table_missing_data();
@@ -41,7 +46,9 @@ private slots:
     void database_that_is_no_database();
 
 private:
+    QString finished_folder();
     QString defect_of_tables(const QString &database_path, int whole_tabs) const;
+    void lose_rows_of_table_after(const QString &table, const QStringList &statements);
 
     std::optional<reference_run> m_reference;
 };
@@ -51,7 +58,22 @@ namespace {
 /// What Qt says of a statement that could not be prepared, whatever the reason.
 const QString unprepared = u"Parameter count mismatch"_s;
 
-/// What a log may hold beside the lines of an undisturbed run.
+/// What SQLite and Qt say of a database that fails.
+const QStringList &error_beginnings()
+{
+    static const QStringList beginnings{
+        u"database or disk is full"_s,
+        u"disk I/O error"_s,
+        u"unable to open database file"_s,
+        u"database is locked"_s,
+        u"attempt to write a readonly database"_s,
+        u"file is not a database"_s,
+        unprepared,
+    };
+    return beginnings;
+}
+
+/// What else a log may hold beside the lines of an undisturbed run.
 const QStringList &failure_beginnings()
 {
     static const QStringList beginnings{
@@ -65,29 +87,54 @@ const QStringList &failure_beginnings()
         u" error -  "_s,
         u"INSERT INTO "_s,
         u"insert into "_s,
-        // What SQLite and Qt say.
-        u"database or disk is full"_s,
-        u"disk I/O error"_s,
-        u"unable to open database file"_s,
-        u"database is locked"_s,
-        u"attempt to write a readonly database"_s,
-        unprepared,
     };
     return beginnings;
+}
+
+/// A run in a process of its own, and the messages of its log.
+struct logged_run
+{
+    extraction_outcome outcome;
+    QStringList lines;
+};
+
+logged_run run_with_log(extraction_process process, const QString &result_folder)
+{
+    const QTemporaryDir logs;
+    const QString log = make_log_file(logs.path());
+    const extraction_outcome outcome = process.log(log).run();
+    return {outcome, messages_in(log, database_in(result_folder))};
+}
+
+/// The log of a process that wrote it to its standard error, without what Qt wrote there.
+QByteArray log_among(const QByteArray &errors)
+{
+    QByteArray log;
+    for (const QByteArray &line : errors.split('\n'))
+        log += line.startsWith('[') ? line + '\n' : QByteArray();
+    return log;
+}
+
+bool begins_with_one_of(const QStringList &beginnings, const QString &message)
+{
+    return std::any_of(beginnings.cbegin(), beginnings.cend(),
+                       [&message](const QString &text) { return message.startsWith(text); });
+}
+
+QString opening_failure(const result_tab &tab)
+{
+    return tab.log_line("Destination Db opening failed "_L1);
 }
 
 bool begins_like_a_failure(const QString &message)
 {
     static const QStringList beginnings = [] {
-        QStringList all = failure_beginnings();
-        for (const result_tab *tab : windows_installed_applications_winos::result_tabs()) {
-            all << tab->log_line(tab->insert_failure);
-            all << tab->log_line("Destination Db opening failed "_L1);
-        }
+        QStringList all = failure_beginnings() + error_beginnings();
+        for (const result_tab *tab : windows_installed_applications_winos::result_tabs())
+            all << tab->log_line(tab->insert_failure) << opening_failure(*tab);
         return all;
     }();
-    return std::any_of(beginnings.cbegin(), beginnings.cend(),
-                       [&message](const QString &text) { return message.startsWith(text); });
+    return begins_with_one_of(beginnings, message);
 }
 
 /// The messages that neither an undisturbed run nor a failure of the database explains.
@@ -144,11 +191,84 @@ QStringList lines_of_run(const QStringList &lines, const result_tab &tab)
     return lines.mid(begin, end - begin);
 }
 
+/// How many rows each tab of a run counted, as its events tell.
+QList<qint64> rows_counted(const QStringList &events)
+{
+    QList<qint64> rows;
+    qint64 total = 0;
+    qint64 total_before = 0;
+    for (const QString &event : events) {
+        if (event.startsWith(u"records "_s)) {
+            total = event.section(u' ', 1).toLongLong();
+            continue;
+        }
+        rows.append(total - total_before);
+        total_before = total;
+    }
+    return rows;
+}
+
+/// Stands for whatever SQLite and Qt say of a failure.
+const QString any_error = u"ERROR"_s;
+
+/// The lines of the extraction that an undisturbed run does not have.
+QStringList lines_of_losses(const QStringList &lines, const QStringList &undisturbed)
+{
+    QStringList losses;
+    const qsizetype begin = lines.indexOf(u"[extract_plugins_artifacts]---STARTS---"_s);
+    for (const QString &line : lines.mid(begin)) {
+        if (!undisturbed.contains(line))
+            losses << (begins_with_one_of(error_beginnings(), line) ? any_error : line);
+    }
+    return losses;
+}
+
+/// The lines that a run must have for the rows that it did not count: three for each of them, or
+/// two for the whole table where the database could not be opened.
+QStringList lines_for_rows_not_counted(const QStringList &lines, const QStringList &events,
+                                       const QStringList &tabs, const reference_run &reference)
+{
+    QStringList expected;
+    const QList<qint64> counted = rows_counted(events);
+    for (qsizetype i = 0; i < tabs.size(); ++i) {
+        const result_tab &tab = tab_of(tabs.at(i));
+        if (counted.value(i) == 0 && lines.contains(opening_failure(tab)))
+            expected << opening_failure(tab) << any_error;
+        else
+            expected += insert_failures(tab, any_error,
+                                        reference.rows_of(tabs.at(i)).size() - counted.value(i));
+    }
+    return expected;
+}
+
+/// What is wrong with the log of a run over the given tabs, held against what the run counted;
+/// empty when nothing is.
+QString defect_of_log(const QStringList &lines, const QStringList &events, const QStringList &tabs,
+                      const reference_run &reference)
+{
+    QString strange = unexplained(lines, reference.log());
+    if (!strange.isEmpty())
+        return strange;
+    const QStringList losses = lines_of_losses(lines, reference.log());
+    const QStringList expected = lines_for_rows_not_counted(lines, events, tabs, reference);
+    return losses == expected ? QString()
+                              : losses.join(u'\n') + u"\ninstead of\n"_s + expected.join(u'\n');
+}
+
 } // namespace
 
 void tst_faults_disk::initTestCase()
 {
     m_reference.emplace();
+}
+
+/// A result folder in which an undisturbed run has filled all tables.
+QString tst_faults_disk::finished_folder()
+{
+    QString folder = m_reference->fresh_folder();
+    if (!m_reference->process(folder).run().completed)
+        throw std::runtime_error("the run was disturbed");
+    return folder;
 }
 
 /// What is wrong with the tables after a disk was full; empty when nothing is.
@@ -185,21 +305,17 @@ void tst_faults_disk::full_at_each_write()
     QSKIP("Calls of the C library are replaced on Linux only");
 #endif
     QFETCH(const int, fault);
-    const QTemporaryDir logs;
     const qint64 writes = m_reference->outcome().writes;
     QVERIFY(writes > 2 * all_tabs().size()); // each table's rows need a journal and a page
     for (qint64 write = 1; write <= writes; ++write) {
         const QString folder = m_reference->fresh_folder();
-        const QString log = make_log_file(logs.path());
-        const extraction_outcome outcome = m_reference->process(folder)
-                                               .log(log)
-                                               .fault(static_cast<disk_fault>(fault), write)
-                                               .run();
+        const auto [outcome, lines] = run_with_log(
+            m_reference->process(folder).fault(static_cast<disk_fault>(fault), write), folder);
         QVERIFY(outcome.had_fault);
         QVERIFY2(outcome.completed, outcome.errors.constData());
         const int whole_tabs = outcome.finished_tabs_before_fault;
         QCOMPARE(defect_of_tables(database_in(folder), whole_tabs), QString());
-        QCOMPARE(unexplained(messages_in(log, database_in(folder)), m_reference->log()), QString());
+        QCOMPARE(defect_of_log(lines, outcome.events, all_tabs(), *m_reference), QString());
     }
     qInfo("full at each of %lld writes", writes);
 }
@@ -210,36 +326,21 @@ void tst_faults_disk::full_in_the_middle_of_many_rows()
 #ifndef Q_OS_LINUX
     QSKIP("Calls of the C library are replaced on Linux only");
 #endif
-    constexpr int applications = 4000;
-    evidence_volume volume;
-    volume.system();
-    hive_key &uninstall = volume.software().key(uninstall_key);
-    for (int i = 0; i < applications; ++i)
-        uninstall.key(QString::number(i)).text(u"UninstallString"_s, QString(1000, u'x'));
-    volume.write();
-
-    const QStringList tab{u"install_apps_64"_s};
-    const QTemporaryDir results;
-    const auto process = [&](const QString &name) {
-        return extraction_process(volume, results.filePath(name)).tabs(tab);
-    };
-    const qint64 writes = process(u"whole"_s).fault(disk_fault::none, 0).run().writes;
-    const QList<QStringList> whole =
-        rows_in(database_in(results.filePath(u"whole"_s)), tab.first());
-    QCOMPARE(whole.size(), applications);
-
+    reference_run many(add_many_applications);
+    const QString table = u"install_apps_64"_s;
+    const QList<QStringList> whole = many.rows_of(table);
+    QCOMPARE(whole.size(), many_row_count);
     for (const auto fault : {disk_fault::full_once, disk_fault::full_for_good}) {
-        const QString log = make_log_file(results.path());
-        const QString folder = u"full %1"_s.arg(static_cast<int>(fault));
-        QVERIFY(process(folder).log(log).fault(fault, writes / 2).run().completed);
-        const QString database = database_in(results.filePath(folder));
+        const QString folder = many.fresh_folder();
+        const auto [outcome, lines] =
+            run_with_log(many.process(folder).fault(fault, many.outcome().writes / 2), folder);
+        QVERIFY(outcome.completed);
+        const QString database = database_in(folder);
         QCOMPARE(integrity_after_recovery(database), u"ok"_s);
-        QVERIFY(is_part_of(rows_in(database, tab.first()), whole));
-        const QStringList lines = messages_in(log, database);
-        QCOMPARE(unexplained(lines, m_reference->log()), QString());
+        QVERIFY(is_part_of(rows_in(database, table), whole));
+        QCOMPARE(defect_of_log(lines, outcome.events, all_tabs(), many), QString());
         QVERIFY(lines.join(u'\n').contains(
-            insert_failures(tab_of(tab.first()), u"database or disk is full Unable to fetch row"_s,
-                            1)
+            insert_failures(tab_of(table), u"database or disk is full Unable to fetch row"_s, 1)
                 .join(u'\n')));
     }
 }
@@ -253,12 +354,23 @@ void tst_faults_disk::files_limited_to_each_length()
     QVERIFY(size > 8 * page);
     for (qint64 limit = 0; limit <= size; limit += page) {
         const QString folder = m_reference->fresh_folder();
+        // A log in a file would be limited too.
         const extraction_outcome outcome =
-            m_reference->process(folder).file_size_limit(limit).run();
+            m_reference->process(folder).log(u"/dev/stderr"_s).file_size_limit(limit).run();
         QVERIFY2(outcome.completed, outcome.errors.constData());
         QCOMPARE(defect_of_tables(database_in(folder), 0), QString());
+#ifdef Q_OS_LINUX // elsewhere no file can be opened for what is a pipe
+        QCOMPARE(defect_of_log(messages_of(log_among(outcome.errors), database_in(folder)),
+                               outcome.events, all_tabs(), *m_reference),
+                 QString());
+#endif
         QVERIFY(limit < size || !rows_in(database_in(folder), all_tabs().last()).isEmpty());
     }
+}
+
+void tst_faults_disk::database_locked_by_another_process_data()
+{
+    add_tab_rows();
 }
 
 void tst_faults_disk::database_locked_by_another_process()
@@ -266,63 +378,107 @@ void tst_faults_disk::database_locked_by_another_process()
 #ifndef Q_OS_LINUX
     QSKIP("Waiting for a lock is made short on Linux only");
 #endif
-    const QTemporaryDir logs;
+    QFETCH(const QString, table);
+    const QString folder = finished_folder();
+    {
+        const sqlite_connection other(database_in(folder));
+        execute(other.database, u"begin exclusive"_s);
+        const logged_run run = run_with_log(m_reference->process(folder).tabs({table}), folder);
+        QCOMPARE(defect_of_log(run.lines, run.outcome.events, {table}, *m_reference), QString());
+        QCOMPARE(lines_of_run(run.lines, tab_of(table)),
+                 insert_failures(tab_of(table), unprepared, sample_row_count));
+    }
+    QCOMPARE(defect_of_tables(database_in(folder), static_cast<int>(all_tabs().size())), QString());
+}
+
+// Another process reads while rows are written: each row goes in, and the commit is what fails.
+void tst_faults_disk::database_read_by_another_process()
+{
+#ifndef Q_OS_LINUX
+    QSKIP("Waiting for a lock is made short on Linux only");
+#endif
     const QString folder = m_reference->fresh_folder();
+    host_double host(m_reference->volume());
+    host.settings.result_folder = folder;
+    host.set_up();
     const QString database = database_in(folder);
-    QVERIFY(m_reference->process(folder).run().completed);
     {
         const sqlite_connection other(database);
-        execute(other.database, u"begin exclusive"_s);
-        const QString log = make_log_file(logs.path());
-        const QString table = u"registered_apps"_s;
-        QVERIFY(m_reference->process(folder).tabs({table}).log(log).run().completed);
-        const QStringList lines = messages_in(log, database);
-        const qsizetype opening = lines.indexOf(u"[extract_registered_apps]---STARTS---"_s);
-        const QStringList failures = insert_failures(tab_of(table), unprepared, sample_row_count);
-        QCOMPARE(lines.mid(opening + 1, failures.size()), failures);
-        QCOMPARE(lines.at(opening + 1 + failures.size()), u"[extract_registered_apps]---ENDS---"_s);
-        QCOMPARE(unexplained(lines, m_reference->log()), QString());
+        QSqlQuery reading(other.database);
+        QVERIFY(reading.exec(u"begin"_s));
+        QVERIFY(reading.exec(u"select name from sqlite_master"_s) && reading.next());
+        const auto [outcome, lines] = run_with_log(m_reference->process(folder), folder);
+        QVERIFY2(outcome.completed, outcome.errors.constData());
+        // Nothing tells of a commit that failed: neither the log nor the rows counted.
+        QCOMPARE(lines, m_reference->log());
+        QCOMPARE(outcome.events, m_reference->outcome().events);
     }
+    QCOMPARE(integrity_after_recovery(database), u"ok"_s);
+    for (const QString &table : all_tabs())
+        QCOMPARE(rows_in(database, table), QList<QStringList>());
+    QVERIFY(m_reference->process(folder).run().completed); // the reader has gone
     QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
+}
+
+void tst_faults_disk::database_that_may_not_be_written_data()
+{
+    add_tab_rows();
 }
 
 void tst_faults_disk::database_that_may_not_be_written()
 {
-    const QTemporaryDir logs;
-    const QString folder = m_reference->fresh_folder();
-    const QString database = database_in(folder);
-    QVERIFY(m_reference->process(folder).run().completed);
-    QVERIFY(QFile::setPermissions(database, QFileDevice::ReadOwner));
+    QFETCH(const QString, table);
+    const QString folder = finished_folder();
+    QVERIFY(QFile::setPermissions(database_in(folder), QFileDevice::ReadOwner));
 
-    const QString log = make_log_file(logs.path());
-    const QString table = u"metro_apps"_s;
-    QVERIFY(
-        m_reference->process(folder).tabs({table}).log(log).without_privileges().run().completed);
-    const QStringList lines = messages_in(log, database);
+    const logged_run run =
+        run_with_log(m_reference->process(folder).tabs({table}).without_privileges(), folder);
     const QString error = u"attempt to write a readonly database Unable to fetch row"_s;
-    QCOMPARE(lines_of_run(lines, tab_of(table)),
+    QCOMPARE(defect_of_log(run.lines, run.outcome.events, {table}, *m_reference), QString());
+    QCOMPARE(lines_of_run(run.lines, tab_of(table)),
              insert_failures(tab_of(table), error, sample_row_count));
-    QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
+    QCOMPARE(defect_of_tables(database_in(folder), static_cast<int>(all_tabs().size())), QString());
 }
 
 // The database may be written, but no journal can stand beside it.
 void tst_faults_disk::folder_that_may_not_be_written()
 {
-    const QTemporaryDir logs;
-    const QString folder = m_reference->fresh_folder();
+    const QString folder = finished_folder();
     const QString database = database_in(folder);
-    QVERIFY(m_reference->process(folder).run().completed);
     const QString database_folder = QFileInfo(database).path();
     const QFileDevice::Permissions permissions = QFile::permissions(database_folder);
     QVERIFY(QFile::setPermissions(database_folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
 
-    const QString log = make_log_file(logs.path());
-    const bool completed =
-        m_reference->process(folder).log(log).without_privileges().run().completed;
+    const auto [outcome, lines] =
+        run_with_log(m_reference->process(folder).without_privileges(), folder);
     QVERIFY(QFile::setPermissions(database_folder, permissions));
-    QVERIFY(completed);
-    QCOMPARE(unexplained(messages_in(log, database), m_reference->log()), QString());
+    QVERIFY(outcome.completed);
+    QCOMPARE(defect_of_log(lines, outcome.events, all_tabs(), *m_reference), QString());
     QCOMPARE(defect_of_tables(database, static_cast<int>(all_tabs().size())), QString());
+}
+
+/// Makes one table unusable by the statements: its rows are lost and logged, all others are there.
+void tst_faults_disk::lose_rows_of_table_after(const QString &table, const QStringList &statements)
+{
+    const log_capture log;
+    host_double host(m_reference->volume());
+    host.settings.general = log.general_info();
+    host.set_up();
+    for (const QString &statement : statements)
+        execute(host.database_path(), statement);
+    log.clear();
+    host.extract();
+
+    const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
+    QCOMPARE(defect_of_log(lines, host.events(), all_tabs(), *m_reference), QString());
+    QCOMPARE(lines_of_run(lines, tab_of(table)),
+             insert_failures(tab_of(table), unprepared, sample_row_count));
+    QCOMPARE(result_database(host.database_path()).integrity_check(), u"ok"_s);
+    for (const QString &other : all_tabs()) {
+        if (other != table)
+            QCOMPARE(rows_in(host.database_path(), other), m_reference->rows_of(other));
+    }
+    QCOMPARE(defect_of_tables(host.database_path(), 0), QString()); // nor has the table other rows
 }
 
 void tst_faults_disk::table_missing_data()
@@ -333,22 +489,7 @@ void tst_faults_disk::table_missing_data()
 void tst_faults_disk::table_missing()
 {
     QFETCH(const QString, table);
-    const log_capture log;
-    host_double host(m_reference->volume());
-    host.settings.general = log.general_info();
-    host.set_up();
-    execute(host.database_path(), u"drop table "_s + table);
-    log.clear();
-    host.extract();
-
-    const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
-    QCOMPARE(unexplained(lines, m_reference->log()), QString());
-    QCOMPARE(lines_of_run(lines, tab_of(table)),
-             insert_failures(tab_of(table), unprepared, sample_row_count));
-    for (const QString &other : all_tabs()) {
-        if (other != table)
-            QCOMPARE(rows_in(host.database_path(), other), m_reference->rows_of(other));
-    }
+    lose_rows_of_table_after(table, {u"drop table "_s + table});
 }
 
 void tst_faults_disk::table_of_another_shape_data()
@@ -359,19 +500,8 @@ void tst_faults_disk::table_of_another_shape_data()
 void tst_faults_disk::table_of_another_shape()
 {
     QFETCH(const QString, table);
-    host_double host(m_reference->volume());
-    host.set_up();
-    execute(host.database_path(), u"drop table "_s + table);
-    execute(host.database_path(), u"create table %1(bookmark integer)"_s.arg(table));
-    host.extract();
-
-    QCOMPARE(host.events().filter(u"tabs "_s).size(), all_tabs().size());
-    QCOMPARE(result_database(host.database_path()).row_count(table), 0);
-    QCOMPARE(result_database(host.database_path()).integrity_check(), u"ok"_s);
-    for (const QString &other : all_tabs()) {
-        if (other != table)
-            QCOMPARE(rows_in(host.database_path(), other), m_reference->rows_of(other));
-    }
+    lose_rows_of_table_after(
+        table, {u"drop table "_s + table, u"create table %1(bookmark integer)"_s.arg(table)});
 }
 
 void tst_faults_disk::result_folder_removed_after_each_tab_data()
@@ -426,10 +556,20 @@ void tst_faults_disk::result_folder_that_cannot_be_made()
 void tst_faults_disk::database_that_is_no_database()
 {
     const QByteArray content(8192, 'x');
+    const log_capture log;
     host_double host(m_reference->volume());
+    host.settings.general = log.general_info();
     host.set_up();
     write_file(host.database_path(), content);
+    log.clear();
     host.run();
+    const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
+    QCOMPARE(defect_of_log(lines, host.events(), all_tabs(), *m_reference), QString());
+    for (const QString &table : all_tabs()) {
+        QCOMPARE(lines.count(u" table creation -----FAILED---- "_s + table), 1);
+        QCOMPARE(lines_of_run(lines, tab_of(table)),
+                 insert_failures(tab_of(table), unprepared, sample_row_count));
+    }
     QCOMPARE(host.events().last(), u"records 0"_s);
     QCOMPARE(read_file(host.database_path()), content);
 }

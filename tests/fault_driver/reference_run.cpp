@@ -1,5 +1,6 @@
 #include "reference_run.h"
 
+#include "application_keys.h"
 #include "files.h"
 #include "host_double.h"
 #include "result_database.h"
@@ -12,9 +13,17 @@ namespace test_support {
 
 using namespace Qt::StringLiterals;
 
-reference_run::reference_run()
+reference_run::reference_run() : reference_run(add_sample_evidence)
 {
-    add_sample_evidence(m_volume);
+    for (const QList<QStringList> &rows : std::as_const(m_rows)) {
+        if (rows.size() != sample_row_count)
+            throw std::runtime_error("the tables are not whole");
+    }
+}
+
+reference_run::reference_run(const std::function<void(evidence_volume &)> &add_evidence)
+{
+    add_evidence(m_volume);
     m_volume.write();
     const QString folder = fresh_folder();
     const QString log = make_log_file(m_folder.path());
@@ -25,11 +34,8 @@ reference_run::reference_run()
     const QString database = database_in(folder);
     m_log = messages_in(log, database);
     const QStringList tables = all_tabs();
-    for (const QString &table : tables) {
+    for (const QString &table : tables)
         m_rows[table] = rows_in(database, table);
-        if (m_rows[table].size() != sample_row_count)
-            throw std::runtime_error("the tables are not whole");
-    }
 }
 
 QString reference_run::fresh_folder()
@@ -40,6 +46,14 @@ QString reference_run::fresh_folder()
 extraction_process reference_run::process(const QString &result_folder) const
 {
     return extraction_process(m_volume, result_folder);
+}
+
+void add_many_applications(evidence_volume &volume)
+{
+    volume.system();
+    hive_key &uninstall = volume.software().key(uninstall_key);
+    for (int i = 0; i < many_row_count; ++i)
+        uninstall.key(QString::number(i)).text(u"UninstallString"_s, QString(1000, u'x'));
 }
 
 QString database_in(const QString &result_folder)
@@ -84,8 +98,13 @@ QString make_log_file(const QString &folder)
 
 QStringList messages_in(const QString &log_path, const QString &database_path)
 {
+    return messages_of(read_file(log_path), database_path);
+}
+
+QStringList messages_of(const QByteArray &log, const QString &database_path)
+{
     static const QString separator = u"]:-- "_s;
-    QStringList messages = QString::fromLocal8Bit(read_file(log_path)).split(u'\n');
+    QStringList messages = QString::fromLocal8Bit(log).split(u'\n');
     messages.removeLast();
     for (QString &message : messages)
         message = message.mid(message.indexOf(separator) + separator.size())

@@ -5,15 +5,20 @@
 
 #include <QHash>
 #include <QTemporaryDir>
+#include <functional>
 
 namespace test_support {
 
-/// A volume with rows for every table, and what an undisturbed run makes of it, to hold runs with a
-/// fault against. Throws std::runtime_error when that run is not whole.
+/// A volume, and what an undisturbed run makes of it, to hold runs with a fault against. Throws
+/// std::runtime_error when that run is not whole.
 class reference_run
 {
 public:
+    /// A volume with a few rows for every table.
     reference_run();
+
+    /// A volume with whatever evidence `add_evidence` adds.
+    explicit reference_run(const std::function<void(evidence_volume &)> &add_evidence);
 
     const evidence_volume &volume() const { return m_volume; }
 
@@ -41,6 +46,13 @@ private:
     extraction_outcome m_outcome;
 };
 
+/// How many rows add_many_applications() gives install_apps_64; the other tables get none.
+constexpr int many_row_count = 4000;
+
+/// Adds more rows than SQLite keeps in memory: it writes some into the file while others are still
+/// inserted.
+void add_many_applications(evidence_volume &volume);
+
 /// Where the plug-in puts the database below a result folder.
 QString database_in(const QString &result_folder);
 
@@ -59,6 +71,9 @@ QString make_log_file(const QString &folder);
 
 /// The messages of a debug log whose lines are one line each, the database called DATABASE.
 QStringList messages_in(const QString &log_path, const QString &database_path);
+
+/// The same for a log that was not written into a file.
+QStringList messages_of(const QByteArray &log, const QString &database_path);
 
 } // namespace test_support
 
