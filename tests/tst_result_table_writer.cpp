@@ -12,6 +12,9 @@ using namespace test_support;
 
 namespace {
 
+/// So many that the columns which never changed have become literals.
+constexpr int rows_with_literals = result_table_writer::rows_before_literals + 2;
+
 constexpr auto signature = "void workshop::fill_parts()"_L1;
 
 constexpr result_tab parts_tab = {
@@ -67,18 +70,19 @@ QMap<QString, QList<QStringList>> content(const QString &path)
     return tables;
 }
 
-constexpr qsizetype row_of_the_fault = 2;
-
 /// Lets a fault strike in the middle of a run; a lock ends with the next row.
 class striking_fault
 {
 public:
-    striking_fault(const QString &statement, bool locks) : m_statement(statement), m_locks(locks) {}
+    striking_fault(qsizetype row, const QString &statement, bool locks)
+        : m_row(row), m_statement(statement), m_locks(locks)
+    {
+    }
 
     void before_row(const QSqlDatabase &database, qsizetype row)
     {
         m_other.reset();
-        if (row != row_of_the_fault)
+        if (row != m_row)
             return;
         execute(database, m_statement);
         if (!m_locks)
@@ -88,6 +92,7 @@ public:
     }
 
 private:
+    qsizetype m_row;
     QString m_statement;
     bool m_locks;
     std::optional<sqlite_connection> m_other;
@@ -115,8 +120,14 @@ private slots:
     void refuses_a_row_of_another_length_data();
     void refuses_a_row_of_another_length();
     void loses_no_row_but_those_that_a_lock_keeps_out();
+    void writes_repeated_values_as_they_are_data();
+    void writes_repeated_values_as_they_are();
     void reports_a_row_as_a_statement_of_its_own_would_data();
     void reports_a_row_as_a_statement_of_its_own_would();
+
+private:
+    static void report_as_a_statement_of_its_own(int row_of_the_fault, const QString &statement,
+                                                 bool locks);
 };
 
 void tst_result_table_writer::writes_its_rows_as_texts()
@@ -295,6 +306,50 @@ void tst_result_table_writer::loses_no_row_but_those_that_a_lock_keeps_out()
     QCOMPARE(shop.rows(), (QList<QStringList>{{u"nut"_s, u"3"_s, null_text}}));
 }
 
+void tst_result_table_writer::writes_repeated_values_as_they_are_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::newRow("a text") << u"C:\\Program Files (x86)\\Tool"_s;
+    QTest::newRow("an empty text") << u""_s;
+    QTest::newRow("a number") << u"007"_s;
+    QTest::newRow("quotation marks") << u"it's 'quoted' \"twice\" `thrice` [once]'"_s;
+    QTest::newRow("what looks like a placeholder") << u":v1 ? :name ?2"_s;
+    QTest::newRow("what looks like a statement") << u"'); drop table parts; --"_s;
+    QTest::newRow("control characters") << u"line\r\nline\ttab\x1b"_s;
+    QTest::newRow("a zero character") << u"a\0b"_s;
+    QTest::newRow("a byte order mark in front") << u"\xfeff"_s + u"marked"_s;
+    QTest::newRow("a swapped byte order mark in front") << u"\xfffe"_s + u"marked"_s;
+    QTest::newRow("a byte order mark inside") << u"mar\xfeff"_s + u"ked"_s;
+    QTest::newRow("letters beyond the first plane") << u"ナット \U0001F529"_s;
+    QTest::newRow("half a character") << QString(QChar(0xd800));
+    QTest::newRow("half a character inside") << u"a"_s + QChar(0xdc00) + u"b"_s;
+    QTest::newRow("a very long text") << QString(5000, u'x');
+}
+
+void tst_result_table_writer::writes_repeated_values_as_they_are()
+{
+    QFETCH(const QString, value);
+    const workshop plain;
+    const workshop shop;
+    QList<QStringList> rows;
+    for (int row = 0; row < rows_with_literals; ++row)
+        rows.append({value, QString::number(row)});
+    rows.append({u"another"_s, u"0"_s}); // in which the repeated value is not right
+    rows.append({value, u"0"_s});
+    insert_row_by_row(plain.path, parts_tab.insert_statement, rows);
+    {
+        result_table_writer writer(parts_tab, shop.path);
+        QVERIFY(writer.open());
+        for (const QStringList &row : std::as_const(rows))
+            QVERIFY(writer.insert(row));
+    }
+    QCOMPARE(content(shop.path), content(plain.path));
+    const QString stored = u"typeof(name) || hex(name) || typeof(number)"_s;
+    QCOMPARE(result_database(shop.path).column(u"parts"_s, stored),
+             result_database(plain.path).column(u"parts"_s, stored));
+    QCOMPARE(shop.log.lines(), QStringList());
+}
+
 void tst_result_table_writer::reports_a_row_as_a_statement_of_its_own_would_data()
 {
     QTest::addColumn<QString>("statement");
@@ -304,7 +359,7 @@ void tst_result_table_writer::reports_a_row_as_a_statement_of_its_own_would_data
     QTest::newRow("a column is renamed")
         << u"alter table parts rename column number to amount"_s << false;
     QTest::newRow("one row is refused")
-        << u"create trigger refusal before insert on parts when new.name = 'r2' "
+        << u"create trigger refusal before insert on parts when new.name = 'the one' "
            "begin select raise(abort, 'no'); end"_s
         << false;
     QTest::newRow("the disk is full") << u"pragma max_page_count = 1"_s << false;
@@ -316,13 +371,21 @@ void tst_result_table_writer::reports_a_row_as_a_statement_of_its_own_would()
 {
     QFETCH(const QString, statement);
     QFETCH(const bool, locks);
+    for (const int row : {2, rows_with_literals})
+        report_as_a_statement_of_its_own(row, statement, locks);
+}
+
+void tst_result_table_writer::report_as_a_statement_of_its_own(int row_of_the_fault,
+                                                               const QString &statement, bool locks)
+{
     const workshop plain;
     const workshop shop;
     QList<QStringList> rows;
-    for (int row = 0; row < 5; ++row)
-        rows.append({u'r' + QString::number(row), QString(9000, u'x')});
+    for (int row = 0; row < row_of_the_fault + 3; ++row)
+        rows.append({u'r' + QString::number(row), QString(3000, u'x')}); // a page for each row
+    rows[row_of_the_fault][0] = u"the one"_s;
 
-    striking_fault plain_fault(statement, locks);
+    striking_fault plain_fault(row_of_the_fault, statement, locks);
     const QList<insert_outcome> outcomes =
         insert_row_by_row(plain.path, parts_tab.insert_statement, rows,
                           [&](const QSqlDatabase &database, qsizetype row) {
@@ -335,7 +398,7 @@ void tst_result_table_writer::reports_a_row_as_a_statement_of_its_own_would()
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
         execute(writers_connection(), u"pragma busy_timeout = 0"_s);
-        striking_fault own_fault(statement, locks);
+        striking_fault own_fault(row_of_the_fault, statement, locks);
         for (qsizetype row = 0; row < rows.size(); ++row) {
             own_fault.before_row(writers_connection(), row);
             const bool goes_in = outcomes[row].error.isEmpty();

@@ -3,8 +3,10 @@
 
 #include "result_tab.h"
 
+#include <QList>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QString>
 #include <QStringList>
 
 #include <optional>
@@ -29,11 +31,28 @@ public:
     /// text is written as an empty one). False, with three log lines, when that fails.
     bool insert(const QStringList &values);
 
+    /// After so many rows, the columns whose value never changed are written into the statement:
+    /// Qt binds all placeholders again for each row, and SQLite converts their texts each time.
+    static constexpr int rows_before_literals = 64;
+
 private:
-    void name_placeholders();
+    struct column
+    {
+        QString placeholder;      ///< its name in the statement
+        QString value;            ///< of the row before
+        bool is_bound = false;    ///< whether the statement holds that value
+        bool is_literal = false;  ///< whether the value stands in the statement itself
+        bool has_changed = false; ///< whether it did since the statement was prepared
+    };
+
+    void expect_columns(qsizetype count);
+    bool are_literals_right(const QStringList &values) const;
+    void write_literals();
+    QString named_statement() const;
+    bool prepare_without_literals();
     bool prepare(const QString &statement);
     bool execute(const QStringList &values);
-    void bind(qsizetype column, const QString &value);
+    void bind(qsizetype position);
     void log(const QString &message) const;
     void log_insert_failure(const QString &error) const;
 
@@ -41,11 +60,10 @@ private:
     QString m_database_path;
     QSqlDatabase m_database;
     std::optional<QSqlQuery> m_query; ///< prepared once for all rows until one fails
-    QString m_named_statement;        ///< the tab's, with a name for each placeholder
-    QStringList m_placeholders;       ///< their names; none once the tab's own statement is used
-    QStringList m_bound_values;       ///< of the row before; none right after preparing
+    QList<column> m_columns;          ///< one for each value of a row
+    bool m_is_named = true;           ///< whether placeholders have names, until a row fails
     bool m_is_prepared = false;
-    bool m_has_executed = false; ///< whether a row was inserted since the statement was prepared
+    int m_executions = 0; ///< rows inserted since the statement was prepared
 };
 
 #endif
