@@ -72,7 +72,7 @@ const auto bob_has_no_hive = u"artifact_host: warning: Users/bob/NTUSER.DAT: not
 /// What a volume of the paths has to say about itself; the placeholders are replaced.
 QString filled(QString text, const QString &source, const QString &folder)
 {
-    return text.replace("SRC"_L1, source).replace("TMP"_L1, folder);
+    return text.replace("%SRC"_L1, source).replace("%TMP"_L1, folder);
 }
 
 } // namespace
@@ -438,19 +438,19 @@ void tst_artifact_host::refuses_wrong_use_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("reason");
-    const QStringList right{u"extract"_s, u"SRC"_s, u"--result"_s, u"TMP/results"_s};
+    const QStringList right{u"extract"_s, u"%SRC"_s, u"--result"_s, u"%TMP/results"_s};
     const auto no_account =
         u"\"%1\" is no account name: give the name of a folder in SOURCE/Users"_s;
     QTest::newRow("no command") << QStringList() << u"no command given; see artifact_host --help"_s;
     QTest::newRow("unknown command")
         << QStringList{u"frob"_s} << u"unknown command \"frob\"; see artifact_host --help"_s;
-    QTest::newRow("no source") << QStringList{u"extract"_s, u"--result"_s, u"TMP/results"_s}
+    QTest::newRow("no source") << QStringList{u"extract"_s, u"--result"_s, u"%TMP/results"_s}
                                << u"extract takes one SOURCE, but 0 were given"_s;
-    QTest::newRow("two sources") << right + QStringList{u"SRC"_s}
+    QTest::newRow("two sources") << right + QStringList{u"%SRC"_s}
                                  << u"extract takes one SOURCE, but 2 were given"_s;
     QTest::newRow("no result folder")
-        << QStringList{u"extract"_s, u"SRC"_s} << u"extract needs a result folder: --result DIR"_s;
-    QTest::newRow("empty result folder") << QStringList{u"extract"_s, u"SRC"_s, u"--result"_s, {}}
+        << QStringList{u"extract"_s, u"%SRC"_s} << u"extract needs a result folder: --result DIR"_s;
+    QTest::newRow("empty result folder") << QStringList{u"extract"_s, u"%SRC"_s, u"--result"_s, {}}
                                          << u"--result was given an empty path"_s;
     QTest::newRow("empty debug log")
         << right + QStringList{u"--debug-log"_s, {}} << u"--debug-log was given an empty path"_s;
@@ -493,14 +493,14 @@ void tst_artifact_host::refuses_a_source_that_cannot_be_read_data()
 {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("reason");
-    QTest::newRow("no such folder") << u"SRCnone"_s << u"source SRCnone does not exist"_s;
+    QTest::newRow("no such folder") << u"%SRCnone"_s << u"source %SRCnone does not exist"_s;
     QTest::newRow("empty path") << QString() << u"source  does not exist"_s;
     QTest::newRow("disk image instead of its content")
-        << u"SRC%1"_s.arg(software_file)
-        << u"source SRC%1 is no folder: mount or extract the volume first"_s.arg(software_file);
+        << u"%SRC%1"_s.arg(software_file)
+        << u"source %SRC%1 is no folder: mount or extract the volume first"_s.arg(software_file);
     QTest::newRow("folder that is no Windows volume")
-        << u"SRCUsers"_s
-        << u"source SRCUsers/ holds nothing to read: no %1 and no account in Users"_s.arg(
+        << u"%SRCUsers"_s
+        << u"source %SRCUsers/ holds nothing to read: no %1 and no account in Users"_s.arg(
                software_file);
 }
 
@@ -535,50 +535,50 @@ void tst_artifact_host::refuses_results_that_cannot_be_written_data()
     const auto in_source = u"result folder %1 lies in the source, which is never written to"_s;
     const auto result = [](const QString &path) { return QStringList{u"--result"_s, path}; };
     const auto log = [](const QString &path) {
-        return QStringList{u"--result"_s, u"TMP/ended"_s, u"--debug-log"_s, path};
+        return QStringList{u"--result"_s, u"%TMP/ended"_s, u"--debug-log"_s, path};
     };
-    QTest::newRow("the source itself") << result(u"SRC"_s) << in_source.arg("SRC"_L1);
+    QTest::newRow("the source itself") << result(u"%SRC"_s) << in_source.arg("%SRC"_L1);
     QTest::newRow("a folder of the source")
-        << result(u"SRC/Users"_s) << in_source.arg("SRC/Users"_L1);
+        << result(u"%SRC/Users"_s) << in_source.arg("%SRC/Users"_L1);
     QTest::newRow("a new folder in the source")
-        << result(u"SRC/new/deep"_s) << in_source.arg("SRC/new/deep"_L1);
+        << result(u"%SRC/new/deep"_s) << in_source.arg("%SRC/new/deep"_L1);
     QTest::newRow("a way back into the source")
-        << result(u"SRC/../new/..%BASE/x"_s) << in_source.arg("SRC/x"_L1);
+        << result(u"%SRC/../new/..%BASE/x"_s) << in_source.arg("%SRC/x"_L1);
     QTest::newRow("a link into the source")
-        << result(u"TMP/link/x"_s) << in_source.arg("SRC/Users/x"_L1);
+        << result(u"%TMP/link/x"_s) << in_source.arg("%SRC/Users/x"_L1);
     QTest::newRow("a link into the source below the result folder")
-        << result(u"TMP/linked"_s) << in_source.arg("TMP/linked"_L1);
+        << result(u"%TMP/linked"_s) << in_source.arg("%TMP/linked"_L1);
     QTest::newRow("a temporary folder that is a link into the source")
-        << result(u"TMP/temporary"_s) << in_source.arg("TMP/temporary"_L1);
-    QTest::newRow("a file") << result(u"TMP/file"_s)
-                            << u"result folder TMP/file cannot be made: TMP/file is no folder"_s;
+        << result(u"%TMP/temporary"_s) << in_source.arg("%TMP/temporary"_L1);
+    QTest::newRow("a file") << result(u"%TMP/file"_s)
+                            << u"result folder %TMP/file cannot be made: %TMP/file is no folder"_s;
     QTest::newRow("a folder below a file")
-        << result(u"TMP/file/x"_s)
-        << u"result folder TMP/file/x cannot be made: TMP/file is no folder"_s;
+        << result(u"%TMP/file/x"_s)
+        << u"result folder %TMP/file/x cannot be made: %TMP/file is no folder"_s;
     QTest::newRow("a database that is a folder")
-        << result(u"TMP/taken"_s)
-        << u"result folder TMP/taken cannot be written to: TMP/taken/DB is not writable"_s;
+        << result(u"%TMP/taken"_s)
+        << u"result folder %TMP/taken cannot be written to: %TMP/taken/%DB is not writable"_s;
     QTest::newRow("a database that is a link to nowhere")
-        << result(u"TMP/dangling"_s)
-        << u"result folder TMP/dangling cannot be written to: TMP/dangling/DB is not writable"_s;
+        << result(u"%TMP/dangling"_s)
+        << u"result folder %TMP/dangling cannot be written to: %TMP/dangling/%DB is not writable"_s;
     QTest::newRow("a debug log in the source")
-        << log(u"SRC/debug.log"_s)
-        << u"debug log SRC/debug.log lies in the source, which is never written to"_s;
+        << log(u"%SRC/debug.log"_s)
+        << u"debug log %SRC/debug.log lies in the source, which is never written to"_s;
     QTest::newRow("a debug log that is a hive")
-        << log(u"SRC/%1"_s.arg(software_file))
-        << u"debug log SRC/%1 lies in the source, which is never written to"_s.arg(software_file);
+        << log(u"%SRC/%1"_s.arg(software_file))
+        << u"debug log %SRC/%1 lies in the source, which is never written to"_s.arg(software_file);
     QTest::newRow("a debug log in a folder that does not exist")
-        << log(u"TMP/none/debug.log"_s)
-        << u"debug log TMP/none/debug.log cannot be made: its folder does not exist"_s;
+        << log(u"%TMP/none/debug.log"_s)
+        << u"debug log %TMP/none/debug.log cannot be made: its folder does not exist"_s;
     QTest::newRow("a debug log that is the database")
-        << log(u"TMP/ended/DB"_s) << u"debug log TMP/ended/DB is the result database"_s;
+        << log(u"%TMP/ended/%DB"_s) << u"debug log %TMP/ended/%DB is the result database"_s;
     QTest::newRow("a debug log that is a link to the database")
-        << log(u"TMP/ended/log"_s) << u"debug log TMP/ended/log is the result database"_s;
+        << log(u"%TMP/ended/log"_s) << u"debug log %TMP/ended/log is the result database"_s;
     QTest::newRow("a debug log in the temporary folder")
-        << log(u"TMP/ended/Artifacts_Result/Windows_Installed_Applications/tmp/log"_s)
-        << u"debug log TMP/ended/Artifacts_Result/Windows_Installed_Applications/tmp/log lies in a folder that is removed at the end"_s;
+        << log(u"%TMP/ended/Artifacts_Result/Windows_Installed_Applications/tmp/log"_s)
+        << u"debug log %TMP/ended/Artifacts_Result/Windows_Installed_Applications/tmp/log lies in a folder that is removed at the end"_s;
     QTest::newRow("a debug log that is a folder")
-        << log(u"TMP/taken"_s) << u"debug log TMP/taken cannot be written"_s;
+        << log(u"%TMP/taken"_s) << u"debug log %TMP/taken cannot be written"_s;
 }
 
 void tst_artifact_host::refuses_results_that_cannot_be_written()
@@ -603,9 +603,9 @@ void tst_artifact_host::refuses_results_that_cannot_be_written()
     for (QString &option : options)
         option = filled(option, root, folder)
                      .replace("%BASE"_L1, u'/' + QFileInfo(root).fileName())
-                     .replace("DB"_L1, database);
+                     .replace("%DB"_L1, database);
     const host_result result = host_process().run(QStringList{u"extract"_s, root} + options);
-    reason.replace("DB"_L1, database);
+    reason.replace("%DB"_L1, database);
     QCOMPARE(result.errors, QStringList{"artifact_host: "_L1 + filled(reason, root, folder)});
     QCOMPARE(result.exit_code, 4);
     QCOMPARE(volume_snapshot(folder), before);
@@ -617,14 +617,14 @@ void tst_artifact_host::refuses_results_without_permission_data()
     QTest::addColumn<QString>("closed");
     QTest::addColumn<QString>("reason");
     const auto not_writable =
-        u"result folder TMP/results cannot be written to: %1 is not writable"_s;
-    QTest::newRow("result folder") << u"results"_s << not_writable.arg("TMP/results"_L1);
-    QTest::newRow("folder above the result folder") << u"."_s << not_writable.arg("TMP"_L1);
+        u"result folder %TMP/results cannot be written to: %1 is not writable"_s;
+    QTest::newRow("result folder") << u"results"_s << not_writable.arg("%TMP/results"_L1);
+    QTest::newRow("folder above the result folder") << u"."_s << not_writable.arg("%TMP"_L1);
     QTest::newRow("database of an earlier run")
         << u"results/Artifacts_Result/Windows_Installed_Applications/Windows_Installed_Applications.sqlite"_s
         << not_writable.arg(
-               "TMP/results/Artifacts_Result/Windows_Installed_Applications/Windows_Installed_Applications.sqlite"_L1);
-    QTest::newRow("debug log") << u"debug.log"_s << u"debug log TMP/debug.log cannot be written"_s;
+               "%TMP/results/Artifacts_Result/Windows_Installed_Applications/Windows_Installed_Applications.sqlite"_L1);
+    QTest::newRow("debug log") << u"debug.log"_s << u"debug log %TMP/debug.log cannot be written"_s;
 }
 
 void tst_artifact_host::refuses_results_without_permission()
@@ -668,11 +668,11 @@ void tst_artifact_host::refuses_a_library_that_is_no_plug_in_data()
     QTest::addColumn<QString>("behaviour");
     QTest::addColumn<QString>("reason");
     const auto recording = QStringLiteral(RECORDING_PLUGIN);
-    QTest::newRow("no such file") << u"TMP/none.so"_s << QString()
-                                  << u"plug-in TMP/none.so does not exist"_s;
-    QTest::newRow("folder") << u"TMP"_s << QString() << u"plug-in TMP does not exist"_s;
-    QTest::newRow("text file") << u"TMP/text"_s << QString()
-                               << u"plug-in TMP/text cannot be loaded: "_s;
+    QTest::newRow("no such file") << u"%TMP/none.so"_s << QString()
+                                  << u"plug-in %TMP/none.so does not exist"_s;
+    QTest::newRow("folder") << u"%TMP"_s << QString() << u"plug-in %TMP does not exist"_s;
+    QTest::newRow("text file") << u"%TMP/text"_s << QString()
+                               << u"plug-in %TMP/text cannot be loaded: "_s;
     QTest::newRow("library without a factory")
         << QStringLiteral(NO_PLUGIN) << QString()
         << u"%1 is no plug-in: it exports no create_object"_s.arg(QStringLiteral(NO_PLUGIN));
