@@ -14,6 +14,7 @@ class tst_registry_values : public QObject
 
 private slots:
     void hands_over_values_in_hive_order();
+    void tells_names_from_those_of_the_key_before();
     void reads_value_names_data();
     void reads_value_names();
     void stops_at_a_value_without_a_readable_name_data();
@@ -45,6 +46,22 @@ void tst_registry_values::hands_over_values_in_hive_order()
     QCOMPARE(noted.walk(u"a"_s, true), 0);
     QCOMPARE(noted.walker.values, (QStringList{u"a:z"_s, u"a:"_s, u"a:a"_s, u"a:Z"_s, u"a:z"_s}));
     QCOMPARE(noted.walker.texts, (QStringList{u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s}));
+}
+
+void tst_registry_values::tells_names_from_those_of_the_key_before()
+{
+    noted_hive noted;
+    QStringList names;
+    for (const QString &key : {u"one"_s, u"three"_s, u"two"_s}) {
+        hive_key &named = noted.hive.key(u"a\\"_s + key);
+        for (int value = 0; value < 20; ++value) {
+            names << u"value %1 of %2"_s.arg(value).arg(value % 2 == 0 ? u"all"_s : key);
+            named.text(names.last(), u"text"_s);
+        }
+    }
+    QCOMPARE(noted.walk(u"a"_s, false), 0);
+    for (qsizetype i = 0; i < names.size(); ++i)
+        QCOMPARE(noted.walker.values.value(i).section(u':', 1), names.at(i));
 }
 
 void tst_registry_values::reads_value_names_data()
@@ -223,6 +240,9 @@ void tst_registry_values::converts_data_to_text_data()
     row("a text without terminator", reg_sz, utf16le(u"ABC"_s), u"ABC"_s);
     row("a text of odd length", reg_sz, utf16le(u"ABC"_s) + 'D', u"ABCD"_s);
     row("what follows the terminator", reg_sz, registry_text(u"AB"_s) + "j\0k\0"_ba, u"ABjk"_s);
+    row("a zero in front", reg_sz, "\0\0A\0"_ba, u"A"_s);
+    row("a text in the other byte order", reg_sz, "\0A\0B"_ba, u"AB"_s);
+    row("the last ASCII character", reg_sz, "\x7f\0"_ba, u"\x7f"_s);
     row("one byte", reg_sz, "A"_ba, u"A"_s);
     row("no bytes", reg_sz, {}, u""_s);
     row("UTF-8 in bytes", reg_binary, "h\xc3\xa9!"_ba, u"hé!"_s);

@@ -38,10 +38,39 @@ struct hive_closer
 
 using unique_hive = std::unique_ptr<hive_h, hive_closer>;
 
-/// Null for a name that could not be read.
-QString text_of(const hivex_text &name)
+/// Every zero byte dropped, the rest decoded as local 8-bit text. Alters the bytes.
+QString without_zero_bytes(char *begin, qsizetype length)
 {
-    return name ? QString::fromUtf8(name.get()) : QString();
+    char *end = begin;
+    int all_bits = 0;
+    for (const char *byte = begin; byte != begin + length; ++byte) {
+        all_bits |= *byte;
+        *end = *byte;
+        end += *byte == '\0' ? 0 : 1;
+    }
+    // Much faster, and the same in every local encoding.
+    const bool is_ascii = (all_bits & 0x80) == 0;
+    return is_ascii ? QString::fromLatin1(begin, end - begin)
+                    : QString::fromLocal8Bit(begin, end - begin);
+}
+
+/// The same of ASCII text in UTF-16 with zeros only behind its end, as nearly all texts of a
+/// registry are; null for any other data.
+QString plain_text(const char *begin, qsizetype length)
+{
+    if (length % 2 != 0)
+        return {};
+    while (length > 0 && begin[length - 1] == '\0' && begin[length - 2] == '\0')
+        length -= 2;
+    QString text(length / 2, Qt::Uninitialized);
+    qFromLittleEndian<quint16>(begin, text.size(), text.data());
+    ushort all_bits = 0;
+    bool has_zero = false;
+    for (const QChar character : std::as_const(text)) {
+        all_bits |= character.unicode();
+        has_zero |= character.isNull();
+    }
+    return all_bits < 0x80 && !has_zero ? text : QString();
 }
 
 /// Where the data of a value lie, and how long the value says they are.
@@ -110,6 +139,7 @@ void registry::end_walk()
     m_file.close();
     m_cost_of_last_walk = m_budget.spent();
     m_budget = {};
+    m_value_names = {};
     m_large_values.clear();
 }
 
@@ -163,11 +193,12 @@ QList<size_t> registry::list_of(hive_h *hive, unsigned long node, list_operation
 void registry::values_of_the_node(hive_h *hive, unsigned long node)
 {
     const QList<size_t> values = list_of(hive, node, hivex_node_values);
-    for (const size_t value : values) {
+    for (qsizetype position = 0; position < values.size(); ++position) {
+        const size_t value = values.at(position);
         const hivex_text name = stored_value_name(hive, value);
         if (!name)
             return;
-        find_node_value_length(hive, value, text_of(name));
+        find_node_value_length(hive, value, m_value_names.text_of(name.get(), position));
     }
 }
 
@@ -332,18 +363,8 @@ QByteArray registry::value_bytes(hive_h *hive, unsigned long value)
 QString registry::value_text(hive_h *hive, unsigned long value)
 {
     const value_data data = read_data(hive, value);
-    char *const begin = data.bytes.get();
-    char *end = begin;
-    int all_bits = 0;
-    for (const char *byte = begin; byte != begin + data.length; ++byte) {
-        all_bits |= *byte;
-        *end = *byte;
-        end += *byte == '\0' ? 0 : 1;
-    }
-    // Much faster, and the same in every local encoding.
-    const bool is_ascii = (all_bits & 0x80) == 0;
-    return is_ascii ? QString::fromLatin1(begin, end - begin)
-                    : QString::fromLocal8Bit(begin, end - begin);
+    QString text = plain_text(data.bytes.get(), data.length);
+    return text.isNull() ? without_zero_bytes(data.bytes.get(), data.length) : text;
 }
 
 /// Only the length that comes back with the bytes is trusted: the declared one may be larger.
@@ -386,7 +407,8 @@ int registry::value_type(hive_h *hive, unsigned long value)
 
 QString registry::key_name(hive_h *hive, unsigned long node)
 {
-    return text_of(stored_key_name(hive, node));
+    const hivex_text name = stored_key_name(hive, node);
+    return name ? QString::fromUtf8(name.get()) : QString();
 }
 
 /// Null when the key has no readable name, which differs from an empty name.

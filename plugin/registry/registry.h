@@ -3,6 +3,7 @@
 
 #include "hive_file.h"
 #include "hivex_memory.h"
+#include "recent_names.h"
 #include "walk_budget.h"
 
 #include <QByteArray>
@@ -217,7 +218,7 @@ private:
     void end_walk();
     QList<size_t> list_of(hive_h *hive, unsigned long node, list_operation list);
     unsigned long child_named(hive_h *hive, unsigned long node, const QByteArray &wanted);
-    QString key_name(hive_h *hive, unsigned long node);
+    QString key_name(hive_h *hive, unsigned long node); ///< null when it cannot be read
     hivex_text stored_key_name(hive_h *hive, unsigned long node);
     hivex_text stored_value_name(hive_h *hive, unsigned long value);
     hivex_text affordable(hivex_text name, qint64 record_length);
@@ -228,6 +229,7 @@ private:
 
     hive_file m_file; ///< of the hive being walked; closed outside of a walk
     walk_budget m_budget;
+    recent_names m_value_names;
     qint64 m_cost_of_last_walk = 0;
     QSet<int> *m_visited_nodes = nullptr; ///< of the recursion that runs; null outside of one
     QHash<QPair<size_t, size_t>, QByteArray> m_large_values; ///< by data cell and length
