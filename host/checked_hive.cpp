@@ -8,10 +8,8 @@
 
 namespace {
 
-/// Fixed part of a key's record (nk), up to the name at offset 0x50.
-constexpr qint64 key_record_length = 0x50;
-/// Fixed part of a value's record (vk), up to the name at offset 0x18.
-constexpr qint64 value_record_length = 0x18;
+constexpr checked_hive::named_record key_record = {0x50, 0x4c};   ///< nk
+constexpr checked_hive::named_record value_record = {0x18, 0x06}; ///< vk
 constexpr qint64 list_entry_length = 4;
 
 /// Offsets that are stored in a hive count from here.
@@ -25,7 +23,7 @@ constexpr qint64 entries_offset = 0x08;
 
 /// How many times its own length an intact hive never comes to, whatever is listed.
 constexpr qint64 hive_lengths_in_a_walk = 4;
-/// How many refusals use a walk up: libhivex does not tell what it read before it refused.
+/// How many refused lists use a walk up.
 constexpr qint64 refusals_in_a_walk = 4096;
 
 } // namespace
@@ -61,17 +59,24 @@ std::optional<QList<hive_value_h>> checked_hive::values(hive_node_h key)
 
 checked_hive::text checked_hive::key_name(hive_node_h key)
 {
-    return name_of(key, key_record_length, hivex_node_name);
+    return name_of(key, key_record, hivex_node_name);
 }
 
 checked_hive::text checked_hive::value_name(hive_value_h value)
 {
-    return name_of(value, value_record_length, hivex_value_key);
+    return name_of(value, value_record, hivex_value_key);
 }
 
 bool checked_hive::holds(size_t record, qint64 length) const
 {
     return static_cast<qint64>(record) + length <= m_length;
+}
+
+/// A 16-bit number; 0 where the file ends before.
+qint64 checked_hive::number_at(qint64 offset)
+{
+    const QByteArray bytes = bytes_at(offset, 2);
+    return bytes.size() < 2 ? 0 : qFromLittleEndian<quint16>(bytes.constData());
 }
 
 /// Fewer bytes, or none, where the file ends before.
@@ -99,8 +104,7 @@ bool checked_hive::has_forged_index(hive_node_h key, qsizetype subkey_count)
     const QList<qint64> list = cells_at(static_cast<qint64>(key) + subkey_list_offset, 1);
     if (list.isEmpty() || !is_index(list.first()))
         return false;
-    const QByteArray count = bytes_at(list.first() + entry_count_offset, 2);
-    const qint64 list_count = count.size() < 2 ? 0 : qFromLittleEndian<quint16>(count.constData());
+    const qint64 list_count = number_at(list.first() + entry_count_offset);
     const QList<qint64> lists = cells_at(list.first() + entries_offset, list_count);
     return list_count > subkey_count || std::any_of(lists.cbegin(), lists.cend(),
                                                     [this](qint64 cell) { return is_index(cell); });
@@ -108,11 +112,11 @@ bool checked_hive::has_forged_index(hive_node_h key, qsizetype subkey_count)
 
 std::optional<QList<size_t>> checked_hive::list_of(hive_node_h key, list_operation list)
 {
-    if (is_exhausted() || !holds(key, key_record_length))
+    if (is_exhausted() || !holds(key, key_record.length))
         return std::nullopt;
     const std::unique_ptr<size_t, memory_freer> entries(list(m_handle.get(), key));
     if (entries == nullptr) {
-        spend_refusal();
+        m_left -= refusal_cost();
         return std::nullopt;
     }
     const size_t *const begin = entries.get();
@@ -123,19 +127,23 @@ std::optional<QList<size_t>> checked_hive::list_of(hive_node_h key, list_operati
     return QList<size_t>(begin, end);
 }
 
-checked_hive::text checked_hive::name_of(size_t record, qint64 record_length, name_operation name)
+checked_hive::text checked_hive::name_of(size_t record, const named_record &layout,
+                                         name_operation name)
 {
-    if (is_exhausted() || !holds(record, record_length))
+    if (is_exhausted() || !holds(record, layout.length))
         return nullptr;
     text found(name(m_handle.get(), record));
-    if (found == nullptr)
-        spend_refusal();
-    else
-        m_left -= record_length + static_cast<qint64>(std::strlen(found.get()));
+    if (found != nullptr)
+        m_left -= layout.length + static_cast<qint64>(std::strlen(found.get()));
+    else // by a record that may claim more than the file has
+        m_left -= std::min(layout.length +
+                               number_at(static_cast<qint64>(record) + layout.name_length_offset),
+                           refusal_cost());
     return found;
 }
 
-void checked_hive::spend_refusal()
+/// libhivex does not tell what it read before it refused.
+qint64 checked_hive::refusal_cost() const
 {
-    m_left -= hive_lengths_in_a_walk * m_length / refusals_in_a_walk;
+    return hive_lengths_in_a_walk * m_length / refusals_in_a_walk;
 }

@@ -22,6 +22,13 @@ public:
     };
     using text = std::unique_ptr<char, memory_freer>;
 
+    /// The fixed part of a record that ends with a name.
+    struct named_record
+    {
+        qint64 length;             ///< up to the name, the cell's size included
+        qint64 name_length_offset; ///< of the name's length in bytes, a 16-bit number
+    };
+
     /// Opens the regular file for reading and reads all of it.
     explicit checked_hive(const QString &hive_file);
 
@@ -54,13 +61,14 @@ private:
     using list_operation = size_t *(*)(hive_h *, size_t);
     using name_operation = char *(*)(hive_h *, size_t);
 
+    qint64 refusal_cost() const;
     bool holds(size_t record, qint64 length) const;
+    qint64 number_at(qint64 offset);
     QByteArray bytes_at(qint64 offset, qint64 length);
     bool is_index(qint64 list);
     bool has_forged_index(hive_node_h key, qsizetype subkey_count);
     std::optional<QList<size_t>> list_of(hive_node_h key, list_operation list);
-    text name_of(size_t record, qint64 record_length, name_operation name);
-    void spend_refusal();
+    text name_of(size_t record, const named_record &layout, name_operation name);
 
     QFile m_file;
     std::unique_ptr<hive_h, hive_closer> m_handle;

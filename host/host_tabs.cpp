@@ -16,6 +16,13 @@ listed_key values_of_subkeys_of(const QString &key_path)
     return {key_path, 1, 1};
 }
 
+/// Each value is an icon whose name is looked up in a walk of its own, which the plug-in limits.
+listed_key icons_of_subkeys_of(const QString &key_path)
+{
+    constexpr qint64 certain_icons = 1000;
+    return {key_path, 1, 1, certain_icons};
+}
+
 /// Class ids, whose own values count for nothing, and everything below their subkeys.
 listed_key user_assist()
 {
@@ -40,7 +47,7 @@ const QList<host_tab> &host_tabs()
          values_of(
              u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s)},
         {u"hidden_desktop_icons_app"_s, tab_input::user_hive,
-         values_of_subkeys_of(
+         icons_of_subkeys_of(
              u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_s)},
     };
     return tabs;

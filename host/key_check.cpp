@@ -68,6 +68,7 @@ private:
     std::vector<reached_key> m_keys;
     QSet<hive_node_h> m_seen;
     bool m_is_any_key_repeated = false;
+    qint64 m_value_count = 0;
 };
 
 QStringList key_survey::findings()
@@ -88,6 +89,9 @@ QStringList key_survey::findings()
     if (m_is_any_key_repeated)
         findings.append(
             u"%1 lists a key more than once, so part of it may not be read"_s.arg(m_key.key_path));
+    if (m_value_count > m_key.most_values)
+        findings.append(u"%1 lists %2 values, so the last of them may not be read"_s.arg(
+            m_key.key_path, QString::number(m_value_count)));
     m_partly_read.append_to(findings, " holds names that cannot be read, so part is not read"_L1);
     return findings;
 }
@@ -146,6 +150,7 @@ void key_survey::survey_values(size_t position)
     const auto values = m_hive.values(m_keys[position].node);
     if (!values)
         return m_refused.add(path_of(position));
+    m_value_count += values->size();
     for (const hive_value_h value : *values) {
         if (m_hive.value_name(value) == nullptr)
             return m_partly_read.add(path_of(position));

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
+
 /// What is listed of one key: its subkeys down to some level, and the values of some levels. Level
 /// 0 is the key itself.
 struct listed_key
@@ -12,6 +14,9 @@ struct listed_key
     QString key_path;      ///< below the root, "\" between keys
     int first_value_level; ///< from here on values are listed as well
     int last_level;        ///< nothing is listed below this
+
+    /// As many values as are read for certain, whatever they are.
+    qint64 most_values = std::numeric_limits<qint64>::max();
 
     static constexpr int all_levels = 1 << 20; ///< as last_level: no level is the last
 };

@@ -24,6 +24,7 @@ private slots:
     void is_limited_by_the_reach_of_an_offset();
     void knows_what_lies_inside_the_file();
     void lets_everything_pass_while_closed();
+    void tells_the_stored_length_of_a_name();
     void tells_the_length_of_a_block_list_data();
     void tells_the_length_of_a_block_list();
     void takes_data_that_fit_into_their_cell_as_they_are_data();
@@ -107,6 +108,21 @@ void tst_hive_file::lets_everything_pass_while_closed()
     hive_file file;
     QVERIFY(file.holds(1000, 1000));
     QCOMPARE(file.block_list_length(1000, 40000), 0);
+}
+
+void tst_hive_file::tells_the_stored_length_of_a_name()
+{
+    constexpr named_record key_record = {0x50, 0x4c};
+    hive_builder hive;
+    const hive_key &ascii = hive.key(u"four"_s);
+    const hive_key &utf16 = hive.key(u"Ωmega"_s);
+    hive.write_to(path());
+    hive_file file;
+    QCOMPARE(file.name_length(static_cast<quint64>(ascii.cells().key), key_record), 0);
+    QVERIFY(file.open(path()));
+    QCOMPARE(file.name_length(static_cast<quint64>(ascii.cells().key), key_record), 4);
+    QCOMPARE(file.name_length(static_cast<quint64>(utf16.cells().key), key_record), 10);
+    QCOMPARE(file.name_length(0x7fffffff, key_record), 0);
 }
 
 void tst_hive_file::tells_the_length_of_a_block_list_data()

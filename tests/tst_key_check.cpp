@@ -50,6 +50,8 @@ private slots:
     void ends_at_an_index_that_no_intact_hive_has();
     void takes_an_intact_index_as_it_is();
     void tells_of_keys_that_are_listed_again();
+    void tells_of_more_values_than_are_read_for_certain();
+    void takes_names_that_libhivex_refuses_as_intact();
     void names_no_place_beyond_measure();
     void tells_when_the_hive_does_not_open();
 };
@@ -247,6 +249,27 @@ void tst_key_check::tells_of_keys_that_are_listed_again()
     damage.share_subkeys(second.cells().key, first.cells().key);
     QCOMPARE(checked_file(damage.bytes()).findings({u"A"_s, 2, listed_key::all_levels}),
              QStringList{u"A lists a key more than once, so part of it may not be read"_s});
+}
+
+void tst_key_check::tells_of_more_values_than_are_read_for_certain()
+{
+    hive_builder hive;
+    for (const QString &key : {u"A\\1"_s, u"A\\2"_s})
+        hive.key(key).dword(u"one"_s, 1).dword(u"two"_s, 1);
+    const checked_file file(hive.bytes());
+    QCOMPARE(file.findings({u"A"_s, 1, 1, 4}), QStringList());
+    QCOMPARE(file.findings({u"A"_s, 1, 1, 3}),
+             QStringList{u"A lists 4 values, so the last of them may not be read"_s});
+}
+
+void tst_key_check::takes_names_that_libhivex_refuses_as_intact()
+{
+    hive_builder hive;
+    for (int i = 0; i < 5000; ++i)
+        hive.key(u"A"_s).add_key(lone_surrogate);
+    QCOMPARE(
+        checked_file(hive.bytes()).findings({u"A"_s, 1, 1}),
+        QStringList{u"the content of A holds names that cannot be read, so part is not read"_s});
 }
 
 void tst_key_check::names_no_place_beyond_measure()

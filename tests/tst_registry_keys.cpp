@@ -44,6 +44,7 @@ private slots:
     void reads_values_while_the_subkey_is_current();
     void keeps_the_name_of_the_last_subkey_in_hive_order();
     void lists_70000_subkeys();
+    void lists_all_keys_beside_many_names_that_cannot_be_read();
     void lists_nothing_of_a_refused_list_data();
     void lists_nothing_of_a_refused_list();
 };
@@ -412,6 +413,18 @@ void tst_registry_keys::lists_70000_subkeys()
     QCOMPARE(noted.walk(u"\\"_s, false), 0);
     QCOMPARE(noted.walker.data_records.size(), 70000);
     QCOMPARE(noted.walker.values.size(), 70000);
+}
+
+// Windows takes half of a surrogate pair in a name; libhivex refuses each such name.
+void tst_registry_keys::lists_all_keys_beside_many_names_that_cannot_be_read()
+{
+    noted_hive noted;
+    const auto unreadable = hive_name::raw(QByteArray("\x00\xd8", 2), false);
+    for (int i = 0; i < 10000; ++i)
+        noted.hive.key(u"a"_s).add_key(unreadable).text(u"v"_s, u"text"_s);
+    noted.hive.key(u"a\\last"_s).text(u"v"_s, u"text"_s);
+    QCOMPARE(noted.walk(u"a"_s, false), 0);
+    QCOMPARE(noted.walker.values, QStringList{u"last:v"_s});
 }
 
 void tst_registry_keys::lists_nothing_of_a_refused_list_data()

@@ -13,6 +13,7 @@ private slots:
     void stays_spent();
     void lasts_for_some_thousand_refusals();
     void charges_the_data_of_a_refusal();
+    void charges_a_refused_name_no_more_than_a_refusal();
     void charges_lists_below_an_index();
     void begins_anew();
     void tells_what_was_spent();
@@ -65,6 +66,16 @@ void tst_walk_budget::charges_the_data_of_a_refusal()
     budget.start(1 << 20); // 4 MiB, of which a refusal takes 1 KiB
     budget.spend_refusal(16000);
     QCOMPARE(budget.spent(), 1024 + 1000);
+}
+
+void tst_walk_budget::charges_a_refused_name_no_more_than_a_refusal()
+{
+    walk_budget budget;
+    budget.start(1 << 20);
+    budget.spend_refused_name(100);
+    QCOMPARE(budget.spent(), 100);
+    budget.spend_refused_name(65535);
+    QCOMPARE(budget.spent(), 100 + 1024);
 }
 
 void tst_walk_budget::charges_lists_below_an_index()

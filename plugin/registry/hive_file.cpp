@@ -69,6 +69,16 @@ bool hive_file::holds(quint64 offset, qint64 length) const
     return !is_open() || static_cast<qint64>(offset) + length <= m_length;
 }
 
+qint64 hive_file::name_length(quint64 offset, const named_record &record)
+{
+    constexpr qint64 number_length = 2;
+    if (!is_open())
+        return 0;
+    const QByteArrayView number =
+        bytes_at(static_cast<qint64>(offset) + record.name_length_offset, number_length);
+    return number.size() < number_length ? 0 : qFromLittleEndian<quint16>(number.data());
+}
+
 qint64 hive_file::block_list_length(quint64 offset, qint64 declared_length)
 {
     if (offset == 0 || !is_open())

@@ -7,6 +7,13 @@
 #include <QList>
 #include <QString>
 
+/// The fixed part of a record that ends with a name.
+struct named_record
+{
+    qint64 length;             ///< up to the name, the cell's size included
+    qint64 name_length_offset; ///< of the name's length in bytes, a 16-bit number
+};
+
 /// The file of the hive that is being walked, for the checks that libhivex leaves out. While it is
 /// closed nothing is known of the hive, and every check passes.
 class hive_file
@@ -26,6 +33,9 @@ public:
 
     /// Whether `length` bytes from `offset` on lie inside the file.
     bool holds(quint64 offset, qint64 length) const;
+
+    /// How long the record at `offset` says that its name is, in bytes; 0 outside of the file.
+    qint64 name_length(quint64 offset, const named_record &record);
 
     /// Length in bytes of the list of blocks that libhivex reads for value data of
     /// `declared_length` bytes in the cell at `offset`: 0 when the data fit into the cell or the

@@ -4,8 +4,19 @@
 
 namespace {
 
-/// Windows allows no longer key names; one of 65,000 letters would come back in every row below it.
+/// Windows allows no longer key names.
 constexpr qsizetype longest_key_name = 255;
+
+/// What an entry's row costs for repeating the class id. A shorter one costs so little that even
+/// the shortest entries pay it with the bytes that they take in the file; one of 65,000 letters,
+/// all of it.
+qint64 cost_of_repeating(const QString &class_id)
+{
+    constexpr qsizetype longest_utf8 = 3; // bytes of a character in the table
+    constexpr qsizetype bytes_for_one = 8;
+    const qsizetype excess = std::max(class_id.size() - longest_key_name, qsizetype(0));
+    return (class_id.size() - excess) * longest_utf8 / bytes_for_one + excess * longest_utf8;
+}
 
 } // namespace
 
@@ -43,7 +54,7 @@ void parse_user_assist::find_node_value_length(hive_h *hive, unsigned long value
 {
     if (current_user_assist == nullptr)
         return;
-    spend_on_repetition(std::max(current_class_id.size() - longest_key_name, qsizetype(0)));
+    spend_on_repetition(cost_of_repeating(current_class_id));
     current_user_assist->value_name = value_name;
     current_user_assist->class_id = current_class_id;
     current_user_assist->value_data = convert_data(hive, value, 1);

@@ -17,10 +17,8 @@ namespace {
 constexpr qint64 filetime_unix_epoch = 116444736000000000;
 constexpr qint64 filetime_ticks_per_second = 10000000;
 
-/// Fixed part of a key node cell (nk), up to the name at offset 0x50.
-constexpr qint64 key_record_length = 0x50;
-/// Fixed part of a value cell (vk), up to the name at offset 0x18.
-constexpr qint64 value_record_length = 0x18;
+constexpr named_record key_record = {0x50, 0x4c};   ///< key node cell (nk)
+constexpr named_record value_record = {0x18, 0x06}; ///< value cell (vk)
 /// Length of a list entry: the 32-bit offset of a cell.
 constexpr qint64 list_entry_length = 4;
 
@@ -172,7 +170,7 @@ unsigned long registry::child_named(hive_h *hive, unsigned long node, const QByt
 /// spent.
 QList<size_t> registry::list_of(hive_h *hive, unsigned long node, list_operation list)
 {
-    if (m_budget.is_spent() || !m_file.holds(node, key_record_length))
+    if (m_budget.is_spent() || !m_file.holds(node, key_record.length))
         return {};
     const hivex_handles handles(list(hive, node));
     if (!handles) {
@@ -343,7 +341,7 @@ void registry::set_current_key_timestamp(hive_h *hive, unsigned long node)
 {
     // -1 is libhivex's own answer for a key without a readable time.
     const qint64 filetime =
-        m_file.holds(node, key_record_length) ? hivex_node_timestamp(hive, node) : -1;
+        m_file.holds(node, key_record.length) ? hivex_node_timestamp(hive, node) : -1;
     current_key_timestamp = QString::number(unix_seconds(filetime));
 }
 
@@ -363,6 +361,8 @@ QByteArray registry::value_bytes(hive_h *hive, unsigned long value)
 QString registry::value_text(hive_h *hive, unsigned long value)
 {
     const value_data data = read_data(hive, value);
+    if (!data.bytes)
+        return {};
     QString text = plain_text(data.bytes.get(), data.length);
     return text.isNull() ? without_zero_bytes(data.bytes.get(), data.length) : text;
 }
@@ -414,28 +414,29 @@ QString registry::key_name(hive_h *hive, unsigned long node)
 /// Null when the key has no readable name, which differs from an empty name.
 hivex_text registry::stored_key_name(hive_h *hive, unsigned long node)
 {
-    if (!m_file.holds(node, key_record_length))
+    if (!m_file.holds(node, key_record.length))
         return nullptr;
-    return affordable(hivex_text(hivex_node_name(hive, node)), key_record_length);
+    return affordable(hivex_text(hivex_node_name(hive, node)), node, key_record);
 }
 
 /// Null when the value has no readable name, which differs from the empty one of a default value.
 hivex_text registry::stored_value_name(hive_h *hive, unsigned long value)
 {
-    if (!m_file.holds(value, value_record_length))
+    if (!m_file.holds(value, value_record.length))
         return nullptr;
-    return affordable(hivex_text(hivex_value_key(hive, value)), value_record_length);
+    return affordable(hivex_text(hivex_value_key(hive, value)), value, value_record);
 }
 
-/// Null when libhivex refused the name, and once the budget is spent.
-hivex_text registry::affordable(hivex_text name, qint64 record_length)
+/// Null when libhivex refused the name, which Windows may well have stored, and once the budget is
+/// spent.
+hivex_text registry::affordable(hivex_text name, size_t record, const named_record &layout)
 {
     if (!name) {
-        m_budget.spend_refusal();
+        m_budget.spend_refused_name(layout.length + m_file.name_length(record, layout));
         return nullptr;
     }
     const auto length = static_cast<qint64>(std::strlen(name.get()));
-    return m_budget.spend(record_length + length) ? std::move(name) : nullptr;
+    return m_budget.spend(layout.length + length) ? std::move(name) : nullptr;
 }
 
 /// False when the recursion has met the key before: a hostile hive may list a key under itself.

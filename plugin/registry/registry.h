@@ -221,7 +221,7 @@ private:
     QString key_name(hive_h *hive, unsigned long node); ///< null when it cannot be read
     hivex_text stored_key_name(hive_h *hive, unsigned long node);
     hivex_text stored_value_name(hive_h *hive, unsigned long value);
-    hivex_text affordable(hivex_text name, qint64 record_length);
+    hivex_text affordable(hivex_text name, size_t record, const named_record &layout);
     value_data read_data(hive_h *hive, unsigned long value);
     static QByteArray bytes_of(const value_data &data);
     bool visit_once(int node);

@@ -16,8 +16,8 @@ public:
     /// How many times the hive's length one walk may read. An intact hive stays below 2, which only
     /// Latin-1 names that double as UTF-8 come near.
     static constexpr qint64 hive_lengths = 4;
-    /// How many lists, names and data libhivex may refuse in one walk. It tells nothing of what it
-    /// read before it refused, so that each of them costs the same.
+    /// How many lists and data libhivex may refuse in one walk. It tells nothing of what it read
+    /// before it refused, so that each of them costs the same.
     static constexpr qint64 refusals = 4096;
     /// Collecting data that are refused in the end is cheap beside reading as many list entries;
     /// an intact hive has none, and a damaged one should not lose a walk over a few of them.
@@ -47,7 +47,7 @@ public:
         return !is_spent();
     }
 
-    /// Takes what a refused list, name or datum costs: of `data_length` bytes that libhivex may
+    /// Takes what a refused list or datum costs: of `data_length` bytes that libhivex may
     /// have put together before it refused them.
     void spend_refusal(qint64 data_length = 0)
     {
@@ -56,6 +56,10 @@ public:
 
     /// Whether a request went beyond the budget; the walk then reads nothing more.
     bool is_spent() const { return m_left < 0; }
+
+    /// Takes what a refused name costs whose record claims `length` bytes, more than the file may
+    /// have.
+    void spend_refused_name(qint64 length) { spend(std::min(length, m_refusal_cost)); }
 
     /// Takes what lists below an index cost.
     void spend_on_indexed_lists(qint64 lists) { spend(lists * indexed_list_cost); }

@@ -35,6 +35,7 @@ constexpr qint64 least_budget = qint64(128) << 20; ///< of the shortest hive: 10
 constexpr qint64 budget_in_hive_lengths = 128;
 constexpr qint64 opens_per_hive_length = 16;
 constexpr qint64 cost_of_a_row = 1024; ///< beside the name itself
+constexpr qint64 cost_of_a_letter = 4; ///< of the name: up to 3 bytes in the table
 
 walk_budget icon_budget(qint64 hive_length)
 {
@@ -84,7 +85,7 @@ bool windows_installed_applications_winos::write_icon_rows(
             hive_path, parse_hidden_desktop_icons::name_space_key + class_id.name, true);
         const auto row_of = [&](const registry::struct_hidden_icons &icon,
                                 qsizetype) -> std::optional<QStringList> {
-            if (!budget.spend(cost_of_a_row + icon.value.size()))
+            if (!budget.spend(cost_of_a_row + cost_of_a_letter * icon.value.size()))
                 return std::nullopt;
             return QStringList{hive.user_name,        icon.value, hidden, u"NTUSER.DAT"_s,
                                u"HideDesktopIcons"_s, reg_path};

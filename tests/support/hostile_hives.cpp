@@ -314,6 +314,40 @@ QByteArray entries_of_a_long_class_id()
     return hive.bytes();
 }
 
+/// Letters that take three bytes in a table, in as many rows as the hive can list.
+QByteArray entries_of_a_chinese_class_id()
+{
+    constexpr int keys = 20;
+    hive_builder hive;
+    hive_key &parent = hive.key(user_assist_key).add_key(QString(255, u'中'));
+    hive_key &first = parent.add_key(u"0"_s);
+    for (int i = 0; i < longest_value_list; ++i)
+        first.binary(u"n"_s, {});
+    QList<const hive_key *> others;
+    for (int i = 1; i < keys; ++i)
+        others.append(&parent.add_key(QString::number(i)));
+    hive_damage damage(hive.bytes());
+    list_first_value_everywhere(damage, first, longest_value_list);
+    for (const hive_key *other : std::as_const(others))
+        damage.value_list(other->cells().key, first.cells().value_list)
+            .value_count(other->cells().key, longest_value_list);
+    return padded(damage);
+}
+
+/// The place of the source comes into the row once for each drive.
+QByteArray programs_named_by_drives()
+{
+    constexpr int programs = 700;
+    hive_builder hive;
+    hive_key &store = hive.key(compatibility_store_key);
+    store.binary(hive_name::raw(QByteArray("C:/").repeated(21845), true), {});
+    for (int i = 1; i < programs; ++i)
+        store.binary(u"n"_s, {});
+    hive_damage damage(hive.bytes());
+    list_first_value_everywhere(damage, store, programs);
+    return padded(damage);
+}
+
 QByteArray icons_sharing_refused_names()
 {
     hive_builder hive;
@@ -324,14 +358,16 @@ QByteArray icons_sharing_refused_names()
     return with_broken_big_data(hive, names, u""_s, shared_value_count);
 }
 
-QByteArray icons_sharing_a_long_name()
+/// Each byte that is no text becomes a letter of three bytes.
+QByteArray icons_sharing_a_long_name(char letter)
 {
     hive_builder hive;
     hive.minor_version(3); // data of any size in one cell
     hive_key &hidden = hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s);
     for (int i = 0; i < long_value_list; ++i)
         hidden.dword(class_id, 1);
-    hive.key(name_space_key + u'\\' + class_id).binary(u""_s, QByteArray(long_data_size / 2, 'x'));
+    hive.key(name_space_key + u'\\' + class_id)
+        .binary(u""_s, QByteArray(long_data_size / 2, letter));
     return hive.bytes();
 }
 
@@ -428,7 +464,13 @@ QList<hostile_hive> hostile_hives()
                {u"35,000 icons with a name each"_s, hive_kind::user, icons_with_a_name_each},
                {u"70,000 icons share 30,000 names"_s, hive_kind::user, icons_sharing_many_names},
                {u"70,000 icons share a name of 3.5 MB"_s, hive_kind::user,
-                icons_sharing_a_long_name},
+                [] { return icons_sharing_a_long_name('x'); }},
+               {u"70,000 icons share a name of 3.5 MB that is no text"_s, hive_kind::user,
+                [] { return icons_sharing_a_long_name('\xff'); }},
+               {u"20 keys of a Chinese class id share 110,000 entries"_s, hive_kind::user,
+                entries_of_a_chinese_class_id},
+               {u"700 programs whose names are 21,845 drives"_s, hive_kind::user,
+                programs_named_by_drives},
                {u"30,000 icons share 30,000 names of broken big data"_s, hive_kind::user,
                 icons_sharing_refused_names},
                {u"110,000 icons whose names are paths of 32,000 keys"_s, hive_kind::user,
