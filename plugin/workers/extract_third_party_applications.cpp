@@ -40,23 +40,41 @@ QString mounted_path(const QString &windows_path, const QString &source_root_pat
     return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
 }
 
-/// The times of a file of the examiner's machine are no evidence: none when ".." in the program's
-/// name, or a link of the volume, leads out of the source.
-struct_GLOBAL_ARTIFACT_file_times times_within(const QString &source_root_path, const QString &path)
+/// Where the evidence lies, as an examiner's path and as the place that it leads to.
+class source_folder
 {
-    const auto is_within = [](const QString &place, const QString &root) {
-        return place.startsWith(root.endsWith(u'/') ? root : root + u'/');
-    };
-    if (!is_within(QDir::cleanPath(path), QDir::cleanPath(source_root_path)))
-        return {};
-    const auto times = plugin_static_function::get_posix_timestamp(
-        path.mid(source_root_path.size()), source_root_path);
-    if (times.last_modification_time == 0)
-        return times; // there is no file: most programs that were run once are gone
-    const QString place = QFileInfo(path).canonicalFilePath();
-    const QString root = QFileInfo(source_root_path).canonicalFilePath();
-    return is_within(place, root) ? times : struct_GLOBAL_ARTIFACT_file_times();
-}
+public:
+    explicit source_folder(const QString &root_path)
+        : m_root_path(root_path),
+          m_clean_root(with_slash(QDir::cleanPath(root_path))),
+          m_canonical_root(with_slash(QFileInfo(root_path).canonicalFilePath()))
+    {
+    }
+
+    /// The times of a file of the examiner's machine are no evidence: none when ".." in the
+    /// program's name, or a link of the volume, leads out of the source.
+    struct_GLOBAL_ARTIFACT_file_times times_of(const QString &path) const
+    {
+        if (!QDir::cleanPath(path).startsWith(m_clean_root))
+            return {};
+        const auto times =
+            plugin_static_function::get_posix_timestamp(path.mid(m_root_path.size()), m_root_path);
+        if (times.last_modification_time == 0)
+            return times; // there is no file: most programs that were run once are gone
+        const bool is_within = QFileInfo(path).canonicalFilePath().startsWith(m_canonical_root);
+        return is_within ? times : struct_GLOBAL_ARTIFACT_file_times();
+    }
+
+private:
+    static QString with_slash(const QString &path)
+    {
+        return path.endsWith(u'/') ? path : path + u'/';
+    }
+
+    QString m_root_path;
+    QString m_clean_root;
+    QString m_canonical_root;
+};
 
 } // namespace
 
@@ -65,13 +83,14 @@ void windows_installed_applications_winos::extract_third_party_applications()
     const key_reading<registry::struct_data> reading = {
         parse_installed_applications::compatibility_store_key, true, &registry::data_records};
     const QString reg_path = reading.key_path;
+    const source_folder source(source_root_path);
     extract_from_user_hives<parse_installed_applications>(
         third_party_applications_tab, reading,
         &windows_installed_applications_winos::cut_by_source_root_length,
         [&](const user_source &hive, const registry::struct_data &program,
             qsizetype) -> std::optional<QStringList> {
             const QString path = mounted_path(program.name, source_root_path);
-            const auto times = times_within(source_root_path, path);
+            const auto times = source.times_of(path);
             return QStringList{hive.user_name,
                                program.name,
                                plugin_static_function::get_relative_file_path(
