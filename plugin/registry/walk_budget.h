@@ -13,8 +13,8 @@
 class walk_budget
 {
 public:
-    /// How many times the hive's length one walk may read. An intact hive stays below 2, which only
-    /// Latin-1 names that double as UTF-8 come near.
+    /// How many times the hive's length one walk may read. An intact hive stays below: most of them
+    /// below 2, and only very short entries of a very long class id come near.
     static constexpr qint64 hive_lengths = 4;
     /// How many lists and data libhivex may refuse in one walk. It tells nothing of what it read
     /// before it refused, so that each of them costs the same.
