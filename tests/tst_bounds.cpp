@@ -129,7 +129,7 @@ void tst_bounds::a_folder_of_many_packages()
 {
     constexpr int few = 1000;
     constexpr int many = 100 * few;
-    constexpr qint64 most_kib_more = 6 * 1024; // SQLite's cache fills up, with 2 MiB
+    constexpr qint64 most_kib_more = qint64(6) * 1024; // SQLite's cache fills up, with 2 MiB
     const package_run run_of_few = run_over_packages(few);
     const package_run run_of_many = run_over_packages(many);
     qInfo("%lld KiB for %d entries, %lld KiB for %d", run_of_few.peak_kib, few,

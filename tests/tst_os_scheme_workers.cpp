@@ -115,10 +115,6 @@ struct winos
     static constexpr auto set_essentials = &probe::winos_set_essentials;
     static constexpr auto cancel = &probe::winos_cancel_extraction;
     static constexpr auto set_source_count = &probe::winos_set_source_count;
-    static constexpr auto find = &probe::winos_find_artifacts_source;
-    static constexpr auto extract = &probe::winos_extract_artifacts;
-    static constexpr auto records_signal = &probe::signal_extracted_records_of_plugin_winos;
-    static constexpr auto tabs_signal = &probe::signal_total_tabs_processed_winos;
 };
 
 struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info two_accounts()
