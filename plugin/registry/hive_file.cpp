@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -37,8 +38,11 @@ constexpr qint64 big_data_record_length = 0x0c;
 /// Length of a list entry: the offset of a list, or of a block of big data.
 constexpr qint64 entry_length = 4;
 
-/// The cells of one key's values lie close together: one read serves many of them.
-constexpr qint64 window_length = 0x1000;
+/// The cells of one key's values lie close together, mostly in the order of its list: one read
+/// around what is needed serves the cells of an application. Keys themselves lie in any order, so
+/// that more would be copied for nothing.
+constexpr qint64 bytes_before = 0x100;
+constexpr qint64 bytes_behind = 0x600;
 
 /// Where in the file the cell begins whose stored offset is given.
 qint64 cell_at(const char *stored_offset)
@@ -138,13 +142,18 @@ QList<qint64> hive_file::cells_listed_at(qint64 offset, qint64 count)
 /// Fewer than `length` bytes, or none, where the file ends before.
 QByteArrayView hive_file::bytes_at(qint64 offset, qint64 length)
 {
-    if (offset < m_window_offset || offset + length > m_window_offset + m_window.size()) {
-        m_window_offset = offset - offset % window_length;
-        m_window.clear();
-        if (m_file.seek(m_window_offset))
-            m_window = m_file.read(window_length + length);
-    }
+    if (offset < m_window_offset || offset + length > m_window_offset + m_window.size())
+        read_window(offset, length);
     const qint64 begin = std::min(offset - m_window_offset, qint64(m_window.size()));
     return QByteArrayView(m_window).sliced(begin).first(
         std::min(length, qint64(m_window.size()) - begin));
+}
+
+void hive_file::read_window(qint64 offset, qint64 length)
+{
+    m_window_offset = std::max(offset - bytes_before, qint64(0));
+    m_window.resize(offset - m_window_offset + length + bytes_behind);
+    const ssize_t size = pread(m_file.handle(), m_window.data(),
+                               static_cast<size_t>(m_window.size()), m_window_offset);
+    m_window.truncate(std::max(size, ssize_t(0)));
 }

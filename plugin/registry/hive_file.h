@@ -50,6 +50,7 @@ private:
     QList<qint64> lists_below(qint64 list, qint64 most);
     QList<qint64> cells_listed_at(qint64 offset, qint64 count);
     QByteArrayView bytes_at(qint64 offset, qint64 length);
+    void read_window(qint64 offset, qint64 length);
 
     QFile m_file;
     qint64 m_length = 0;

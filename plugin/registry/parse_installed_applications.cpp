@@ -63,6 +63,7 @@ parse_installed_applications::kind_of(const QString &key_path)
 void parse_installed_applications::run_only_multiple_paths(hive_h *hive, unsigned long node)
 {
     const QMap<QString, int> children = prepare_the_node_key_child(hive, node, false);
+    installed_apps_records.reserve(installed_apps_records.size() + children.size());
     for (auto child = children.cbegin(); child != children.cend(); ++child) {
         const auto child_node = handle(child.value());
         set_current_key_timestamp(hive, child_node);
