@@ -70,7 +70,7 @@ bool is_boolean(id value)
 
 optional_text yes_no_of_number(id value)
 {
-    const optional_text number = text_of_number(value);
+    optional_text number = text_of_number(value);
     if (!number || !is_boolean(value))
         return number;
     switch (static_cast<int>([static_cast<NSNumber *>(value) doubleValue])) {

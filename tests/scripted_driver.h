@@ -108,16 +108,16 @@ class scripted_driver_registration
 public:
     scripted_driver_registration(const QStringList &rows, const row_observer &observer)
     {
-        QSqlDatabase::registerSqlDriver(QStringLiteral("QSQLITE"), new creator(rows, observer));
-        connection =
-            QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("scripted"));
+        QSqlDatabase::registerSqlDriver(driver_name, new creator(rows, observer));
+        // Qt owns the creator. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+        connection = QSqlDatabase::addDatabase(driver_name, connection_name);
         connection.open();
     }
     ~scripted_driver_registration()
     {
         connection = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("scripted"));
-        QSqlDatabase::registerSqlDriver(QStringLiteral("QSQLITE"), nullptr);
+        QSqlDatabase::removeDatabase(connection_name);
+        QSqlDatabase::registerSqlDriver(driver_name, nullptr);
     }
     Q_DISABLE_COPY_MOVE(scripted_driver_registration)
 
@@ -125,6 +125,8 @@ public:
     const QSqlDatabase &database() const { return connection; }
 
 private:
+    inline static const QString driver_name = QStringLiteral("QSQLITE");
+    inline static const QString connection_name = QStringLiteral("scripted");
     QSqlDatabase connection;
 };
 

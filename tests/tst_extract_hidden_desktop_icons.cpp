@@ -312,9 +312,9 @@ void tst_extract_hidden_desktop_icons::looks_up_any_number_of_icons_and_names()
 // A hive may list one icon over and over, and each time all of its names.
 void tst_extract_hidden_desktop_icons::ends_when_icons_repeat_names_without_measure()
 {
-    constexpr int times_listed = 400;
-    constexpr int names = 400;
-    constexpr int promised = 100000;
+    constexpr qint64 times_listed = 400;
+    constexpr qint64 names = 400;
+    constexpr qint64 promised = 100000;
     static_assert(promised < times_listed * names);
     worker_fixture fixture;
     for (int i = 0; i < times_listed; ++i)

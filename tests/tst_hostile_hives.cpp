@@ -335,7 +335,7 @@ void tst_hostile_hives::ends_where_values_share_a_long_list_of_blocks()
     walked_hive<parse_hidden_desktop_icons> walked;
     hive_key &key = walked.hive.key(hide_desktop_icons_key + u"\\sub"_s);
     key.binary(u"big"_s, QByteArray(40000, 'x'));
-    key.binary(u"list"_s, QByteArray(4 * block_count, '\0'));
+    key.binary(u"list"_s, QByteArray(qsizetype(4) * block_count, '\0'));
     for (int i = 2; i < 20000; ++i)
         key.binary(QString(), "12345");
     hive_damage damage = walked.damage();
