@@ -30,6 +30,7 @@ private slots:
     void takes_data_that_fit_into_their_cell_as_they_are_data();
     void takes_data_that_fit_into_their_cell_as_they_are();
     void refuses_a_record_or_a_list_that_leaves_the_file();
+    void refuses_a_record_that_cannot_be_read();
     void counts_the_lists_below_an_index_data();
     void counts_the_lists_below_an_index();
     void counts_lists_that_are_listed_again();
@@ -189,6 +190,18 @@ void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
 
     const qint64 record_of_eight_bytes = damage.add_last_cell("db\x03\0"_ba).last_cell();
     QCOMPARE(length_at(record_of_eight_bytes), -1);
+}
+
+void tst_hive_file::refuses_a_record_that_cannot_be_read()
+{
+    hive_builder hive;
+    hive.root().binary(u"v"_s, QByteArray(100, 'x'));
+    hive.write_to(path());
+    const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
+    hive_file file;
+    QVERIFY(file.open(path()));
+    QVERIFY(QFile(path()).resize(0));
+    QCOMPARE(file.block_list_length(cell, 100), -1);
 }
 
 void tst_hive_file::counts_the_lists_below_an_index_data()

@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <unistd.h>
 #include <utility>
@@ -50,6 +51,20 @@ qint64 cell_at(const char *stored_offset)
     return first_bin + qint64(qFromLittleEndian<quint32>(stored_offset));
 }
 
+/// Returns how many bytes were read: fewer where the file ends, or cannot be read on.
+qint64 read_at(int file, char *destination, qint64 length, qint64 offset)
+{
+    qint64 done = 0;
+    while (done < length) {
+        const ssize_t part =
+            pread(file, destination + done, static_cast<size_t>(length - done), offset + done);
+        if (part == 0 || (part < 0 && errno != EINTR))
+            break;
+        done += std::max(part, ssize_t(0));
+    }
+    return done;
+}
+
 } // namespace
 
 bool hive_file::open(const QString &path)
@@ -89,7 +104,7 @@ qint64 hive_file::block_list_length(quint64 offset, qint64 declared_length)
         return 0;
     const QByteArrayView record = bytes_at(static_cast<qint64>(offset), big_data_record_length);
     if (record.size() < block_count_offset)
-        return 0;
+        return -1;
     const auto cell_size = std::abs(qint64(qFromLittleEndian<qint32>(record.data())));
     if (declared_length <= cell_size - cell_size_length ||
         record.sliced(signature_offset, signature_length) != "db")
@@ -153,7 +168,5 @@ void hive_file::read_window(qint64 offset, qint64 length)
 {
     m_window_offset = std::max(offset - bytes_before, qint64(0));
     m_window.resize(offset - m_window_offset + length + bytes_behind);
-    const ssize_t size = pread(m_file.handle(), m_window.data(),
-                               static_cast<size_t>(m_window.size()), m_window_offset);
-    m_window.truncate(std::max(size, ssize_t(0)));
+    m_window.truncate(read_at(m_file.handle(), m_window.data(), m_window.size(), m_window_offset));
 }

@@ -39,7 +39,8 @@ public:
 
     /// Length in bytes of the list of blocks that libhivex reads for value data of
     /// `declared_length` bytes in the cell at `offset`: 0 when the data fit into the cell or the
-    /// cell is no big-data record, negative when the record or the list leaves the file.
+    /// cell is no big-data record, negative when the record or the list leaves the file or the
+    /// record cannot be read.
     qint64 block_list_length(quint64 offset, qint64 declared_length);
 
     /// How many lists of the subkeys of the key at `node` stand below indexes (ri), each as often
