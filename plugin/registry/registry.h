@@ -1,16 +1,12 @@
 #ifndef REGISTRY_H
 #define REGISTRY_H
 
-#include "hive_file.h"
-#include "hivex_memory.h"
+#include "guarded_hive.h"
 #include "recent_names.h"
-#include "walk_budget.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QList>
 #include <QMap>
-#include <QPair>
 #include <QSet>
 #include <QString>
 
@@ -200,39 +196,22 @@ protected:
     QString value_text(hive_h *hive, unsigned long value);
 
     /// Takes text of the hive that another record repeats from the walk's budget.
-    void spend_on_repetition(qint64 length) { m_budget.spend(length); }
+    void spend_on_repetition(qint64 length) { m_hive.budget().spend(length); }
 
     /// Returns the registry type code of `value`; 0 when it cannot be read.
     static int value_type(hive_h *hive, unsigned long value);
 
 private:
-    struct value_data
-    {
-        hivex_text bytes;
-        qsizetype length = 0;
-    };
-
-    /// hivex_node_children() or hivex_node_values().
-    using list_operation = size_t *(*)(hive_h *, size_t);
-
     void end_walk();
-    QList<size_t> list_of(hive_h *hive, unsigned long node, list_operation list);
     unsigned long child_named(hive_h *hive, unsigned long node, const QByteArray &wanted);
     QString key_name(hive_h *hive, unsigned long node); ///< null when it cannot be read
-    hivex_text stored_key_name(hive_h *hive, unsigned long node);
-    hivex_text stored_value_name(hive_h *hive, unsigned long value);
-    hivex_text affordable(hivex_text name, size_t record, const named_record &layout);
-    value_data read_data(hive_h *hive, unsigned long value);
-    static QByteArray bytes_of(const value_data &data);
     bool visit_once(int node);
     void descend(hive_h *hive, const QMap<QString, int> &children);
 
-    hive_file m_file; ///< of the hive being walked; closed outside of a walk
-    walk_budget m_budget;
+    guarded_hive m_hive; ///< the hive being walked; closed outside of a walk
     recent_names m_value_names;
     qint64 m_cost_of_last_walk = 0;
     QSet<int> *m_visited_nodes = nullptr; ///< of the recursion that runs; null outside of one
-    QHash<QPair<size_t, size_t>, QByteArray> m_large_values; ///< by data cell and length
 };
 
 #endif
