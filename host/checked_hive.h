@@ -34,6 +34,9 @@ public:
 
     bool is_open() const { return m_handle != nullptr; }
 
+    /// Bytes of the file.
+    qint64 length() const { return m_length; }
+
     hive_node_h root() const { return hivex_root(m_handle.get()); }
 
     /// The subkeys of a key; nothing when their list cannot be read.
@@ -46,12 +49,25 @@ public:
     text key_name(hive_node_h key);
     text value_name(hive_value_h value);
 
+    /// Reads the data of a value for nothing but their length: what they cost a walk, and whether
+    /// libhivex refuses them, is not told by what the value claims. 0 when they cannot be read.
+    qint64 data_length(hive_value_h value);
+
     /// Lets as much be read again as the plug-in reads in one walk.
     void begin_walk();
 
     /// Whether what this walk has read would not fit into the file if it listed everything once,
     /// or stands below an index such as no intact hive has. Nothing more is read then.
     bool is_exhausted() const { return m_left < 0; }
+
+    /// Bytes that this walk has read, what libhivex refused included.
+    qint64 cost_of_walk() const { return m_size - m_left; }
+
+    /// Counts bytes that the plug-in's walk repeats.
+    void spend(qint64 bytes) { m_left -= bytes; }
+
+    /// Counts the lists that the plug-in asks for where there is no key.
+    void spend_refusals(qint64 count) { m_left -= count * refusal_cost(); }
 
 private:
     struct hive_closer
@@ -65,15 +81,18 @@ private:
     bool holds(size_t record, qint64 length) const;
     qint64 number_at(qint64 offset);
     QByteArray bytes_at(qint64 offset, qint64 length);
+    qint64 block_list_length(qint64 cell, qint64 declared_length);
     bool is_index(qint64 list);
-    bool has_forged_index(hive_node_h key, qsizetype subkey_count);
+    QList<qint64> cells_at(qint64 offset, qint64 count);
+    void spend_on_index(hive_node_h key, qsizetype subkey_count);
     std::optional<QList<size_t>> list_of(hive_node_h key, list_operation list);
     text name_of(size_t record, const named_record &layout, name_operation name);
 
     QFile m_file;
     std::unique_ptr<hive_h, hive_closer> m_handle;
     qint64 m_length;
-    qint64 m_left = 0;
+    qint64 m_size; ///< of a walk
+    qint64 m_left;
 };
 
 #endif

@@ -123,13 +123,10 @@ bool has_usable_backup(const source_volume &volume)
     return check_hive_file(volume.root() + software_backup_path).readable;
 }
 
-/// The backup is read when the hive cannot be opened. Most Windows versions keep it empty, so
-/// trying to open the hive is rarely needed.
 void append_software_findings(const source_volume &volume, QStringList &warnings)
 {
-    const bool readable = append_findings(volume, software_hive_path, warnings);
-    if (readable &&
-        (!has_usable_backup(volume) || opens_as_hive(volume.root() + software_hive_path)))
+    append_findings(volume, software_hive_path, warnings);
+    if (software_hive_to_read(volume) == software_hive_path)
         return;
     if (append_findings(volume, software_backup_path, warnings))
         warnings.append(software_backup_path +
@@ -163,6 +160,15 @@ hive_findings check_hive_file(const QString &path)
     if (base_block.size() < base_block_size)
         return unreadable(u"too short for a hive (%1 bytes), so it is not read"_s.arg(info.size()));
     return check_base_block(base_block, info);
+}
+
+// Most Windows versions keep the backup empty, so trying to open the hive is rarely needed.
+QString software_hive_to_read(const source_volume &volume)
+{
+    const bool is_read =
+        check_hive_file(volume.root() + software_hive_path).readable &&
+        (!has_usable_backup(volume) || opens_as_hive(volume.root() + software_hive_path));
+    return is_read ? software_hive_path : software_backup_path;
 }
 
 QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,

@@ -19,6 +19,10 @@ struct hive_findings
 /// is opened, so this never waits for a writer.
 hive_findings check_hive_file(const QString &path);
 
+/// The path, relative to the volume, of the software hive that the tabs read: its backup when the
+/// hive itself cannot be opened.
+QString software_hive_to_read(const source_volume &volume);
+
 /// One warning, beginning with the path relative to the volume, for each finding about the hives
 /// that the tabs read, and for each package folder that may not be listed. The backup of the
 /// software hive is looked at only when it will be needed.

@@ -16,18 +16,23 @@ listed_key values_of_subkeys_of(const QString &key_path)
     return {key_path, 1, 1};
 }
 
-/// Each value is an icon whose name is looked up in a walk of its own, which the plug-in limits.
-listed_key icons_of_subkeys_of(const QString &key_path)
+/// Each value is an icon, whose name stands in a key of the same name.
+listed_key icons_of_subkeys_of(const QString &explorer_key)
 {
-    constexpr qint64 certain_icons = 1000;
-    return {key_path, 1, 1, certain_icons};
+    return {explorer_key + u"\\HideDesktopIcons"_s, 1, 1, listed_key::repetition::none,
+            explorer_key + u"\\Desktop\\NameSpace"_s};
+}
+
+listed_key programs_in(const QString &key_path)
+{
+    return {key_path, 0, 0, listed_key::repetition::further_drives};
 }
 
 /// Class ids, whose own values count for nothing, and everything below their subkeys.
 listed_key user_assist()
 {
     return {u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist"_s, 2,
-            listed_key::all_levels};
+            listed_key::all_levels, listed_key::repetition::first_key};
 }
 
 } // namespace
@@ -44,11 +49,10 @@ const QList<host_tab> &host_tabs()
         {u"metro_apps"_s, tab_input::package_folder, {}},
         {u"previously_executed_apps"_s, tab_input::user_hive, user_assist()},
         {u"third_party_applications"_s, tab_input::user_hive,
-         values_of(
+         programs_in(
              u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s)},
         {u"hidden_desktop_icons_app"_s, tab_input::user_hive,
-         icons_of_subkeys_of(
-             u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons"_s)},
+         icons_of_subkeys_of(u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer"_s)},
     };
     return tabs;
 }

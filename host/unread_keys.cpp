@@ -38,8 +38,10 @@ QStringList warnings_about(const source_volume &volume, const QString &hive_path
 QStringList unread_key_warnings(const source_volume &volume, const QStringList &accounts,
                                 const QList<host_tab> &tabs)
 {
-    QStringList warnings =
-        warnings_about(volume, software_hive_path, keys_of(tabs, tab_input::software_hive));
+    QStringList warnings;
+    const QList<listed_key> software_keys = keys_of(tabs, tab_input::software_hive);
+    if (!software_keys.isEmpty())
+        warnings += warnings_about(volume, software_hive_to_read(volume), software_keys);
     const QList<listed_key> users_keys = keys_of(tabs, tab_input::user_hive);
     for (const QString &account : accounts)
         warnings += warnings_about(volume, user_hive_path(account), users_keys);

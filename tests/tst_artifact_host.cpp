@@ -123,6 +123,7 @@ private slots:
     void warns_about_folders_without_permission();
     void tells_why_nothing_is_left_to_read();
     void warns_about_keys_that_cannot_be_listed();
+    void warns_about_keys_of_the_backup_when_that_is_read();
     void warns_about_damage_below_a_key_that_gave_rows();
     void escapes_control_characters_of_the_evidence();
 
@@ -832,6 +833,22 @@ void tst_artifact_host::warns_about_keys_that_cannot_be_listed()
             u"artifact_host: warning: %1: the keys in CurrentVersion cannot be listed, so Microsoft\\Windows\\CurrentVersion\\Uninstall is not read"_s
                 .arg(software_file)});
     QCOMPARE(result.exit_code, 0);
+}
+
+void tst_artifact_host::warns_about_keys_of_the_backup_when_that_is_read()
+{
+    evidence_volume volume;
+    volume.file(software_file, QByteArray(8192, 'x'));
+    const auto undecodable = hive_name::raw(QByteArray("\x00\xd8", 2), false);
+    volume.reg_back_software().key(u"Microsoft\\Windows\\CurrentVersion"_s).add_key(undecodable);
+    fill_software(volume.reg_back_software());
+    volume.write();
+    const host_result result = extract(volume, {u"--quiet"_s});
+    QCOMPARE(result.errors.size(), 3);
+    QCOMPARE(
+        result.errors.last(),
+        u"artifact_host: warning: %1: the keys in CurrentVersion cannot be listed, so Microsoft\\Windows\\CurrentVersion\\Uninstall is not read"_s
+            .arg(backup_file));
 }
 
 void tst_artifact_host::escapes_control_characters_of_the_evidence()

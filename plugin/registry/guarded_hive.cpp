@@ -71,7 +71,7 @@ void guarded_hive::close()
 
 QList<size_t> guarded_hive::subkeys(hive_h *hive, unsigned long node)
 {
-    const QList<size_t> listed = list_of(hive, node, hivex_node_children);
+    QList<size_t> listed = list_of(hive, node, hivex_node_children);
     // libhivex reads every list below an index, the empty ones too, which may be thousands.
     if (!listed.isEmpty())
         m_budget.spend_on_indexed_lists(m_file.indexed_lists(node, m_budget.most_indexed_lists()));
