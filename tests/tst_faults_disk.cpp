@@ -42,13 +42,16 @@ private slots:
     void table_of_another_shape();
     void result_folder_removed_after_each_tab_data();
     void result_folder_removed_after_each_tab();
+    void result_folder_removed_between_rows_data();
+    void result_folder_removed_between_rows();
     void result_folder_that_cannot_be_made();
     void database_that_is_no_database();
 
 private:
     QString finished_folder();
     QString defect_of_tables(const QString &database_path, int whole_tabs) const;
-    void lose_rows_of_table_after(const QString &table, const QStringList &statements);
+    void lose_rows_of_table_after(const QString &table, const QStringList &statements,
+                                  const QString &error);
 
     std::optional<reference_run> m_reference;
 };
@@ -68,6 +71,7 @@ const QStringList &error_beginnings()
         u"database is locked"_s,
         u"attempt to write a readonly database"_s,
         u"file is not a database"_s,
+        u"refused"_s,
         unprepared,
     };
     return beginnings;
@@ -384,6 +388,7 @@ void tst_faults_disk::database_locked_by_another_process()
         const sqlite_connection other(database_in(folder));
         execute(other.database, u"begin exclusive"_s);
         const logged_run run = run_with_log(m_reference->process(folder).tabs({table}), folder);
+        QVERIFY2(run.outcome.completed, run.outcome.errors.constData());
         QCOMPARE(defect_of_log(run.lines, run.outcome.events, {table}, *m_reference), QString());
         QCOMPARE(lines_of_run(run.lines, tab_of(table)),
                  insert_failures(tab_of(table), unprepared, sample_row_count));
@@ -433,6 +438,7 @@ void tst_faults_disk::database_that_may_not_be_written()
 
     const logged_run run =
         run_with_log(m_reference->process(folder).tabs({table}).without_privileges(), folder);
+    QVERIFY2(run.outcome.completed, run.outcome.errors.constData());
     const QString error = u"attempt to write a readonly database Unable to fetch row"_s;
     QCOMPARE(defect_of_log(run.lines, run.outcome.events, {table}, *m_reference), QString());
     QCOMPARE(lines_of_run(run.lines, tab_of(table)),
@@ -458,7 +464,8 @@ void tst_faults_disk::folder_that_may_not_be_written()
 }
 
 /// Makes one table unusable by the statements: its rows are lost and logged, all others are there.
-void tst_faults_disk::lose_rows_of_table_after(const QString &table, const QStringList &statements)
+void tst_faults_disk::lose_rows_of_table_after(const QString &table, const QStringList &statements,
+                                               const QString &error)
 {
     const log_capture log;
     host_double host(m_reference->volume());
@@ -472,7 +479,7 @@ void tst_faults_disk::lose_rows_of_table_after(const QString &table, const QStri
     const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
     QCOMPARE(defect_of_log(lines, host.events(), all_tabs(), *m_reference), QString());
     QCOMPARE(lines_of_run(lines, tab_of(table)),
-             insert_failures(tab_of(table), unprepared, sample_row_count));
+             insert_failures(tab_of(table), error, sample_row_count));
     QCOMPARE(result_database(host.database_path()).integrity_check(), u"ok"_s);
     for (const QString &other : all_tabs()) {
         if (other != table)
@@ -489,19 +496,35 @@ void tst_faults_disk::table_missing_data()
 void tst_faults_disk::table_missing()
 {
     QFETCH(const QString, table);
-    lose_rows_of_table_after(table, {u"drop table "_s + table});
+    lose_rows_of_table_after(table, {u"drop table "_s + table}, unprepared);
 }
 
 void tst_faults_disk::table_of_another_shape_data()
 {
-    add_tab_rows();
+    QTest::addColumn<QString>("table");
+    QTest::addColumn<QStringList>("statements");
+    QTest::addColumn<QString>("error");
+    for (const QString &table : all_tabs()) {
+        const QString drop = u"drop table "_s + table;
+        QTest::addRow("%s with one column", qPrintable(table))
+            << table << QStringList{drop, u"create table %1(bookmark integer)"_s.arg(table)}
+            << unprepared;
+        QTest::addRow("%s as a view", qPrintable(table))
+            << table << QStringList{drop, u"create view %1 as select 1"_s.arg(table)} << unprepared;
+        QTest::addRow("%s with a trigger that refuses rows", qPrintable(table))
+            << table
+            << QStringList{u"create trigger refusal before insert on %1 "
+                           "begin select raise(abort, 'refused'); end"_s.arg(table)}
+            << u"refused Unable to fetch row"_s;
+    }
 }
 
 void tst_faults_disk::table_of_another_shape()
 {
     QFETCH(const QString, table);
-    lose_rows_of_table_after(
-        table, {u"drop table "_s + table, u"create table %1(bookmark integer)"_s.arg(table)});
+    QFETCH(const QStringList, statements);
+    QFETCH(const QString, error);
+    lose_rows_of_table_after(table, statements, error);
 }
 
 void tst_faults_disk::result_folder_removed_after_each_tab_data()
@@ -535,6 +558,45 @@ void tst_faults_disk::result_folder_removed_after_each_tab()
         QCOMPARE(lines.count(failure), 1);
     }
     QCOMPARE(lines.last(), u"[pub_extract_artifacts] - END"_s);
+    QVERIFY(!QFileInfo::exists(host.settings.result_folder));
+}
+
+void tst_faults_disk::result_folder_removed_between_rows_data()
+{
+    QTest::addColumn<bool>("has_many_rows");
+    QTest::addColumn<QString>("moment");
+    QTest::addRow("after the first of 3") << false << u"records 1"_s;
+    QTest::addRow("after 3,000 of 4,000") << true << u"records 3000"_s;
+}
+
+// SQLite goes on in the file that has no name any more: the table ends without a failure.
+void tst_faults_disk::result_folder_removed_between_rows()
+{
+    QFETCH(const bool, has_many_rows);
+    QFETCH(const QString, moment);
+    std::optional<reference_run> many;
+    if (has_many_rows)
+        many.emplace(add_many_applications);
+    const log_capture log;
+    host_double host(many ? many->volume() : m_reference->volume(), row_progress::every_row);
+    host.settings.general = log.general_info();
+    host.on_event([&](const QString &event) {
+        if (event == moment)
+            QVERIFY(QDir(host.settings.result_folder).removeRecursively());
+    });
+    host.set_up();
+    log.clear();
+    host.extract();
+
+    const QStringList lines = log.messages();
+    const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
+    QCOMPARE(lines_of_run(lines, *tabs.first()), QStringList());
+    for (const result_tab *tab : tabs)
+        QCOMPARE(lines.count(tab->log_line("Destination Db opening failed "_L1)),
+                 tab == tabs.first() ? 0 : 1);
+    const qint64 rows = has_many_rows ? many_row_count : sample_row_count;
+    QVERIFY(host.events().contains(u"tabs %1"_s.arg(tabs.size())));
+    QCOMPARE(rows_counted(host.events()).first(), rows);
     QVERIFY(!QFileInfo::exists(host.settings.result_folder));
 }
 
