@@ -3,8 +3,11 @@
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
 #include "registry_data.h"
+#include "text_operations.h"
 #include "windows_installed_applications_winos.h"
 
+#include <iterator>
+#include <limits>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -182,6 +185,7 @@ constexpr text_operation operations[] = {
     show_windows_path,
     write_log_line,
 };
+static_assert(std::size(operations) == text_operation_count, "make_seeds has seeds for each");
 
 /// The first byte chooses the operation, its highest bit whether the rest is UTF-16 or UTF-8.
 void run_operation(const QByteArray &input)

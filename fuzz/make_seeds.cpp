@@ -2,6 +2,7 @@
 #include "evidence_volume.h"
 #include "files.h"
 #include "sample_evidence.h"
+#include "text_operations.h"
 
 #include <QStringList>
 #include <cstdio>
@@ -79,8 +80,7 @@ void write_text_seeds(const QString &path)
         u"macOS 14.5"_s,
     };
     seed_folder seeds(path);
-    constexpr int operations = 40; // not fewer than fuzz_texts.cpp has
-    for (int operation = 0; operation < operations; ++operation) {
+    for (int operation = 0; operation < text_operation_count; ++operation) {
         for (const QString &text : texts)
             seeds.add(char(operation) + text.toUtf8());
     }

@@ -30,8 +30,14 @@ namespace {
 constexpr qint64 ten_mb = qint64(10) << 20;
 constexpr qint64 gib = qint64(1) << 30;
 
+#ifdef Q_OS_LINUX
+constexpr bool is_linux = true;
+#else
+constexpr bool is_linux = false;
+#endif
+
 /// A sanitizer's own memory would be measured with the rest.
-constexpr bool is_memory_measurable = !BUILT_WITH_SANITIZERS;
+constexpr bool is_memory_measurable = is_linux && !BUILT_WITH_SANITIZERS;
 
 /// The least that a row costs of a walk's budget: the entry in a list and the record it leads to.
 constexpr qint64 least_cost_of_a_row = 4 + 0x18;
@@ -118,10 +124,14 @@ void tst_bounds::one_hive_of_10_mb()
           outcome.peak_kib / 1024, rows, database_size >> 20, outcome.hive_opens);
 
     QVERIFY2(outcome.completed, outcome.errors.constData());
-    QVERIFY(!is_memory_measurable || outcome.peak_kib < gib / 1024);
     QVERIFY(database_size <= gib);
     QVERIFY(rows <= all_tabs().size() * walk_budget::hive_lengths * length / least_cost_of_a_row);
+    if (!is_linux)
+        QSKIP("Memory is measured and opened files are counted on Linux only");
+    QVERIFY(outcome.hive_opens >= 1);
     QVERIFY(outcome.hive_opens <= most_opens(length));
+    QVERIFY(outcome.peak_kib > 0);
+    QVERIFY(!is_memory_measurable || outcome.peak_kib < gib / 1024);
 }
 
 // Entries are read and written one by one: how many there are costs no memory.
@@ -138,6 +148,9 @@ void tst_bounds::a_folder_of_many_packages()
     QCOMPARE(run_of_few.names, few);
     QCOMPARE(run_of_many.rows, many);
     QCOMPARE(run_of_many.names, many);
+    if (!is_linux)
+        QSKIP("Memory is measured on Linux only");
+    QVERIFY(run_of_few.peak_kib > 0);
     QVERIFY(!is_memory_measurable || run_of_many.peak_kib - run_of_few.peak_kib < most_kib_more);
 }
 

@@ -76,9 +76,11 @@ void tst_faults_log::cannot_be_written_data()
     QTest::newRow("a folder that does not exist") << u"absent/debug.log"_s << QString();
     QTest::newRow("below a file") << u"file/debug.log"_s << QString();
     QTest::newRow("a name that is too long") << QString(300, u'x') << QString();
+#ifdef Q_OS_LINUX // elsewhere nothing stands for such a disk
     QTest::newRow("a disk that is always full")
         << u"/dev/full"_s
         << u"QIODevice::seek (QFile, \"/dev/full\"): Cannot call seek on a sequential device"_s;
+#endif
 }
 
 void tst_faults_log::cannot_be_written()

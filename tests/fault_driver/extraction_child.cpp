@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QFile>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -61,8 +62,11 @@ void kill_after(const QString &microseconds)
     if (microseconds.isEmpty())
         return;
     std::signal(SIGALRM, kill_self);
+    constexpr qint64 us_per_s = 1000000;
     const qint64 us = std::max(qint64(1), microseconds.toLongLong());
-    const itimerval timer = {{}, {us / 1000000, us % 1000000}};
+    itimerval timer = {};
+    timer.it_value.tv_sec = static_cast<time_t>(us / us_per_s);
+    timer.it_value.tv_usec = static_cast<suseconds_t>(us % us_per_s);
     setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
@@ -71,8 +75,12 @@ bool mount_read_only(const QByteArray &folder)
 {
 #ifdef Q_OS_LINUX
     const char *path = folder.constData();
-    constexpr unsigned long read_only = MS_BIND | MS_REMOUNT | MS_RDONLY;
-    const bool is_mounted = unshare(CLONE_NEWNS) == 0 &&
+    // Who is not root may mount in a user namespace, but lift nothing that the file system forbids.
+    const bool has_own_view =
+        unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
+    constexpr unsigned long read_only =
+        MS_BIND | MS_REMOUNT | MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC;
+    const bool is_mounted = has_own_view &&
                             mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
                             mount(path, path, nullptr, MS_BIND, nullptr) == 0 &&
                             mount(nullptr, path, nullptr, read_only, nullptr) == 0;

@@ -1,27 +1,14 @@
 #include "extraction_process.h"
 
-#include <QProcessEnvironment>
-#include <stdexcept>
+#include "file_privileges.h"
 
-#ifdef Q_OS_LINUX
-#include <linux/capability.h>
-#include <sys/prctl.h>
-#endif
+#include <stdexcept>
 
 namespace test_support {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void drop_file_privileges()
-{
-#ifdef Q_OS_LINUX
-    // What the bounding set lacks is gone after the program was executed.
-    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
-#endif
-}
 
 /// Takes one line of the process's output into the outcome.
 void note(extraction_outcome &outcome, const QByteArray &line)

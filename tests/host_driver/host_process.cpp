@@ -1,5 +1,7 @@
 #include "host_process.h"
 
+#include "file_privileges.h"
+
 #include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <csignal>
@@ -7,11 +9,7 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <unistd.h>
-
-#ifdef Q_OS_LINUX
-#include <linux/capability.h>
-#include <sys/prctl.h>
-#endif
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -38,15 +36,6 @@ QByteArray without_elapsed_times(const QByteArray &output)
 {
     static const QRegularExpression elapsed(u"(tabs, \\d+ rows, )\\d+:\\d\\d"_s);
     return QString::fromUtf8(output).replace(elapsed, u"\\10:00"_s).toUtf8();
-}
-
-void drop_file_privileges()
-{
-#ifdef Q_OS_LINUX
-    // What the bounding set lacks is gone after the program was executed.
-    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
-#endif
 }
 
 } // namespace
@@ -130,14 +119,18 @@ void host_process::send_signal(int signal_number) const
     kill(static_cast<pid_t>(m_process.processId()), signal_number);
 }
 
-QByteArray host_process::received_by_terminal() const
+/// Everything up to the end, which comes once no process has the terminal line open any more: the
+/// system may take a while to hand on what was written last.
+QByteArray host_process::received_by_terminal()
 {
     if (m_terminal < 0)
         return {};
-    QByteArray received(65536, Qt::Uninitialized);
-    fcntl(m_terminal, F_SETFL, O_NONBLOCK);
-    const ssize_t size = read(m_terminal, received.data(), static_cast<size_t>(received.size()));
-    received.truncate(size > 0 ? size : 0);
+    close(std::exchange(m_terminal_line, -1));
+    QByteArray received;
+    char part[4096];
+    ssize_t size = 0;
+    while ((size = read(m_terminal, part, sizeof part)) > 0)
+        received.append(part, size);
     return without_elapsed_times(received);
 }
 

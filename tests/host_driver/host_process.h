@@ -47,7 +47,7 @@ public:
 
 private:
     void prepare_child() const;
-    QByteArray received_by_terminal() const;
+    QByteArray received_by_terminal();
 
     QProcess m_process;
     QByteArray m_errors;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <sys/mman.h>
+#include <unistd.h>
 
 // NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): glibc's own names
 extern "C" void *__libc_malloc(std::size_t size);
@@ -13,8 +14,6 @@ extern "C" void __libc_free(void *memory);
 // NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
 
 namespace {
-
-constexpr std::size_t page_size = 4096;
 
 struct guarded_block
 {
@@ -42,13 +41,17 @@ void *guarded_allocation(std::size_t size)
     guarded_block *const block = block_of(nullptr);
     if (block == nullptr)
         return nullptr;
+    const auto page_size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     const std::size_t used = (size + page_size - 1) / page_size * page_size;
     const std::size_t mapped = used + 2 * page_size;
     void *const mapping = mmap(nullptr, mapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapping == MAP_FAILED)
         return nullptr;
     char *const begin = static_cast<char *>(mapping);
-    mprotect(begin + page_size, used, PROT_READ | PROT_WRITE);
+    if (mprotect(begin + page_size, used, PROT_READ | PROT_WRITE) != 0) {
+        munmap(mapping, mapped);
+        return nullptr;
+    }
     *block = {begin, mapped, begin + page_size + used - size};
     ++allocations;
     return block->memory;
