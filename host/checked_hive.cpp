@@ -124,7 +124,7 @@ qint64 checked_hive::block_list_length(qint64 cell, qint64 declared_length)
 {
     const QByteArray record = bytes_at(cell, big_data_record_length);
     if (record.size() < block_count_offset)
-        return 0;
+        return -1;
     const auto cell_size = std::abs(qint64(qFromLittleEndian<qint32>(record.constData())));
     if (declared_length <= cell_size - cell_size_length || record.mid(signature_offset, 2) != "db")
         return 0;
