@@ -1,5 +1,7 @@
 #include "random_damage.h"
 
+#include "byte_fields.h"
+#include "hive_bins.h"
 #include "regf_format.h"
 
 #include <algorithm>
@@ -104,25 +106,44 @@ struct damage_kind
 };
 
 // The first bytes of a record, or any bytes, in the last cell of the file.
-QByteArray cut_record(damage_choices &choices)
+QByteArray cut_record(const char *signature, damage_choices &choices)
 {
-    const QByteArray record = choices.signature() + choices.bytes(0x60);
+    const QByteArray record = signature + choices.bytes(0x60);
     return record.left(choices.between(2, record.size()));
 }
 
-void put_into_list(hive_damage &hive, damage_choices &choices, qint64 cell)
+QByteArray cut_record(damage_choices &choices)
 {
-    if (choices.one_in(2))
-        hive.list_entry(choices.list(), choices.index(), cell);
-    else
-        hive.offset_entry(choices.value_list(), choices.index(), cell);
+    return cut_record(choices.signature(), choices);
 }
 
-void put_block_list(hive_damage &hive, const value_cells &big_data, qint64 cell)
+// Ends the file within a record of the kind that a list holds, mostly, and lists it.
+void list_cut_record(hive_damage &hive, damage_choices &choices)
 {
-    if (big_data.block_list == 0)
+    const bool is_key = choices.one_in(2);
+    const qint64 list = is_key ? choices.list() : choices.value_list();
+    const qint64 index = choices.one_in(4) ? choices.index() : 0;
+    const char *const signature = is_key ? "nk" : "vk";
+    hive.add_last_cell(choices.one_in(4) ? cut_record(choices) : cut_record(signature, choices));
+    if (is_key)
+        hive.list_entry(list, index, hive.last_cell());
+    else
+        hive.offset_entry(list, index, hive.last_cell());
+}
+
+// Ends the file within the list of big data's blocks, which may claim any number of them.
+void cut_block_list(hive_damage &hive, damage_choices &choices)
+{
+    const value_cells big = choices.big_value();
+    if (big.blocks.isEmpty())
         throw std::out_of_range("no big data");
-    hive.set_32(big_data.data + regf::db::block_list, static_cast<quint32>(cell - regf::first_bin));
+    QByteArray list(choices.between(1, 4) * regf::list::plain_entry_size, '\0');
+    for (qsizetype entry = 0; entry < list.size(); entry += regf::list::plain_entry_size)
+        put_32(list, entry,
+               stored_offset(big.blocks.at(choices.between(0, big.blocks.size() - 1))));
+    hive.add_last_cell(list);
+    hive.set_32(big.data + regf::db::block_list, stored_offset(hive.last_cell()));
+    hive.block_count(big.data, choices.short_number());
 }
 
 /// What leaves the header and the chain of cells alone.
@@ -188,11 +209,7 @@ constexpr damage_kind record_damages[] = {
      }},
     {"shrunk list of blocks",
      [](hive_damage &hive, damage_choices &c) { hive.shrink_cell(c.big_value().block_list, 8); }},
-    {"cut record at the end",
-     [](hive_damage &hive, damage_choices &c) {
-         hive.add_last_cell(cut_record(c));
-         put_into_list(hive, c, hive.last_cell());
-     }},
+    {"cut record at the end", list_cut_record},
     {"cut data at the end",
      [](hive_damage &hive, damage_choices &c) {
          hive.add_last_cell(cut_record(c));
@@ -203,20 +220,21 @@ constexpr damage_kind record_damages[] = {
          hive.add_last_cell(cut_record(c));
          hive.subkey_list(c.key(), hive.last_cell());
      }},
-    {"cut list of blocks at the end",
-     [](hive_damage &hive, damage_choices &c) {
-         hive.add_last_cell(c.bytes(c.between(0, 16)));
-         put_block_list(hive, c.big_value(), hive.last_cell());
-     }},
+    {"cut list of blocks at the end", cut_block_list},
     {"dirty",
      [](hive_damage &hive, damage_choices &c) { hive.sequence_numbers(c.number(), c.number()); }},
 };
 
-/// What makes libhivex refuse the file more often than not.
+/// What makes libhivex refuse the file more often than not, or hides every key.
 constexpr damage_kind file_damages[] = {
     {"cell size",
      [](hive_damage &hive, damage_choices &c) {
          hive.cell_size(c.cell(), static_cast<qint32>(c.number()));
+     }},
+    {"cut root key at the end",
+     [](hive_damage &hive, damage_choices &c) {
+         hive.add_last_cell(cut_record("nk", c));
+         hive.set_32(regf::base_block::root_cell, stored_offset(hive.last_cell()));
      }},
     {"bins size", [](hive_damage &hive, damage_choices &c) { hive.bins_size(c.number()); }},
     {"truncated at a page",
