@@ -1,5 +1,6 @@
 #include "files.h"
 #include "host_double.h"
+#include "host_process.h"
 #include "reference_run.h"
 #include "result_database.h"
 #include "sample_evidence.h"
@@ -24,10 +25,14 @@ private slots:
     void is_the_same_when_it_cannot_be_written();
     void gives_the_same_rows_from_a_read_only_mount();
     void no_system_call_alters_it();
+    void no_system_call_of_the_reference_host_alters_it();
     void finds_calls_that_would_alter_it_data();
     void finds_calls_that_would_alter_it();
 
 private:
+    QString trace_path() const { return m_folder.filePath(u"trace"_s); }
+    QStringList tracer() const;
+    void check_trace(const QStringList &trace, const QString &result_folder);
     QHash<QString, QList<QStringList>> rows_of_all_tables(const QString &database) const;
 
     evidence_volume m_volume;
@@ -153,30 +158,59 @@ void tst_evidence_untouched::gives_the_same_rows_from_a_read_only_mount()
     QCOMPARE(volume_snapshot(m_volume.root()), before);
 }
 
-void tst_evidence_untouched::no_system_call_alters_it()
+/// The command that runs another one and writes its system calls; empty without strace.
+QStringList tst_evidence_untouched::tracer() const
 {
     const QString strace = QStandardPaths::findExecutable(u"strace"_s);
     if (strace.isEmpty())
-        QSKIP("strace is not installed");
-    const QString trace_path = m_folder.filePath(u"trace"_s);
-    const QString folder = m_folder.filePath(u"traced"_s);
+        return {};
     // A sanitizer's leak check cannot run under a tracer.
-    const QStringList tracer{
-        strace,  u"-f"_s,   u"-y"_s, u"-s"_s, u"4096"_s, u"-E"_s, u"ASAN_OPTIONS=detect_leaks=0"_s,
-        u"-o"_s, trace_path};
-    const extraction_outcome outcome = extraction_process(m_volume, folder).under(tracer).run();
-    if (outcome.errors.contains("Operation not permitted"))
-        QSKIP("This machine does not let a process be traced");
-    QVERIFY2(outcome.completed, outcome.errors.constData());
+    return {strace,
+            u"-f"_s,
+            u"-y"_s,
+            u"-s"_s,
+            u"4096"_s,
+            u"-E"_s,
+            u"ASAN_OPTIONS=detect_leaks=0"_s,
+            u"-o"_s,
+            trace_path()};
+}
 
-    const QStringList trace = after_the_beginning(read_file(trace_path));
+void tst_evidence_untouched::check_trace(const QStringList &trace, const QString &result_folder)
+{
     const QString root = m_volume.root().chopped(1);
     QVERIFY(!trace.filter(root).filter(u"SOFTWARE"_s).filter(u"openat("_s).isEmpty());
-    QVERIFY(!altering_lines(trace, folder).isEmpty()); // the database is seen to be written
+    QVERIFY(!altering_lines(trace, result_folder).isEmpty()); // the database is seen to be written
     QCOMPARE(altering_lines(trace, root).join(u'\n'), QString());
 }
 
-// The check above can fail.
+void tst_evidence_untouched::no_system_call_alters_it()
+{
+    if (tracer().isEmpty())
+        QSKIP("strace is not installed");
+    const QString folder = m_folder.filePath(u"traced"_s);
+    const extraction_outcome outcome = extraction_process(m_volume, folder).under(tracer()).run();
+    if (outcome.errors.contains("Operation not permitted"))
+        QSKIP("This machine does not let a process be traced");
+    QVERIFY2(outcome.completed, outcome.errors.constData());
+    check_trace(after_the_beginning(read_file(trace_path())), folder);
+}
+
+void tst_evidence_untouched::no_system_call_of_the_reference_host_alters_it()
+{
+    if (tracer().isEmpty())
+        QSKIP("strace is not installed");
+    const QString folder = m_folder.filePath(u"traced host"_s);
+    const host_result result =
+        host_process().under(tracer()).run({u"extract"_s, m_volume.root(), u"--result"_s, folder});
+    const QString errors = result.errors.join(u'\n');
+    if (errors.contains("Operation not permitted"_L1))
+        QSKIP("This machine does not let a process be traced");
+    QVERIFY2(result.exit_code == 0, qPrintable(errors));
+    check_trace(QString::fromLocal8Bit(read_file(trace_path())).split(u'\n'), folder);
+}
+
+// The check of a trace can fail.
 void tst_evidence_untouched::finds_calls_that_would_alter_it_data()
 {
     QTest::addColumn<QString>("line");

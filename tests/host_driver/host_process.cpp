@@ -79,6 +79,13 @@ host_process &host_process::on_terminal()
     return *this;
 }
 
+host_process &host_process::under(const QStringList &command)
+{
+    m_first_arguments = command.mid(1) << m_process.program();
+    m_process.setProgram(command.first());
+    return *this;
+}
+
 host_process &host_process::ignoring_interrupts()
 {
     m_interrupts_ignored = true;
@@ -98,7 +105,7 @@ void host_process::prepare_child() const
 void host_process::start(const QStringList &arguments)
 {
     m_process.setChildProcessModifier([this] { prepare_child(); });
-    m_process.setArguments(arguments);
+    m_process.setArguments(m_first_arguments + arguments);
     m_process.start();
     if (!m_process.waitForStarted(patience_ms))
         give_up("the program does not start");

@@ -33,6 +33,8 @@ public:
     host_process &without_privileges();
     /// Gives the program a terminal for its standard error.
     host_process &on_terminal();
+    /// Runs the program under another one, which gets its command line appended to `command`.
+    host_process &under(const QStringList &command);
     /// Lets the program be started with SIGINT ignored, as `nohup` and shells in the background do.
     host_process &ignoring_interrupts();
 
@@ -50,6 +52,7 @@ private:
     QByteArray received_by_terminal();
 
     QProcess m_process;
+    QStringList m_first_arguments;
     QByteArray m_errors;
     bool m_unprivileged = false;
     bool m_interrupts_ignored = false;
