@@ -96,7 +96,7 @@ bool any_walk_ends(const QString &path, const host_tab &tab)
 void list_often(hive_damage &damage, const hive_key &key, qint64 value, int count,
                 std::optional<qint64> last = std::nullopt)
 {
-    constexpr int longest_list = 30000;
+    constexpr qsizetype longest_list = 30000;
     QList<quint32> entries(longest_list, qToLittleEndian(quint32(value - regf::first_bin)));
     if (last)
         entries[count - 1] = qToLittleEndian(quint32(*last - regf::first_bin));
