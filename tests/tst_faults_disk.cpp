@@ -52,6 +52,7 @@ private:
     QString defect_of_tables(const QString &database_path, int whole_tabs) const;
     void lose_rows_of_table_after(const QString &table, const QStringList &statements,
                                   const QString &error);
+    QStringList log_when_the_result_folder_goes(host_double &host, const QString &moment) const;
 
     std::optional<reference_run> m_reference;
 };
@@ -527,6 +528,22 @@ void tst_faults_disk::table_of_another_shape()
     lose_rows_of_table_after(table, statements, error);
 }
 
+/// The log of a run whose result folder is removed within the given signal.
+QStringList tst_faults_disk::log_when_the_result_folder_goes(host_double &host,
+                                                             const QString &moment) const
+{
+    const log_capture log;
+    host.settings.general = log.general_info();
+    host.on_event([&](const QString &event) {
+        if (event == moment)
+            QVERIFY(QDir(host.settings.result_folder).removeRecursively());
+    });
+    host.set_up();
+    log.clear();
+    host.extract();
+    return log.messages();
+}
+
 void tst_faults_disk::result_folder_removed_after_each_tab_data()
 {
     QTest::addColumn<int>("tab");
@@ -537,19 +554,9 @@ void tst_faults_disk::result_folder_removed_after_each_tab_data()
 void tst_faults_disk::result_folder_removed_after_each_tab()
 {
     QFETCH(const int, tab);
-    const log_capture log;
     host_double host(m_reference->volume());
-    host.settings.general = log.general_info();
     const QString moment = tab == 0 ? u"records 0"_s : u"tabs %1"_s.arg(tab);
-    host.on_event([&](const QString &event) {
-        if (event == moment)
-            QVERIFY(QDir(host.settings.result_folder).removeRecursively());
-    });
-    host.set_up();
-    log.clear();
-    host.extract();
-
-    const QStringList lines = log.messages();
+    const QStringList lines = log_when_the_result_folder_goes(host, moment);
     const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
     for (qsizetype i = tab; i < tabs.size(); ++i) {
         const QString failure = tabs[i]->log_line("Destination Db opening failed "_L1);
@@ -577,18 +584,8 @@ void tst_faults_disk::result_folder_removed_between_rows()
     std::optional<reference_run> many;
     if (has_many_rows)
         many.emplace(add_many_applications);
-    const log_capture log;
     host_double host(many ? many->volume() : m_reference->volume(), row_progress::every_row);
-    host.settings.general = log.general_info();
-    host.on_event([&](const QString &event) {
-        if (event == moment)
-            QVERIFY(QDir(host.settings.result_folder).removeRecursively());
-    });
-    host.set_up();
-    log.clear();
-    host.extract();
-
-    const QStringList lines = log.messages();
+    const QStringList lines = log_when_the_result_folder_goes(host, moment);
     const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
     QCOMPARE(lines_of_run(lines, *tabs.first()), QStringList());
     for (const result_tab *tab : tabs)
