@@ -176,14 +176,14 @@ std::optional<QList<size_t>> checked_hive::list_of(hive_node_h key, list_operati
         return std::nullopt;
     const std::unique_ptr<size_t, memory_freer> entries(list(m_handle.get(), key));
     if (entries == nullptr) {
-        m_left -= refusal_cost();
+        spend_refusals(1);
         return std::nullopt;
     }
     const size_t *const begin = entries.get();
     const size_t *end = begin;
     while (*end != 0)
         ++end;
-    m_left -= list_entry_length * (end - begin);
+    spend(list_entry_length * (end - begin));
     return QList<size_t>(begin, end);
 }
 
@@ -194,11 +194,11 @@ checked_hive::text checked_hive::name_of(size_t record, const named_record &layo
         return nullptr;
     text found(name(m_handle.get(), record));
     if (found != nullptr)
-        m_left -= layout.length + static_cast<qint64>(std::strlen(found.get()));
+        spend(layout.length + static_cast<qint64>(std::strlen(found.get())));
     else // by a record that may claim more than the file has
-        m_left -= std::min(layout.length +
-                               number_at(static_cast<qint64>(record) + layout.name_length_offset),
-                           refusal_cost());
+        spend(std::min(layout.length +
+                           number_at(static_cast<qint64>(record) + layout.name_length_offset),
+                       refusal_cost()));
     return found;
 }
 

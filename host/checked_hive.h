@@ -67,7 +67,7 @@ public:
     void spend(qint64 bytes) { m_left -= bytes; }
 
     /// Counts the lists that the plug-in asks for where there is no key.
-    void spend_refusals(qint64 count) { m_left -= count * refusal_cost(); }
+    void spend_refusals(qint64 count) { spend(count * refusal_cost()); }
 
 private:
     struct hive_closer

@@ -822,8 +822,9 @@ void tst_artifact_host::tells_why_nothing_is_left_to_read()
 void tst_artifact_host::warns_about_keys_that_cannot_be_listed()
 {
     evidence_volume volume;
-    const auto undecodable = hive_name::raw(QByteArray("\x00\xd8", 2), false);
-    volume.software().key(u"Microsoft\\Windows\\CurrentVersion"_s).add_key(undecodable);
+    volume.software()
+        .key(u"Microsoft\\Windows\\CurrentVersion"_s)
+        .add_key(hive_name::lone_surrogate());
     fill_software(volume.software());
     volume.write();
     const host_result result = extract(volume, {u"--quiet"_s});
@@ -839,8 +840,9 @@ void tst_artifact_host::warns_about_keys_of_the_backup_when_that_is_read()
 {
     evidence_volume volume;
     volume.file(software_file, QByteArray(8192, 'x'));
-    const auto undecodable = hive_name::raw(QByteArray("\x00\xd8", 2), false);
-    volume.reg_back_software().key(u"Microsoft\\Windows\\CurrentVersion"_s).add_key(undecodable);
+    volume.reg_back_software()
+        .key(u"Microsoft\\Windows\\CurrentVersion"_s)
+        .add_key(hive_name::lone_surrogate());
     fill_software(volume.reg_back_software());
     volume.write();
     const host_result result = extract(volume, {u"--quiet"_s});

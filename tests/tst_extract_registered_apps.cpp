@@ -212,7 +212,7 @@ void tst_extract_registered_apps::ends_at_a_value_without_a_readable_name()
     worker_fixture fixture;
     applications(fixture.volume.software())
         .text(u"A"_s, u"a"_s)
-        .value(hive_name::raw(QByteArray("\x00\xd8", 2), false), reg_sz, registry_text(u"b"_s))
+        .value(hive_name::lone_surrogate(), reg_sz, registry_text(u"b"_s))
         .text(u"C"_s, u"c"_s);
     fixture.find_files();
     QCOMPARE(rows_of_run(fixture), QList<QStringList>{row_of(u"A"_s, u"a"_s)});

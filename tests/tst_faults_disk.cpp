@@ -6,6 +6,7 @@
 #include "result_database.h"
 #include "result_file.h"
 #include "sample_evidence.h"
+#include "tab_rows.h"
 #include "test_main.h"
 #include "windows_installed_applications_winos.h"
 
@@ -153,21 +154,6 @@ QString unexplained(const QStringList &messages, const QStringList &undisturbed)
     return strange.join(u'\n');
 }
 
-void add_tab_rows()
-{
-    QTest::addColumn<QString>("table");
-    const QStringList tables = all_tabs();
-    for (const QString &table : tables)
-        QTest::newRow(qPrintable(table)) << table;
-}
-
-const result_tab &tab_of(const QString &table)
-{
-    const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
-    return **std::find_if(tabs.cbegin(), tabs.cend(),
-                          [&table](const result_tab *tab) { return tab->name == table; });
-}
-
 /// The statement as Qt tells that it was executed, with its placeholders numbered.
 QString executed_statement(const result_tab &tab)
 {
@@ -236,7 +222,7 @@ QStringList lines_for_rows_not_counted(const QStringList &lines, const QStringLi
     QStringList expected;
     const QList<qint64> counted = rows_counted(events);
     for (qsizetype i = 0; i < tabs.size(); ++i) {
-        const result_tab &tab = tab_of(tabs.at(i));
+        const result_tab &tab = tab_named(tabs.at(i));
         if (counted.value(i) == 0 && lines.contains(opening_failure(tab)))
             expected << opening_failure(tab) << any_error;
         else
@@ -345,7 +331,7 @@ void tst_faults_disk::full_in_the_middle_of_many_rows()
         QVERIFY(is_part_of(rows_in(database, table), whole));
         QCOMPARE(defect_of_log(lines, outcome.events, all_tabs(), many), QString());
         QVERIFY(lines.join(u'\n').contains(
-            insert_failures(tab_of(table), u"database or disk is full Unable to fetch row"_s, 1)
+            insert_failures(tab_named(table), u"database or disk is full Unable to fetch row"_s, 1)
                 .join(u'\n')));
     }
 }
@@ -383,16 +369,16 @@ void tst_faults_disk::database_locked_by_another_process()
 #ifndef Q_OS_LINUX
     QSKIP("Waiting for a lock is made short on Linux only");
 #endif
-    QFETCH(const QString, table);
+    QFETCH(const QString, tab);
     const QString folder = finished_folder();
     {
         const sqlite_connection other(database_in(folder));
         execute(other.database, u"begin exclusive"_s);
-        const logged_run run = run_with_log(m_reference->process(folder).tabs({table}), folder);
+        const logged_run run = run_with_log(m_reference->process(folder).tabs({tab}), folder);
         QVERIFY2(run.outcome.completed, run.outcome.errors.constData());
-        QCOMPARE(defect_of_log(run.lines, run.outcome.events, {table}, *m_reference), QString());
-        QCOMPARE(lines_of_run(run.lines, tab_of(table)),
-                 insert_failures(tab_of(table), unprepared, sample_row_count));
+        QCOMPARE(defect_of_log(run.lines, run.outcome.events, {tab}, *m_reference), QString());
+        QCOMPARE(lines_of_run(run.lines, tab_named(tab)),
+                 insert_failures(tab_named(tab), unprepared, sample_row_count));
     }
     QCOMPARE(defect_of_tables(database_in(folder), static_cast<int>(all_tabs().size())), QString());
 }
@@ -433,17 +419,17 @@ void tst_faults_disk::database_that_may_not_be_written_data()
 
 void tst_faults_disk::database_that_may_not_be_written()
 {
-    QFETCH(const QString, table);
+    QFETCH(const QString, tab);
     const QString folder = finished_folder();
     QVERIFY(QFile::setPermissions(database_in(folder), QFileDevice::ReadOwner));
 
     const logged_run run =
-        run_with_log(m_reference->process(folder).tabs({table}).without_privileges(), folder);
+        run_with_log(m_reference->process(folder).tabs({tab}).without_privileges(), folder);
     QVERIFY2(run.outcome.completed, run.outcome.errors.constData());
     const QString error = u"attempt to write a readonly database Unable to fetch row"_s;
-    QCOMPARE(defect_of_log(run.lines, run.outcome.events, {table}, *m_reference), QString());
-    QCOMPARE(lines_of_run(run.lines, tab_of(table)),
-             insert_failures(tab_of(table), error, sample_row_count));
+    QCOMPARE(defect_of_log(run.lines, run.outcome.events, {tab}, *m_reference), QString());
+    QCOMPARE(lines_of_run(run.lines, tab_named(tab)),
+             insert_failures(tab_named(tab), error, sample_row_count));
     QCOMPARE(defect_of_tables(database_in(folder), static_cast<int>(all_tabs().size())), QString());
 }
 
@@ -479,8 +465,8 @@ void tst_faults_disk::lose_rows_of_table_after(const QString &table, const QStri
 
     const QStringList lines = log.messages().replaceInStrings(host.database_path(), u"DATABASE"_s);
     QCOMPARE(defect_of_log(lines, host.events(), all_tabs(), *m_reference), QString());
-    QCOMPARE(lines_of_run(lines, tab_of(table)),
-             insert_failures(tab_of(table), error, sample_row_count));
+    QCOMPARE(lines_of_run(lines, tab_named(table)),
+             insert_failures(tab_named(table), error, sample_row_count));
     QCOMPARE(result_database(host.database_path()).integrity_check(), u"ok"_s);
     for (const QString &other : all_tabs()) {
         if (other != table)
@@ -496,8 +482,8 @@ void tst_faults_disk::table_missing_data()
 
 void tst_faults_disk::table_missing()
 {
-    QFETCH(const QString, table);
-    lose_rows_of_table_after(table, {u"drop table "_s + table}, unprepared);
+    QFETCH(const QString, tab);
+    lose_rows_of_table_after(tab, {u"drop table "_s + tab}, unprepared);
 }
 
 void tst_faults_disk::table_of_another_shape_data()
@@ -626,8 +612,8 @@ void tst_faults_disk::database_that_is_no_database()
     QCOMPARE(defect_of_log(lines, host.events(), all_tabs(), *m_reference), QString());
     for (const QString &table : all_tabs()) {
         QCOMPARE(lines.count(u" table creation -----FAILED---- "_s + table), 1);
-        QCOMPARE(lines_of_run(lines, tab_of(table)),
-                 insert_failures(tab_of(table), unprepared, sample_row_count));
+        QCOMPARE(lines_of_run(lines, tab_named(table)),
+                 insert_failures(tab_named(table), unprepared, sample_row_count));
     }
     QCOMPARE(host.events().last(), u"records 0"_s);
     QCOMPARE(read_file(host.database_path()), content);

@@ -39,10 +39,20 @@ private slots:
     void reads_the_file_that_was_opened_last();
 
 private:
+    quint64 cell_of_data_written(qsizetype length) const;
     QString path() const { return m_folder.filePath(u"hive"_s); }
 
     QTemporaryDir m_folder;
 };
+
+/// Writes a hive with a value of so much data; returns the cell that they lie in.
+quint64 tst_hive_file::cell_of_data_written(qsizetype length) const
+{
+    hive_builder hive;
+    hive.root().binary(u"v"_s, QByteArray(length, 'x'));
+    hive.write_to(path());
+    return static_cast<quint64>(hive.root().cells_of_value(0).data);
+}
 
 void tst_hive_file::opens_a_regular_file()
 {
@@ -194,10 +204,7 @@ void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
 
 void tst_hive_file::refuses_a_record_that_cannot_be_read()
 {
-    hive_builder hive;
-    hive.root().binary(u"v"_s, QByteArray(100, 'x'));
-    hive.write_to(path());
-    const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
+    const quint64 cell = cell_of_data_written(100);
     hive_file file;
     QVERIFY(file.open(path()));
     QVERIFY(QFile(path()).resize(0));
@@ -294,10 +301,7 @@ void tst_hive_file::reads_cells_in_any_order()
 
 void tst_hive_file::reads_the_file_that_was_opened_last()
 {
-    hive_builder hive;
-    hive.root().binary(u"v"_s, QByteArray(40000, 'x'));
-    hive.write_to(path());
-    const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
+    const quint64 cell = cell_of_data_written(40000);
     hive_file file;
     QVERIFY(file.open(path()));
     QCOMPARE(file.block_list_length(cell, 40000), 12);

@@ -28,7 +28,7 @@ using namespace test_support;
 
 namespace {
 
-const auto lone_surrogate = hive_name::raw(QByteArray("\x00\xd8", 2), false);
+const auto lone_surrogate = hive_name::lone_surrogate();
 
 /// A hive as a file.
 class checked_file
@@ -45,7 +45,7 @@ private:
     const QString m_path = m_folder.filePath(u"hive"_s);
 };
 
-const host_tab &tab_named(const QString &name)
+const host_tab &host_tab_named(const QString &name)
 {
     const auto &tabs = host_tabs();
     return *std::find_if(tabs.cbegin(), tabs.cend(),
@@ -431,7 +431,7 @@ void tst_key_check::tells_from_the_value_on_that_ends_a_walk()
 {
     QFETCH(int, number);
     const repeated_value value = repeated_values().at(number);
-    const host_tab &tab = tab_named(value.tab);
+    const host_tab &tab = host_tab_named(value.tab);
     const auto hive_of = [&value](int count) { return value.hive_listing(count); };
     const int count = first_told(hive_of, tab.key);
     QVERIFY(count > 0);
@@ -449,7 +449,7 @@ void tst_key_check::tells_from_the_icon_on_that_is_lost()
     QFETCH(int, number);
     const repeated_icon icon = repeated_icons().at(number);
     const int count = first_told([&icon](int icons) { return icon.hive_listing(icons); },
-                                 tab_named(u"hidden_desktop_icons_app"_s).key);
+                                 host_tab_named(u"hidden_desktop_icons_app"_s).key);
     QVERIFY(count > 2);
     QVERIFY(is_any_icon_lost(icon, count + 1)); // what the last one costs is no loss
     QVERIFY(!is_any_icon_lost(icon, count - 1));
@@ -493,7 +493,7 @@ void tst_key_check::tells_what_hides_the_name_of_an_icon()
     hidden.dword(u"{1}"_s, 1).dword(u"{2}"_s, 1).dword(u"{absent}"_s, 1).dword(u""_s, 1);
     hive_key &first = hive.key(name_space_key + u"\\{1}"_s).text(u""_s, u"name"_s);
     hive.key(name_space_key + u"\\{2}"_s).text(u""_s, u"name"_s);
-    const listed_key key = tab_named(u"hidden_desktop_icons_app"_s).key;
+    const listed_key key = host_tab_named(u"hidden_desktop_icons_app"_s).key;
     QCOMPARE(checked_file(hive.bytes()).findings(key), QStringList());
     hive_damage damage(hive.bytes());
     damage.value_count(first.cells().key, 1000);

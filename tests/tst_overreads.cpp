@@ -46,7 +46,7 @@ private slots:
     void walks_of_hives_that_are_emptied_meanwhile();
 
 private:
-    QString guarded_hive(const QByteArray &hive);
+    QString write_guarded(const QByteArray &hive);
     void walk(const QByteArray &hive);
 
     QTemporaryDir m_folder;
@@ -234,7 +234,7 @@ void tst_overreads::initTestCase()
 }
 
 /// Writes the hive; memory of its size is guarded from then on.
-QString tst_overreads::guarded_hive(const QByteArray &hive)
+QString tst_overreads::write_guarded(const QByteArray &hive)
 {
     QString path = m_folder.filePath(u"hive"_s);
     write_file(path, hive);
@@ -244,7 +244,7 @@ QString tst_overreads::guarded_hive(const QByteArray &hive)
 
 void tst_overreads::walk(const QByteArray &hive)
 {
-    const QString path = guarded_hive(hive);
+    const QString path = write_guarded(hive);
     walk_hive_in_every_way(path);
     for (const host_tab &tab : host_tabs())
         key_findings(path, {tab.key});
@@ -373,7 +373,7 @@ void tst_overreads::walks_of_hives_that_end_within_the_root_key()
     damage.set_32(regf::base_block::root_cell, stored_offset(damage.last_cell()));
     walk(damage.bytes());
 
-    const QString path = guarded_hive(damage.bytes());
+    const QString path = write_guarded(damage.bytes());
     time_walker walker;
     const int result = walker.start_registry_parse(path, u"\\"_s, false);
     guard_memory_of_size(0);
@@ -388,7 +388,7 @@ void tst_overreads::walks_of_hives_that_are_emptied_meanwhile()
     hive.root().binary(u"big"_s, QByteArray(40000, 'x'));
     hive_damage damage(hive.bytes());
     cut_block_list(damage, {hive.root(), hive.root()}, shortest_record);
-    const QString path = guarded_hive(damage.bytes());
+    const QString path = write_guarded(damage.bytes());
     emptying_walker walker(path);
     const int result = walker.start_registry_parse(path, u"\\"_s, true);
     guard_memory_of_size(0);

@@ -419,9 +419,8 @@ void tst_registry_keys::lists_70000_subkeys()
 void tst_registry_keys::lists_all_keys_beside_many_names_that_cannot_be_read()
 {
     noted_hive noted;
-    const auto unreadable = hive_name::raw(QByteArray("\x00\xd8", 2), false);
     for (int i = 0; i < 10000; ++i)
-        noted.hive.key(u"a"_s).add_key(unreadable).text(u"v"_s, u"text"_s);
+        noted.hive.key(u"a"_s).add_key(hive_name::lone_surrogate()).text(u"v"_s, u"text"_s);
     noted.hive.key(u"a\\last"_s).text(u"v"_s, u"text"_s);
     QCOMPARE(noted.walk(u"a"_s, false), 0);
     QCOMPARE(noted.walker.values, QStringList{u"last:v"_s});

@@ -53,20 +53,25 @@ bool guarded_hive::open(const QString &path)
     // Opened for writing, libhivex reads the file into memory instead of mapping it, so that a file
     // that shrinks meanwhile cannot crash the walk; the file itself is only ever opened to read.
     m_handle.reset(hivex_open(path.toLocal8Bit().constData(), HIVEX_OPEN_WRITE));
-    m_root = m_handle ? hivex_root(m_handle.get()) : 0;
-    m_budget.start(m_file.length());
-    if (m_root == 0)
+    if (!m_handle || root() == 0) {
         close();
-    return m_root != 0;
+        return false;
+    }
+    m_budget.start(m_file.length());
+    return true;
 }
 
 void guarded_hive::close()
 {
     m_handle.reset();
     m_file.close();
-    m_root = 0;
     m_budget = {};
     m_large_data.clear();
+}
+
+unsigned long guarded_hive::root() const
+{
+    return hivex_root(m_handle.get());
 }
 
 QList<size_t> guarded_hive::subkeys(hive_h *hive, unsigned long node)

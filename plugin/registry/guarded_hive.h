@@ -38,8 +38,8 @@ public:
 
     hive_h *handle() const { return m_handle.get(); }
 
-    /// The root key.
-    unsigned long root() const { return m_root; }
+    /// The root key of the hive that is open; 0 when it has none.
+    unsigned long root() const;
 
     /// What the walk may still read.
     walk_budget &budget() { return m_budget; }
@@ -80,7 +80,6 @@ private:
     hivex_text affordable(hivex_text name, size_t record, const named_record &layout);
 
     std::unique_ptr<hive_h, closer> m_handle;
-    unsigned long m_root = 0;
     hive_file m_file;
     walk_budget m_budget;
     QHash<QPair<size_t, size_t>, QByteArray> m_large_data; ///< by data cell and length

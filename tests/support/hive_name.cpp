@@ -35,6 +35,11 @@ hive_name hive_name::raw(const QByteArray &stored, bool compressed)
     return {stored, compressed};
 }
 
+hive_name hive_name::lone_surrogate()
+{
+    return raw(QByteArray("\x00\xd8", 2), false);
+}
+
 QString hive_name::text() const
 {
     return m_compressed ? QString::fromLatin1(m_stored) : from_utf16le(m_stored);

@@ -19,6 +19,9 @@ public:
     /// Stored as the given bytes, valid or not; `compressed` is what the flag says: Latin-1.
     static hive_name raw(const QByteArray &stored, bool compressed);
 
+    /// Half of a surrogate pair, which Windows takes and libhivex refuses.
+    static hive_name lone_surrogate();
+
     const QByteArray &stored() const { return m_stored; }
     bool compressed() const { return m_compressed; }
 
