@@ -75,5 +75,6 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     plugin.pub_extract_artifacts();
     plugin.pub_remove_temporary_asthetics();
 
-    return {progress.rows(), watch.interrupted(), failures.count(), failures.first()};
+    return {progress.rows(), watch.interrupted(), failures.count(), failures.first(),
+            failures.early_ends()};
 }

@@ -23,8 +23,9 @@ struct run_outcome
 {
     qint64 rows_written = 0;
     bool cancelled = false;
-    qint64 failures = 0;   ///< failures that the plug-in logged
-    QString first_failure; ///< what the first of them said
+    qint64 failures = 0;    ///< failures that the plug-in logged
+    QString first_failure;  ///< what the first of them said
+    QStringList early_ends; ///< where it left something out, a text each
 };
 
 /// Drives the plug-in object through one extraction, from the settings to the removal of its

@@ -9,12 +9,22 @@ namespace {
 // A debug line: "[time][edition][Artifacts Extraction][caller]:-- message".
 constexpr auto line_mark = "][Artifacts Extraction]["_L1;
 constexpr auto message_mark = "]:-- "_L1;
+// The message of an early end: "[operation]---ENDS EARLY--- path, key KEY: what was left out".
+constexpr auto early_end_mark = "]---ENDS EARLY--- "_L1;
 
 /// Failure messages name themselves before the first path that they tell.
 bool tells_failure(const QString &message)
 {
     const auto told = QStringView(message).left(message.indexOf(u'/'));
     return told.contains("FAILED"_L1) || told.contains("opening failed"_L1);
+}
+
+/// Where the text of an early end begins; -1 for other messages. The mark stands before any path.
+qsizetype early_end_text(const QString &message)
+{
+    const qsizetype mark = message.indexOf(early_end_mark);
+    const qsizetype path = message.indexOf(u'/');
+    return mark < 0 || (path >= 0 && path < mark) ? -1 : mark + early_end_mark.size();
 }
 
 /// Between a failed command and its reason stand the caller and the command.
@@ -59,6 +69,10 @@ void failure_log::receive(QtMsgType type, const QMessageLogContext &context, con
 
 void failure_log::take(const QString &message)
 {
+    if (const qsizetype text = early_end_text(message); text >= 0) {
+        m_early_ends.append(message.mid(text));
+        return;
+    }
     if (m_count == 1 && m_first_reason.isEmpty() && tells_reason(message))
         m_first_reason = message;
     if (!tells_failure(message))

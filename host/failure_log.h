@@ -2,9 +2,10 @@
 #define FAILURE_LOG_H
 
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
-/// Listens to a plug-in's debug log while it lives and keeps what failed.
+/// Listens to a plug-in's debug log while it lives and keeps what failed or ended early.
 ///
 /// A plug-in returns no status: a table that cannot be made or a row that cannot be written shows
 /// only in its debug log. With its terminal switch on it sends every line to the Qt debug channel,
@@ -26,6 +27,10 @@ public:
     /// own.
     QString first() const;
 
+    /// What the lines told, each without its mark, by which a table's reading ended early: some of
+    /// what a hive holds was left out.
+    const QStringList &early_ends() const { return m_early_ends; }
+
 private:
     static void receive(QtMsgType type, const QMessageLogContext &context, const QString &text);
     void take(const QString &message);
@@ -35,6 +40,7 @@ private:
     qint64 m_count = 0;
     QString m_first_message;
     QString m_first_reason;
+    QStringList m_early_ends;
 };
 
 #endif

@@ -3,36 +3,14 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QtEndian>
 
+#include "hive_base_block.h"
 #include "key_check.h"
+#include "regf_format.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The base block of a hive file (regf): offsets of its fields, which are little-endian.
-constexpr qsizetype base_block_size = 4096;
-constexpr qsizetype primary_sequence_offset = 0x04;
-constexpr qsizetype secondary_sequence_offset = 0x08;
-constexpr qsizetype hive_bins_size_offset = 0x28;
-constexpr qsizetype checksum_offset = 0x1fc;
-
-quint32 field_at(const QByteArray &base_block, qsizetype offset)
-{
-    return qFromLittleEndian<quint32>(base_block.constData() + offset);
-}
-
-/// XOR of the fields before the checksum; Windows never stores 0 or -1.
-quint32 checksum_of(const QByteArray &base_block)
-{
-    quint32 sum = 0;
-    for (qsizetype offset = 0; offset < checksum_offset; offset += qsizetype(sizeof(quint32)))
-        sum ^= field_at(base_block, offset);
-    if (sum == 0)
-        return 1;
-    return sum == 0xffffffff ? 0xfffffffe : sum;
-}
 
 QStringList neighbours_of(const QFileInfo &file)
 {
@@ -69,22 +47,20 @@ hive_findings unreadable(const QString &finding)
     return {{finding}, false};
 }
 
-void append_size_finding(const QByteArray &base_block, qint64 file_size, hive_findings &findings)
+void append_size_finding(const hive_base_block &base_block, qint64 file_size,
+                         hive_findings &findings)
 {
-    const qint64 told = base_block_size + qint64(field_at(base_block, hive_bins_size_offset));
-    if (told > file_size)
+    if (base_block.is_cut_off(file_size))
         findings.warnings.append(
             u"cut off: its header tells %1 bytes, the file has %2; what is missing is not read"_s
-                .arg(told)
+                .arg(base_block.told_length())
                 .arg(file_size));
 }
 
-void append_sequence_finding(const QByteArray &base_block, const QFileInfo &file,
+void append_sequence_finding(const hive_base_block &base_block, const QFileInfo &file,
                              hive_findings &findings)
 {
-    const quint32 primary = field_at(base_block, primary_sequence_offset);
-    const quint32 secondary = field_at(base_block, secondary_sequence_offset);
-    if (primary == secondary)
+    if (!base_block.is_dirty())
         return;
     const QStringList logs = logs_beside(file);
     const QString advice = logs.isEmpty()
@@ -92,17 +68,19 @@ void append_sequence_finding(const QByteArray &base_block, const QFileInfo &file
                                : u"the changes in %1 are not applied"_s.arg(logs.join(", "_L1));
     findings.warnings.append(
         u"not closed cleanly (sequence numbers %1 and %2), so it may be out of date; %3"_s
-            .arg(primary)
-            .arg(secondary)
+            .arg(base_block.primary_sequence())
+            .arg(base_block.secondary_sequence())
             .arg(advice));
 }
 
-hive_findings check_base_block(const QByteArray &base_block, const QFileInfo &file)
+hive_findings check_base_block(const hive_base_block &base_block, const QFileInfo &file)
 {
-    if (!base_block.startsWith("regf"))
+    if (!base_block.is_of_a_hive())
         return unreadable(u"not a registry hive, so it is not read"_s);
-    if (checksum_of(base_block) != field_at(base_block, checksum_offset))
+    if (!base_block.is_checksum_right())
         return unreadable(u"its header is damaged (wrong checksum), so it is not read"_s);
+    if (base_block.ends_within_a_bin_head(file.size()))
+        return unreadable(u"cut off within the head of a bin, so it is not read"_s);
     hive_findings findings;
     append_size_finding(base_block, file.size(), findings);
     append_sequence_finding(base_block, file, findings);
@@ -156,8 +134,8 @@ hive_findings check_hive_file(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return unreadable(u"cannot be read: %1"_s.arg(file.errorString()));
-    const QByteArray base_block = file.read(base_block_size);
-    if (base_block.size() < base_block_size)
+    const hive_base_block base_block(file.read(regf::base_block::size));
+    if (!base_block.is_whole())
         return unreadable(u"too short for a hive (%1 bytes), so it is not read"_s.arg(info.size()));
     return check_base_block(base_block, info);
 }

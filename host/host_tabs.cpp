@@ -6,6 +6,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+QString explorer_key(const QString &name)
+{
+    return u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"_s + name;
+}
+
 listed_key values_of(const QString &key_path)
 {
     return {key_path, 0, 0};
@@ -16,23 +21,10 @@ listed_key values_of_subkeys_of(const QString &key_path)
     return {key_path, 1, 1};
 }
 
-/// Each value is an icon, whose name stands in a key of the same name.
-listed_key icons_of_subkeys_of(const QString &explorer_key)
-{
-    return {explorer_key + u"\\HideDesktopIcons"_s, 1, 1, listed_key::repetition::none,
-            explorer_key + u"\\Desktop\\NameSpace"_s};
-}
-
-listed_key programs_in(const QString &key_path)
-{
-    return {key_path, 0, 0, listed_key::repetition::further_drives};
-}
-
 /// Class ids, whose own values count for nothing, and everything below their subkeys.
 listed_key user_assist()
 {
-    return {u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist"_s, 2,
-            listed_key::all_levels, listed_key::repetition::first_key};
+    return {explorer_key(u"UserAssist"_s), 2, listed_key::all_levels};
 }
 
 } // namespace
@@ -40,19 +32,25 @@ listed_key user_assist()
 const QList<host_tab> &host_tabs()
 {
     static const QList<host_tab> tabs{
-        {u"install_apps_64"_s, tab_input::software_hive,
-         values_of_subkeys_of(u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)},
-        {u"install_apps_32"_s, tab_input::software_hive,
-         values_of_subkeys_of(u"WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)},
-        {u"uninstall_apps"_s, tab_input::user_hive, user_assist()},
-        {u"registered_apps"_s, tab_input::software_hive, values_of(u"RegisteredApplications"_s)},
+        {u"install_apps_64"_s,
+         tab_input::software_hive,
+         {values_of_subkeys_of(u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)}},
+        {u"install_apps_32"_s,
+         tab_input::software_hive,
+         {values_of_subkeys_of(u"WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)}},
+        {u"uninstall_apps"_s, tab_input::user_hive, {user_assist()}},
+        {u"registered_apps"_s, tab_input::software_hive, {values_of(u"RegisteredApplications"_s)}},
         {u"metro_apps"_s, tab_input::package_folder, {}},
-        {u"previously_executed_apps"_s, tab_input::user_hive, user_assist()},
-        {u"third_party_applications"_s, tab_input::user_hive,
-         programs_in(
-             u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s)},
-        {u"hidden_desktop_icons_app"_s, tab_input::user_hive,
-         icons_of_subkeys_of(u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer"_s)},
+        {u"previously_executed_apps"_s, tab_input::user_hive, {user_assist()}},
+        {u"third_party_applications"_s,
+         tab_input::user_hive,
+         {values_of(
+             u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s)}},
+        // The icons, and the keys that name them.
+        {u"hidden_desktop_icons_app"_s,
+         tab_input::user_hive,
+         {values_of_subkeys_of(explorer_key(u"HideDesktopIcons"_s)),
+          values_of_subkeys_of(explorer_key(u"Desktop\\NameSpace"_s))}},
     };
     return tabs;
 }

@@ -20,7 +20,7 @@ struct host_tab
 {
     QString name;
     tab_input input;
-    listed_key key; ///< the registry key that it lists; without a path when it reads no hive
+    QList<listed_key> keys; ///< the registry keys that it lists; none when it reads no hive
 };
 
 /// All tabs, in the order in which the plug-in fills them.

@@ -13,20 +13,6 @@ struct listed_key
     int first_value_level; ///< from here on values are listed as well
     int last_level;        ///< nothing is listed below this
 
-    /// What each row repeats that is made from a value.
-    enum class repetition
-    {
-        none,
-        first_key,     ///< the name of the value's key of level 1
-        further_drives ///< the place of the source, for each drive in the value's name but one
-    };
-
-    repetition repeated = repetition::none;
-
-    /// A key of which each value names a key below, whose own values are listed as well; none when
-    /// empty.
-    QString key_of_named_keys{};
-
     static constexpr int all_levels = 1 << 20; ///< as last_level: no level is the last
 };
 
@@ -35,8 +21,8 @@ bool opens_as_hive(const QString &hive_file);
 
 /// What keeps the keys from being listed as a whole: a few findings for each, none when everything
 /// is readable or absent. One name among its sisters that cannot be decoded is enough to hide a
-/// key. Wherever the plug-in ends a walk of a key before its end, there is a finding. Takes no
-/// longer than the plug-in's own walks of these keys.
+/// key. Of a hive that has the same lists read again and again only the beginning is looked at: the
+/// plug-in says by itself where it stops reading one.
 QStringList key_findings(const QString &hive_file, const QList<listed_key> &keys);
 
 #endif

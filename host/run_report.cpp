@@ -52,6 +52,17 @@ QStringList problems_of(const finished_run &run)
     return problems;
 }
 
+QStringList early_end_lines(const finished_run &run)
+{
+    QStringList lines;
+    for (const QString &early_end : run.outcome.early_ends)
+        lines.append("ended early: "_L1 + early_end);
+    if (!lines.isEmpty())
+        lines.append(
+            u"readings that ended early, so that rows are missing: %1"_s.arg(lines.size()));
+    return lines;
+}
+
 QStringList report_lines(const finished_run &run)
 {
     QStringList lines;
@@ -65,8 +76,8 @@ QStringList report_lines(const finished_run &run)
 exit_code report_run(const finished_run &run)
 {
     const QStringList problems = problems_of(run);
-    for (const QString &problem : problems)
-        print_notice(problem);
+    for (const QString &line : early_end_lines(run) + problems)
+        print_notice(line);
     if (run.outcome.cancelled)
         print_notice(u"cancelled; the rows written so far are kept"_s);
     if (QFileInfo::exists(run.database_file)) {

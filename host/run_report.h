@@ -19,6 +19,10 @@ struct finished_run
 /// What went wrong, one line each; none after a run without failures.
 QStringList problems_of(const finished_run &run);
 
+/// What the plug-in left out of its tables, one line each and then how many there are; none when
+/// every hive was read to its end.
+QStringList early_end_lines(const finished_run &run);
+
 /// The lines for standard output: rows of each tab, their total and, last, the database's path.
 QStringList report_lines(const finished_run &run);
 

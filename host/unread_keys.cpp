@@ -13,10 +13,12 @@ QList<listed_key> keys_of(const QList<host_tab> &tabs, tab_input input)
     QList<listed_key> keys;
     QStringList paths;
     for (const host_tab &tab : tabs) {
-        if (tab.input != input || paths.contains(tab.key.key_path))
-            continue;
-        paths.append(tab.key.key_path);
-        keys.append(tab.key);
+        for (const listed_key &key : tab.keys) {
+            if (tab.input != input || paths.contains(key.key_path))
+                continue;
+            paths.append(key.key_path);
+            keys.append(key);
+        }
     }
     return keys;
 }

@@ -1,20 +1,20 @@
 #include "extraction_process.h"
+#include "hive_output.h"
 #include "hive_reader.h"
 #include "host_double.h"
 #include "hostile_hives.h"
 #include "reference_run.h"
 #include "result_database.h"
 #include "test_main.h"
-#include "walk_budget.h"
 
 #include <QFileInfo>
-#include <algorithm>
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 using namespace test_support;
 
-// What one hostile hive of 10 MB may cost: 1 GiB of memory and of results for all tabs together,
-// and work that is bounded by the hive's length. The CPU time is shown, not tested.
+// What one hostile hive of 10 MB may cost: 1 GiB of memory, as much of results as a table takes
+// from a hive, and work that is bounded by the hive's length. The CPU time is shown, not tested.
 class tst_bounds : public QObject
 {
     Q_OBJECT
@@ -28,6 +28,7 @@ private slots:
 namespace {
 
 constexpr qint64 ten_mb = qint64(10) << 20;
+constexpr qint64 mib = qint64(1) << 20;
 constexpr qint64 gib = qint64(1) << 30;
 
 #ifdef Q_OS_LINUX
@@ -39,22 +40,15 @@ constexpr bool is_linux = false;
 /// A sanitizer's own memory would be measured with the rest.
 constexpr bool is_memory_measurable = is_linux && !BUILT_WITH_SANITIZERS;
 
-/// The least that a row costs of a walk's budget: the entry in a list and the record it leads to.
-constexpr qint64 least_cost_of_a_row = 4 + 0x18;
+/// What a row takes in a table beside its texts: the numbers of its cells.
+constexpr qint64 most_overhead_of_a_row = 128;
 
-/// What the icons of one hive may cost, and what one more walk over the hive costs of that.
-constexpr qint64 least_icon_budget = qint64(128) << 20;
-constexpr qint64 icon_budget_in_hive_lengths = 128;
-constexpr qint64 icon_walks_per_hive_length = 16;
-
-/// How often a hive of this length may be opened: libhivex opens it for each walk, and so does the
-/// walker. Each tab walks it once, and the icons' tab again for each name that it looks up.
-qint64 most_opens(qint64 hive_length)
+/// How often a hive may be opened: libhivex opens it for each walk, and so does the guard before
+/// it. Each tab walks it once, and the icons' tab again for their names.
+qint64 most_opens()
 {
     constexpr qint64 opens_per_walk = 2;
-    const qint64 budget = std::max(least_icon_budget, icon_budget_in_hive_lengths * hive_length);
-    const qint64 icon_walks = budget / (hive_length / icon_walks_per_hive_length);
-    return opens_per_walk * (all_tabs().size() + icon_walks);
+    return opens_per_walk * (all_tabs().size() + 1);
 }
 
 /// What a run makes of a package folder with so many entries.
@@ -80,12 +74,15 @@ package_run run_over_packages(int entries)
     return {outcome.peak_kib, counts.at(0).toLongLong(), counts.at(1).toLongLong()};
 }
 
-qint64 rows_in_all_tables(const QString &database_path)
+/// The rows of each table that has any.
+QList<qint64> rows_of_tables(const QString &database_path)
 {
     const result_database database(database_path);
-    qint64 rows = 0;
-    for (const QString &table : all_tabs())
-        rows += database.row_count(table);
+    QList<qint64> rows;
+    for (const QString &table : all_tabs()) {
+        if (const qint64 count = database.row_count(table); count > 0)
+            rows.append(count);
+    }
     return rows;
 }
 
@@ -117,19 +114,23 @@ void tst_bounds::one_hive_of_10_mb()
     if (is_memory_measurable)
         process.memory_limit(gib);
     const extraction_outcome outcome = process.run();
-    const qint64 rows = rows_in_all_tables(database_in(results.path()));
+    const QList<qint64> rows_by_table = rows_of_tables(database_in(results.path()));
+    const qint64 rows = std::accumulate(rows_by_table.cbegin(), rows_by_table.cend(), qint64(0));
     const qint64 database_size = QFileInfo(database_in(results.path())).size();
     qInfo("%.1f MB: %.1f s CPU, %lld MiB, %lld rows in %lld MiB, hive opened %lld times",
           static_cast<double>(length) / (1024 * 1024), static_cast<double>(outcome.cpu_ms) / 1000,
           outcome.peak_kib / 1024, rows, database_size >> 20, outcome.hive_opens);
 
     QVERIFY2(outcome.completed, outcome.errors.constData());
-    QVERIFY(database_size <= gib);
-    QVERIFY(rows <= all_tabs().size() * walk_budget::hive_lengths * length / least_cost_of_a_row);
+    constexpr hive_output::limit most;
+    for (const qint64 rows_of_table : rows_by_table)
+        QVERIFY(rows_of_table <= most.rows);
+    QVERIFY(database_size <=
+            mib + rows_by_table.size() * most.text_bytes * 5 / 4 + rows * most_overhead_of_a_row);
     if (!is_linux)
         QSKIP("Memory is measured and opened files are counted on Linux only");
     QVERIFY(outcome.hive_opens >= 1);
-    QVERIFY(outcome.hive_opens <= most_opens(length));
+    QVERIFY(outcome.hive_opens <= most_opens());
     QVERIFY(outcome.peak_kib > 0);
     QVERIFY(!is_memory_measurable || outcome.peak_kib < gib / 1024);
 }

@@ -1,7 +1,5 @@
 #include "files.h"
-#include "hive_bins.h"
 #include "hive_builder.h"
-#include "hive_damage.h"
 #include "hive_file.h"
 #include "regf_format.h"
 #include "test_main.h"
@@ -23,36 +21,19 @@ private slots:
     void opens_nothing_else();
     void is_limited_by_the_reach_of_an_offset();
     void knows_what_lies_inside_the_file();
-    void lets_everything_pass_while_closed();
-    void tells_the_stored_length_of_a_name();
-    void tells_the_length_of_a_block_list_data();
-    void tells_the_length_of_a_block_list();
-    void takes_data_that_fit_into_their_cell_as_they_are_data();
-    void takes_data_that_fit_into_their_cell_as_they_are();
-    void refuses_a_record_or_a_list_that_leaves_the_file();
-    void refuses_a_record_that_cannot_be_read();
-    void counts_the_lists_below_an_index_data();
-    void counts_the_lists_below_an_index();
-    void counts_lists_that_are_listed_again();
-    void counts_lists_of_damaged_indexes();
-    void reads_cells_in_any_order();
+    void holds_nothing_while_closed();
+    void reads_bytes_in_any_order();
+    void reads_numbers();
+    void tells_where_a_cell_lies();
+    void reads_no_more_than_there_is();
+    void reads_nothing_of_a_file_that_is_emptied();
     void reads_the_file_that_was_opened_last();
 
 private:
-    quint64 cell_of_data_written(qsizetype length) const;
     QString path() const { return m_folder.filePath(u"hive"_s); }
 
     QTemporaryDir m_folder;
 };
-
-/// Writes a hive with a value of so much data; returns the cell that they lie in.
-quint64 tst_hive_file::cell_of_data_written(qsizetype length) const
-{
-    hive_builder hive;
-    hive.root().binary(u"v"_s, QByteArray(length, 'x'));
-    hive.write_to(path());
-    return static_cast<quint64>(hive.root().cells_of_value(0).data);
-}
 
 void tst_hive_file::opens_a_regular_file()
 {
@@ -114,202 +95,89 @@ void tst_hive_file::knows_what_lies_inside_the_file()
     QVERIFY(!file.holds(0xffffffff, 1));
 }
 
-void tst_hive_file::lets_everything_pass_while_closed()
+void tst_hive_file::holds_nothing_while_closed()
 {
     hive_file file;
-    QVERIFY(file.holds(1000, 1000));
-    QCOMPARE(file.block_list_length(1000, 40000), 0);
-}
-
-void tst_hive_file::tells_the_stored_length_of_a_name()
-{
-    constexpr named_record key_record = {0x50, 0x4c};
-    hive_builder hive;
-    const hive_key &ascii = hive.key(u"four"_s);
-    const hive_key &utf16 = hive.key(u"Ωmega"_s);
-    hive.write_to(path());
-    hive_file file;
-    QCOMPARE(file.name_length(static_cast<quint64>(ascii.cells().key), key_record), 0);
+    QVERIFY(!file.holds(0, 1));
+    write_file(path(), QByteArray(100, 'x'));
     QVERIFY(file.open(path()));
-    QCOMPARE(file.name_length(static_cast<quint64>(ascii.cells().key), key_record), 4);
-    QCOMPARE(file.name_length(static_cast<quint64>(utf16.cells().key), key_record), 10);
-    QCOMPARE(file.name_length(0x7fffffff, key_record), 0);
+    file.close();
+    QVERIFY(!file.holds(0, 1));
+    QCOMPARE(file.length(), 0);
 }
 
-void tst_hive_file::tells_the_length_of_a_block_list_data()
+void tst_hive_file::reads_bytes_in_any_order()
 {
-    QTest::addColumn<int>("data_size");
-    QTest::addColumn<qint64>("length");
-    QTest::addRow("none for data inside the value") << 4 << qint64(0);
-    QTest::addRow("none for data in one cell") << 16344 << qint64(0);
-    QTest::addRow("4 bytes for each block") << 40000 << qint64(12);
-}
-
-void tst_hive_file::tells_the_length_of_a_block_list()
-{
-    QFETCH(const int, data_size);
-    hive_builder hive;
-    hive.root().binary(u"v"_s, QByteArray(data_size, 'x'));
-    hive.write_to(path());
+    constexpr qsizetype length = 200000;
+    QByteArray content(length, '\0');
+    for (qsizetype i = 0; i < length; ++i)
+        content[i] = static_cast<char>(i * 31 % 251);
+    write_file(path(), content);
     hive_file file;
     QVERIFY(file.open(path()));
-    const qint64 cell = hive.root().cells_of_value(0).data;
-    QTEST(file.block_list_length(static_cast<quint64>(cell), data_size), "length");
+    for (qsizetype i = 0; i < 500; ++i) {
+        const qsizetype offset = i * 7919 % length;
+        const qsizetype wanted = i % 5 == 0 ? 20000 : i;
+        QCOMPARE(file.bytes_at(offset, wanted).toByteArray(), content.mid(offset, wanted));
+    }
 }
 
-void tst_hive_file::takes_data_that_fit_into_their_cell_as_they_are_data()
+void tst_hive_file::reads_numbers()
 {
-    QTest::addColumn<QByteArray>("data");
-    QTest::addRow("a text that begins like a big-data record") << "dbForge Studio for MySQL"_ba;
-    QTest::addRow("the shortest data in a cell") << "dbase"_ba;
-    QTest::addRow("a record's length of data") << "db\xff\xff\xff\xff\xff\xff"_ba;
+    write_file(path(), "\x01\x02\xfe\xff\xff"_ba);
+    hive_file file;
+    QVERIFY(file.open(path()));
+    QCOMPARE(file.number_16(0), quint16(0x0201));
+    QCOMPARE(file.number_32(1), quint32(0xfffffe02));
+    QCOMPARE(file.number_16(3), quint16(0xffff));
+    QCOMPARE(file.number_16(4), quint16(0)); // the file ends before
+    QCOMPARE(file.number_32(2), quint32(0));
+    QCOMPARE(file.number_32(qint64(1) << 32), quint32(0));
 }
 
-void tst_hive_file::takes_data_that_fit_into_their_cell_as_they_are()
+void tst_hive_file::tells_where_a_cell_lies()
 {
-    QFETCH(const QByteArray, data);
     hive_builder hive;
-    hive.root().binary(u"v"_s, data);
+    const hive_key &key = hive.key(u"k"_s).dword(u"v"_s, 1);
     hive.write_to(path());
     hive_file file;
     QVERIFY(file.open(path()));
-    const auto cell = static_cast<quint64>(hive.root().cells_of_value(0).data);
-    QCOMPARE(file.block_list_length(cell, data.size()), 0);
+    QCOMPARE(file.cell_at(key.cells().key + regf::nk::value_list), key.cells().value_list);
+    QCOMPARE(hive_file::cell_of("\xff\xff\xff\xff"), 0x100000fff);
 }
 
-void tst_hive_file::refuses_a_record_or_a_list_that_leaves_the_file()
+void tst_hive_file::reads_no_more_than_there_is()
 {
-    hive_builder hive;
-    hive.root().binary(u"v"_s, QByteArray(40000, 'x'));
-    hive_damage damage(hive.bytes());
-    const qint64 record = hive.root().cells_of_value(0).data;
-    const auto length_at = [&](qint64 cell) {
-        write_file(path(), damage.bytes());
-        hive_file file;
-        return file.open(path()) ? file.block_list_length(static_cast<quint64>(cell), 40000) : 99;
-    };
-
-    const qint64 list_of_three = damage.add_last_cell(QByteArray(12, '\0')).last_cell();
-    damage.set_32(record + regf::db::block_list, stored_offset(list_of_three));
-    damage.block_count(record, 3);
-    QCOMPARE(length_at(record), 12);
-    damage.block_count(record, 4);
-    QCOMPARE(length_at(record), -1);
-    damage.set_32(record + regf::db::block_list, 0xffffffff);
-    QCOMPARE(length_at(record), -1);
-
-    const qint64 record_of_eight_bytes = damage.add_last_cell("db\x03\0"_ba).last_cell();
-    QCOMPARE(length_at(record_of_eight_bytes), -1);
+    write_file(path(), QByteArray(100, 'x'));
+    hive_file file;
+    QVERIFY(file.open(path()));
+    QCOMPARE(file.bytes_at(90, 20).toByteArray(), QByteArray(10, 'x'));
+    QCOMPARE(file.bytes_at(100, 20).size(), 0);
+    QCOMPARE(file.bytes_at(qint64(1) << 40, 20).size(), 0);
+    QCOMPARE(file.bytes_at(0, 100).size(), 100);
 }
 
-void tst_hive_file::refuses_a_record_that_cannot_be_read()
+void tst_hive_file::reads_nothing_of_a_file_that_is_emptied()
 {
-    const quint64 cell = cell_of_data_written(100);
+    write_file(path(), QByteArray(100, 'x'));
     hive_file file;
     QVERIFY(file.open(path()));
     QVERIFY(QFile(path()).resize(0));
-    QCOMPARE(file.block_list_length(cell, 100), -1);
-}
-
-void tst_hive_file::counts_the_lists_below_an_index_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("subkeys");
-    QTest::addColumn<qint64>("lists");
-    const auto add_row = [](const char *name, subkey_list kind, int subkeys, qint64 lists) {
-        QTest::addRow("%s", name) << static_cast<int>(kind) << subkeys << lists;
-    };
-    add_row("no subkeys", subkey_list::automatic, 0, 0);
-    add_row("one list", subkey_list::automatic, 5, 0);
-    add_row("one list of offsets", subkey_list::li, 5, 0);
-    add_row("an index of a single list", subkey_list::ri, 1, 1);
-    add_row("an index above the lists of many keys", subkey_list::automatic, 3000, 6);
-}
-
-void tst_hive_file::counts_the_lists_below_an_index()
-{
-    QFETCH(const int, kind);
-    QFETCH(const int, subkeys);
-    hive_builder hive;
-    hive_key &key = hive.key(u"k"_s).list_kind(static_cast<subkey_list>(kind));
-    for (int i = 0; i < subkeys; ++i)
-        key.add_key(QString::number(i));
-    hive.write_to(path());
-    hive_file file;
-    QVERIFY(file.open(path()));
-    QTEST(file.indexed_lists(static_cast<quint64>(key.cells().key), 1000), "lists");
-}
-
-void tst_hive_file::counts_lists_that_are_listed_again()
-{
-    hive_builder hive;
-    hive.key(u"k\\s"_s);
-    hive_damage damage(hive.bytes());
-    const qint64 empty = damage.add_list("li", {}).last_cell();
-    const qint64 index = damage.add_list("ri", QList<qint64>(300, empty)).last_cell();
-    const qint64 top = damage.add_list("ri", {empty, index, empty, index, index}).last_cell();
-    const qint64 key = hive.key(u"k"_s).cells().key;
-    write_file(path(), damage.subkey_list(key, top).bytes());
-    hive_file file;
-    QVERIFY(file.open(path()));
-    const auto node = static_cast<quint64>(key);
-    QCOMPARE(file.indexed_lists(node, 100000), 5 + 3 * 300);
-    QCOMPARE(file.indexed_lists(node, 350), 350);
-    QCOMPARE(file.indexed_lists(node, 3), 3);
-}
-
-void tst_hive_file::counts_lists_of_damaged_indexes()
-{
-    hive_builder hive;
-    hive.key(u"k\\s"_s);
-    hive_damage damage(hive.bytes());
-    const qint64 key = hive.key(u"k"_s).cells().key;
-    const auto lists = [&] {
-        write_file(path(), damage.bytes());
-        hive_file file;
-        return file.open(path()) ? file.indexed_lists(static_cast<quint64>(key), 1000) : -1;
-    };
-
-    const qint64 index = damage.add_list("ri", {key}).last_cell();
-    damage.subkey_list(key, index).list_entry(index, 0, index);
-    QCOMPARE(lists(), 33); // libhivex goes no deeper into an index that lists itself
-    damage.list_entry(index, 0, 0x7ffff000);
-    QCOMPARE(lists(), 1);
-    damage.list_count(index, 3); // the file ends after the second
-    QCOMPARE(lists(), 2);
-    damage.subkey_list(key, 0x7ffff000);
-    QCOMPARE(lists(), 0);
-    QCOMPARE(hive_file().indexed_lists(static_cast<quint64>(key), 1000), 0);
-}
-
-void tst_hive_file::reads_cells_in_any_order()
-{
-    hive_builder hive;
-    for (int i = 0; i < 60; ++i)
-        hive.root().binary(QString::number(i), QByteArray(i % 2 == 0 ? 17000 : 500, 'x'));
-    hive.write_to(path());
-    hive_file file;
-    QVERIFY(file.open(path()));
-    for (int i = 0; i < 240; ++i) {
-        const int value = i * 37 % 60;
-        const qint64 cell = hive.root().cells_of_value(value).data;
-        const qint64 length = value % 2 == 0 ? 17000 : 500;
-        QCOMPARE(file.block_list_length(static_cast<quint64>(cell), length),
-                 value % 2 == 0 ? 8 : 0);
-    }
+    QCOMPARE(file.bytes_at(0, 100).size(), 0);
+    QVERIFY(file.holds(0, 100)); // as it was when it was opened
 }
 
 void tst_hive_file::reads_the_file_that_was_opened_last()
 {
-    const quint64 cell = cell_of_data_written(40000);
+    write_file(path(), QByteArray(100, 'x'));
     hive_file file;
     QVERIFY(file.open(path()));
-    QCOMPARE(file.block_list_length(cell, 40000), 12);
+    QCOMPARE(file.bytes_at(0, 4).toByteArray(), "xxxx"_ba);
     file.close();
-    write_file(path(), QByteArray(100000, 'x'));
+    write_file(path(), QByteArray(200, 'y'));
     QVERIFY(file.open(path()));
-    QCOMPARE(file.block_list_length(cell, 40000), 0);
-    QCOMPARE(file.length(), 100000);
+    QCOMPARE(file.length(), 200);
+    QCOMPARE(file.bytes_at(0, 4).toByteArray(), "yyyy"_ba);
 }
 
 TEST_MAIN(tst_hive_file)

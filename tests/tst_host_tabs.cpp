@@ -39,7 +39,7 @@ void tst_host_tabs::name_the_keys_that_the_plug_in_reads()
         const bool is_users = tab.input == tab_input::user_hive;
         const QStringList key_paths = database.column(tab.name, u"ltrim(reg_path, '\\')"_s);
         const QStringList hives = database.column(tab.name, u"reg_file"_s);
-        QCOMPARE(key_paths, QStringList(sample_row_count, tab.key.key_path));
+        QCOMPARE(key_paths, QStringList(sample_row_count, tab.keys.first().key_path));
         QCOMPARE(hives, QStringList(sample_row_count, is_users ? u"NTUSER.DAT"_s : u"SOFTWARE"_s));
     }
 }

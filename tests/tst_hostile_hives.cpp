@@ -7,7 +7,7 @@
 #include "test_main.h"
 #include "walked_hive.h"
 
-#include <QSet>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace test_support;
@@ -32,7 +32,7 @@ private slots:
     void ends_where_refused_lists_have_no_end();
     void ends_where_undecodable_names_have_no_end();
     void ends_a_search_among_endless_names();
-    void keeps_large_data_of_one_cell_once();
+    void ends_where_values_share_large_data();
     void ends_where_fields_share_one_large_value();
     void ends_where_values_share_a_long_list_of_blocks();
     void reads_nothing_past_the_end_of_the_file();
@@ -57,11 +57,18 @@ public:
 using counted_hive = walked_hive<counting_walker>;
 using user_assist_hive = walked_hive<parse_user_assist>;
 
-/// How many values of 4 bytes of data with short names a walk may read at most: each costs its list
-/// entry and its record.
-qsizetype most_values(const hive_damage &damage)
+/// What a walk may read of the hive, the first time and again.
+qint64 most_bytes_read(const hive_damage &damage)
 {
-    return damage.bytes().size() * walk_budget::hive_lengths / 28;
+    const qint64 length = damage.bytes().size();
+    return length + std::max(walk_budget::hive_lengths * length, walk_budget::least_allowance);
+}
+
+/// How many values of 4 bytes of data with short names that may be at most: each is read with its
+/// list entry and its record.
+qint64 most_values(const hive_damage &damage)
+{
+    return most_bytes_read(damage) / 28;
 }
 
 /// Lets every list of `key`'s subkeys hold nothing but the first of them, again and again.
@@ -228,25 +235,34 @@ void tst_hostile_hives::ends_where_many_keys_share_one_list_of_duplicates()
 
 void tst_hostile_hives::ends_where_refused_lists_have_no_end_data()
 {
-    QTest::addColumn<int>("refused_lists");
+    QTest::addColumn<bool>("is_list_shared");
     QTest::addColumn<QStringList>("values");
-    QTest::addRow("as many as a damaged hive may hold") << 2500 << QStringList{u"after them"_s};
-    QTest::addRow("more than any hive holds") << 5000 << QStringList();
+    QTest::addRow("of their own") << false << QStringList{u"after them"_s};
+    QTest::addRow("that they share") << true << QStringList();
 }
 
 void tst_hostile_hives::ends_where_refused_lists_have_no_end()
 {
-    QFETCH(const int, refused_lists);
+    constexpr int refused_lists = 5000;
+    constexpr qsizetype longest_list = 20000;
+    QFETCH(const bool, is_list_shared);
     counted_hive walked;
     hive_key &start = walked.hive.key(u"start"_s);
     const QList<hive_key *> keys = add_numbered_keys(start, refused_lists);
-    start.add_key(u"last"_s).dword(u"after them"_s, 1);
+    const hive_key &last = start.add_key(u"last"_s).dword(u"after them"_s, 1);
     hive_damage damage = walked.damage();
-    for (const hive_key *key : keys)
-        damage.subkey_count(key->cells().key, 7);
+    damage.add_list("li", QList<qint64>(longest_list, last.cells().key));
+    damage.list_entry(damage.last_cell(), longest_list - 1, regf::first_bin + 4);
+    const qint64 shared = damage.last_cell();
+    for (const hive_key *key : keys) {
+        damage.subkey_count(key->cells().key, longest_list);
+        damage.subkey_list(key->cells().key,
+                           is_list_shared ? shared : damage.add_list("li", {0x1004}).last_cell());
+    }
     QCOMPARE(walked.walk(damage, u"start"_s, false), 0);
     QTEST(walked.walker.values, "values");
     QCOMPARE(walked.walker.data_records.size(), refused_lists + 1);
+    QCOMPARE(walked.walker.early_end().isEmpty(), !is_list_shared);
 }
 
 void tst_hostile_hives::ends_where_undecodable_names_have_no_end()
@@ -286,27 +302,26 @@ void tst_hostile_hives::ends_a_search_among_endless_names()
     QCOMPARE(walked.walker.current_key_name, QString());
 }
 
-void tst_hostile_hives::keeps_large_data_of_one_cell_once()
+void tst_hostile_hives::ends_where_values_share_large_data()
 {
+    constexpr int size = 8000000;
     user_assist_hive walked;
     hive_key &count = walked.hive.key(user_assist_key).key(u"id\\Count"_s);
-    count.binary(u"0"_s, QByteArray(8000000, 'x'));
+    count.binary(u"0"_s, QByteArray(size, 'x'));
     for (int i = 1; i < 1000; ++i)
         count.binary(QString::number(i), "12345");
     hive_damage damage = walked.damage();
     const qint64 cell = count.cells_of_value(0).data;
     for (int i = 1; i < 1000; ++i) {
         const qint64 value = count.cells_of_value(i).value;
-        damage.data_cell(value, cell).data_size(value, 8000000);
+        damage.data_cell(value, cell).data_size(value, size);
     }
     QCOMPARE(walked.walk(damage, user_assist_key, false), 0);
-    QCOMPARE(walked.walker.user_assist_records.size(), 1000);
-    QSet<const char *> buffers;
-    for (const registry::struct_user_asist &record : walked.walker.user_assist_records) {
-        QCOMPARE(record.value_data.size(), 8000000);
-        buffers.insert(record.value_data.constData());
-    }
-    QCOMPARE(buffers.size(), 1);
+    QCOMPARE(walked.walker.early_end(), user_assist_key + u"\\id\\Count"_s);
+    const QList<registry::struct_user_asist> &records = walked.walker.user_assist_records;
+    QCOMPARE(records.size(), most_bytes_read(damage) / size);
+    for (const registry::struct_user_asist &record : records)
+        QCOMPARE(record.value_data, QByteArray(size, 'x'));
 }
 
 void tst_hostile_hives::ends_where_fields_share_one_large_value()
@@ -325,7 +340,8 @@ void tst_hostile_hives::ends_where_fields_share_one_large_value()
     for (const registry::struct_installed_apps &record : walked.walker.installed_apps_records)
         filled += record.display_name.isEmpty() ? 0 : 1;
     QVERIFY(filled > 0);
-    QVERIFY(filled <= walk_budget::hive_lengths + 1);
+    QCOMPARE(filled, most_bytes_read(damage) / 8000000);
+    QVERIFY(!walked.walker.early_end().isEmpty());
 }
 
 // Data of 100 bytes that claim 4,000 blocks cost libhivex as much as 4,000 values.
@@ -354,8 +370,8 @@ void tst_hostile_hives::ends_where_values_share_a_long_list_of_blocks()
     const QList<registry::struct_data> &records = walked.walker.data_records;
     QVERIFY(!records.isEmpty());
     QCOMPARE(records.first().data, QByteArray(100, 'x'));
-    const qint64 budget = damage.bytes().size() * walk_budget::hive_lengths;
-    QVERIFY(records.size() < budget / (qint64(4) * block_count) + 2);
+    QVERIFY(records.size() < most_bytes_read(damage) / (qint64(4) * block_count) + 2);
+    QVERIFY(records.size() > walk_budget::least_allowance / (qint64(5) * block_count));
 }
 
 void tst_hostile_hives::reads_nothing_past_the_end_of_the_file()

@@ -247,7 +247,7 @@ void tst_overreads::walk(const QByteArray &hive)
     const QString path = write_guarded(hive);
     walk_hive_in_every_way(path);
     for (const host_tab &tab : host_tabs())
-        key_findings(path, {tab.key});
+        key_findings(path, tab.keys);
     guard_memory_of_size(0);
 }
 

@@ -3,7 +3,12 @@
 
 #include "registry.h"
 
+#include <QHash>
 #include <QLatin1StringView>
+#include <QList>
+#include <QString>
+
+#include <functional>
 
 /// Walker of the desktop icons that a user hive hides. The key path of the walk decides what
 /// becomes a record:
@@ -29,6 +34,15 @@ public:
     /// values are read, each value gives one record instead of the whole key.
     int start_registry_parse(QString hive_path, QString key_path, bool read_key_values) override;
 
+    /// Looks up the names of icons, one class id after the other, in one opening of the hive at
+    /// `hive_path`. For each it fills hidden_icons_records with what start_registry_parse() finds
+    /// at name_space_key and the class id, the list emptied before, and calls `visit` with the
+    /// class id's position in `class_ids` and the key that was found, 0 for none; false ends the
+    /// lookup. A key that several class ids lead to is read once and its names are kept.
+    /// Returns 0, or -1 without a visit when the path is empty or the hive cannot be opened.
+    int look_up_icon_names(const QString &hive_path, const QList<struct_data> &class_ids,
+                           const std::function<bool(qsizetype, unsigned long)> &visit);
+
     /// Reads the values of each direct subkey of `node`; the subkey's name is not recorded.
     void run_only_multiple_paths(hive_h *hive, unsigned long node) override;
 
@@ -42,6 +56,11 @@ public:
 
     /// Returns the registry type code (REG_SZ 1, REG_BINARY 3, ...), 0 when it cannot be read.
     int convert_data(hive_h *hive, unsigned long value, QString unused) override;
+
+private:
+    using names_by_key = QHash<unsigned long, QList<struct_hidden_icons>>;
+
+    void read_names_once(hive_h *hive, unsigned long key, names_by_key &known);
 };
 
 #endif

@@ -1,7 +1,5 @@
 #include "parse_installed_applications.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -25,15 +23,6 @@ constexpr application_value application_values[] = {
     {"URLInfoAbout"_L1, &registry::struct_installed_apps::url_info_about},
     {"UninstallString"_L1, &registry::struct_installed_apps::uninstall_string},
 };
-
-/// The row of a program repeats the place of the source for each drive in its name, of which an
-/// intact one has one.
-qint64 cost_of_further_drives(const QString &program)
-{
-    constexpr qint64 cost_of_a_drive = 128;
-    const qsizetype drives = program.count(u"C:\\"_s) + program.count(u"C:/"_s);
-    return cost_of_a_drive * std::max(drives - 1, qsizetype(0));
-}
 
 } // namespace
 
@@ -81,18 +70,17 @@ void parse_installed_applications::find_node_value_length(hive_h *hive, unsigned
     if (m_kind == key_kind::uninstall) {
         if (current_installed_app != nullptr)
             read_application_value(hive, value, value_name);
-    } else if (current_data == nullptr) {
         return;
-    } else if (m_kind == key_kind::registered_applications) {
-        current_data->name = value_name;
-        current_data->value = convert_data(hive, value);
-        data_records.append(*current_data);
-    } else if (m_kind == key_kind::compatibility_store) {
-        spend_on_repetition(cost_of_further_drives(value_name));
-        current_data->name = value_name;
-        current_data->data = convert_data(hive, value, 1);
-        data_records.append(*current_data);
     }
+    if (current_data == nullptr || m_kind == key_kind::other)
+        return;
+    current_data->name = value_name;
+    if (m_kind == key_kind::registered_applications)
+        current_data->value = convert_data(hive, value);
+    else
+        current_data->data = convert_data(hive, value, 1);
+    if (!has_ended_early())
+        data_records.append(*current_data);
 }
 
 void parse_installed_applications::read_application_value(hive_h *hive, unsigned long value,

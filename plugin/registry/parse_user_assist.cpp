@@ -1,25 +1,5 @@
 #include "parse_user_assist.h"
 
-#include <algorithm>
-
-namespace {
-
-/// Windows allows no longer key names.
-constexpr qsizetype longest_key_name = 255;
-
-/// What an entry's row costs for repeating the class id. A shorter one costs so little that even
-/// the shortest entries pay it with the bytes that they take in the file; one of 65,000 letters,
-/// all of it.
-qint64 cost_of_repeating(const QString &class_id)
-{
-    constexpr qsizetype longest_utf8 = 3; // bytes of a character in the table
-    constexpr qsizetype bytes_for_one = 8;
-    const qsizetype excess = std::max(class_id.size() - longest_key_name, qsizetype(0));
-    return (class_id.size() - excess) * longest_utf8 / bytes_for_one + excess * longest_utf8;
-}
-
-} // namespace
-
 parse_user_assist::parse_user_assist() = default;
 
 parse_user_assist::~parse_user_assist() = default;
@@ -54,11 +34,11 @@ void parse_user_assist::find_node_value_length(hive_h *hive, unsigned long value
 {
     if (current_user_assist == nullptr)
         return;
-    spend_on_repetition(cost_of_repeating(current_class_id));
     current_user_assist->value_name = value_name;
     current_user_assist->class_id = current_class_id;
     current_user_assist->value_data = convert_data(hive, value, 1);
-    user_assist_records.append(*current_user_assist);
+    if (!has_ended_early())
+        user_assist_records.append(*current_user_assist);
 }
 
 QString parse_user_assist::convert_data(hive_h *hive, unsigned long value)

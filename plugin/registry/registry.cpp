@@ -3,7 +3,7 @@
 #include "value_text.h"
 
 #include <QScopeGuard>
-#include <QStringList>
+#include <QStringTokenizer>
 #include <QtEndian>
 
 #include <algorithm>
@@ -41,58 +41,108 @@ int registry::walk_hive(const QString &hive_path, const QString &key_path, bool 
 {
     if (hive_path.isEmpty() || key_path.isEmpty())
         return -1;
+    return walk_opened_hive(hive_path, [&](hive_h *hive, unsigned long root) {
+        const unsigned long node = get_user_node_handle(hive, key_path, root);
+        if (read_key_values) {
+            current_key_name = key_name(hive, node);
+            read_key(hive, node);
+        } else {
+            run_only_multiple_paths(hive, node);
+        }
+    });
+}
+
+int registry::walk_opened_hive(const QString &hive_path,
+                               const std::function<void(hive_h *, unsigned long)> &walk)
+{
     const auto walk_end = qScopeGuard([this] { end_walk(); });
+    m_early_end.clear();
     if (!m_hive.open(hive_path))
         return -1;
-    hive_h *const hive = m_hive.handle();
-    const unsigned long node = get_user_node_handle(hive, key_path, m_hive.root());
-    if (read_key_values) {
-        current_key_name = key_name(hive, node);
-        read_key(hive, node);
-    } else {
-        run_only_multiple_paths(hive, node);
-    }
+    walk(m_hive.handle(), m_hive.root());
+    if (has_ended_early())
+        m_early_end = m_hive.last_key_path();
     return 0;
 }
 
 void registry::end_walk()
 {
-    m_cost_of_last_walk = m_hive.budget().spent();
     m_hive.close();
     m_value_names = {};
+    m_subkey_names.reset();
+}
+
+/// The hive that this walker has opened is guarded, any other one cannot be.
+unguarded_hive &registry::reader_of(hive_h *hive)
+{
+    if (hive == m_hive.handle())
+        return m_hive;
+    m_foreign_hive.set_handle(hive);
+    return m_foreign_hive;
 }
 
 unsigned long registry::get_user_node_handle(hive_h *hive, QString key_path,
                                              unsigned long start_node)
 {
     unsigned long node = start_node;
-    const QStringList parts = key_path.split(u'\\', Qt::SkipEmptyParts);
-    for (const QString &part : parts)
-        node = child_named(hive, node, part.toLocal8Bit());
+    for (const QStringView part : QStringView(key_path).tokenize(u'\\', Qt::SkipEmptyParts)) {
+        if (node == 0)
+            break;
+        const QByteArray name = part.toLocal8Bit();
+        node = m_subkey_names ? kept_child_named(hive, node, name) : child_named(hive, node, name);
+    }
     return node;
 }
 
-/// The search of hivex_node_get_child(), which compares without regard to ASCII case and gives up
-/// at a name that cannot be read; that one would also read past the hive and without a budget.
+/// Calls `visit` with each subkey and its name, until that returns false. Ends, as
+/// hivex_node_get_child() does, at a name that cannot be read; that one would also read past the
+/// hive and without a budget.
+template<typename function>
+void registry::visit_named_subkeys(hive_h *hive, unsigned long node, function visit)
+{
+    unguarded_hive &reader = reader_of(hive);
+    for (const size_t child : entries_of(reader.subkeys(node))) {
+        const hivex_text name = reader.key_name(child);
+        if (!name || !visit(child, name.get()))
+            return;
+    }
+}
+
+/// The search of hivex_node_get_child(), which compares without regard to ASCII case.
 unsigned long registry::child_named(hive_h *hive, unsigned long node, const QByteArray &wanted)
 {
-    const QList<size_t> children = m_hive.subkeys(hive, node);
-    for (const size_t child : children) {
-        const hivex_text name = m_hive.key_name(hive, child);
-        if (!name)
-            return 0;
-        if (qstricmp(name.get(), wanted.constData()) == 0)
-            return child;
+    unsigned long found = 0;
+    visit_named_subkeys(hive, node, [&](unsigned long child, const char *name) {
+        if (qstricmp(name, wanted.constData()) == 0)
+            found = child;
+        return found == 0;
+    });
+    return found;
+}
+
+/// The same search among names that are kept.
+unsigned long registry::kept_child_named(hive_h *hive, unsigned long node, const QByteArray &wanted)
+{
+    auto known = m_subkey_names->find(node);
+    if (known == m_subkey_names->end()) {
+        known = m_subkey_names->insert(node, {});
+        visit_named_subkeys(hive, node, [&](unsigned long child, const char *name) {
+            const QByteArray key = QByteArray(name).toLower();
+            if (!known->contains(key))
+                known->insert(key, child);
+            return true;
+        });
     }
-    return 0;
+    return known->value(QByteArray(wanted.constData()).toLower(), 0);
 }
 
 void registry::values_of_the_node(hive_h *hive, unsigned long node)
 {
-    const QList<size_t> values = m_hive.values(hive, node);
+    unguarded_hive &reader = reader_of(hive);
+    const QList<size_t> values = entries_of(reader.values(node));
     for (qsizetype position = 0; position < values.size(); ++position) {
         const size_t value = values.at(position);
-        const hivex_text name = m_hive.value_name(hive, value);
+        const hivex_text name = reader.value_name(value);
         if (!name)
             return;
         find_node_value_length(hive, value, m_value_names.text_of(name.get(), position));
@@ -134,10 +184,9 @@ QMap<QString, int> registry::prepare_the_node_key_child(hive_h *hive, unsigned l
                                                         bool read_child_values)
 {
     QMap<QString, int> children_by_name;
-    const QList<size_t> children = m_hive.subkeys(hive, node);
-    for (const size_t child : children) {
+    for (const size_t child : entries_of(reader_of(hive).subkeys(node))) {
         const QString name = key_name(hive, child);
-        if (m_hive.budget().is_spent())
+        if (has_ended_early())
             break;
         current_key_name = name;
         const auto child_node = static_cast<int>(static_cast<quint32>(child));
@@ -238,28 +287,29 @@ int registry::convert_data(hive_h * /*hive*/, unsigned long /*value*/, QString /
 
 void registry::set_current_key_timestamp(hive_h *hive, unsigned long node)
 {
-    current_key_timestamp = QString::number(unix_seconds(m_hive.last_write_time(hive, node)));
+    current_key_timestamp = QString::number(unix_seconds(reader_of(hive).last_write_time(node)));
 }
 
 QByteArray registry::value_bytes(hive_h *hive, unsigned long value)
 {
-    return m_hive.bytes(hive, value);
+    const unguarded_hive::value_data data = reader_of(hive).data(value);
+    return {data.bytes.get(), data.length};
 }
 
 QString registry::value_text(hive_h *hive, unsigned long value)
 {
-    const guarded_hive::value_data data = m_hive.data(hive, value);
+    const unguarded_hive::value_data data = reader_of(hive).data(value);
     return data.bytes ? text_of_data(data.bytes.get(), data.length) : QString();
 }
 
 int registry::value_type(hive_h *hive, unsigned long value)
 {
-    return guarded_hive::value_type(hive, value);
+    return reader_of(hive).value_type(value);
 }
 
 QString registry::key_name(hive_h *hive, unsigned long node)
 {
-    const hivex_text name = m_hive.key_name(hive, node);
+    const hivex_text name = reader_of(hive).key_name(node);
     return name ? QString::fromUtf8(name.get()) : QString();
 }
 

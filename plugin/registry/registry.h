@@ -5,12 +5,14 @@
 #include "recent_names.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QMap>
 #include <QSet>
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 struct hive_h;
 
@@ -134,9 +136,10 @@ public:
     /// zero.
     static qint64 unix_seconds(qint64 filetime);
 
-    /// Bytes that the last walk read of its hive, what libhivex refused included; 0 before the
-    /// first.
-    qint64 cost_of_last_walk() const { return m_cost_of_last_walk; }
+    /// The key, below the root, at which the last walk ended before its end because the hive lets
+    /// the same bytes be read again and again, which no hive does that Windows wrote. Empty when
+    /// the walk was whole. Records read before are kept.
+    const QString &early_end() const { return m_early_end; }
 
     QList<struct_data> data_records; ///< filled by the walkers that read a key's values
     struct_data *current_data;       ///< the record being filled; null when none is open
@@ -151,6 +154,11 @@ public:
     QString parsed_key_path;       ///< key path of the last walk; set by the subclasses
 
 protected:
+    /// The frame of every walk: opens the hive, runs `walk` with the root key and closes the hive
+    /// again. Returns as start_registry_parse().
+    int walk_opened_hive(const QString &hive_path,
+                         const std::function<void(hive_h *, unsigned long)> &walk);
+
     /// The frame of start_registry_parse(): opens the hive, descends, and either runs
     /// `read_key` on the key, with current_key_name set, or run_only_multiple_paths().
     int walk_hive(const QString &hive_path, const QString &key_path, bool read_key_values,
@@ -195,22 +203,36 @@ protected:
     /// Returns the data of `value` as text, as convert_data() describes.
     QString value_text(hive_h *hive, unsigned long value);
 
-    /// Takes text of the hive that another record repeats from the walk's budget.
-    void spend_on_repetition(qint64 length) { m_hive.budget().spend(length); }
-
     /// Returns the registry type code of `value`; 0 when it cannot be read.
-    static int value_type(hive_h *hive, unsigned long value);
+    int value_type(hive_h *hive, unsigned long value);
+
+    /// Whether the walk that runs has ended early. A value whose data were to be read then is no
+    /// record: nothing tells whether they are empty.
+    bool has_ended_early() const { return m_hive.is_open() && m_hive.is_walk_over(); }
+
+    /// Until the walk ends, get_user_node_handle() lists the subkeys of each key once and keeps
+    /// their names, for very many descents.
+    void keep_subkey_names() { m_subkey_names.emplace(); }
 
 private:
+    /// The subkeys of some keys by name, in lower case; of equal names the first.
+    using subkeys_by_name = QHash<unsigned long, QHash<QByteArray, unsigned long>>;
+
     void end_walk();
+    unguarded_hive &reader_of(hive_h *hive);
+    template<typename function>
+    void visit_named_subkeys(hive_h *hive, unsigned long node, function visit);
     unsigned long child_named(hive_h *hive, unsigned long node, const QByteArray &wanted);
+    unsigned long kept_child_named(hive_h *hive, unsigned long node, const QByteArray &wanted);
     QString key_name(hive_h *hive, unsigned long node); ///< null when it cannot be read
     bool visit_once(int node);
     void descend(hive_h *hive, const QMap<QString, int> &children);
 
-    guarded_hive m_hive; ///< the hive being walked; closed outside of a walk
+    guarded_hive m_hive;           ///< the hive being walked; closed outside of a walk
+    unguarded_hive m_foreign_hive; ///< for operations that get a handle from somewhere else
     recent_names m_value_names;
-    qint64 m_cost_of_last_walk = 0;
+    QString m_early_end;
+    std::optional<subkeys_by_name> m_subkey_names; ///< of the walk, if it keeps them
     QSet<int> *m_visited_nodes = nullptr; ///< of the recursion that runs; null outside of one
 };
 

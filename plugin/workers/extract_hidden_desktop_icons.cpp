@@ -1,8 +1,8 @@
 #include "extraction_frame.h"
 #include "parse_hidden_desktop_icons.h"
 
-#include <QFileInfo>
-#include <algorithm>
+#include <QPair>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -27,20 +27,8 @@ const result_tab hidden_desktop_icons_app_tab = {
 
 namespace {
 
-// What the icons of one hive may cost. Windows lists a few dozen class ids with a name or two each.
-// A hive made to keep the examiner waiting may list 70,000 that share 30,000 names: each class id
-// is a walk of its own, and each name becomes a row.
-
-constexpr qint64 least_budget = qint64(128) << 20; ///< of the shortest hive: 100,000 rows at least
-constexpr qint64 budget_in_hive_lengths = 128;
-constexpr qint64 opens_per_hive_length = 16;
-constexpr qint64 cost_of_a_row = 1024; ///< beside the name itself
-constexpr qint64 cost_of_a_letter = 4; ///< of the name: up to 3 bytes in the table
-
-walk_budget icon_budget(qint64 hive_length)
-{
-    return walk_budget(std::max(least_budget, budget_in_hive_lengths * hive_length));
-}
+/// Each icon gets so many of its names into the table, whatever stands before it in the hive.
+constexpr qsizetype certain_names = 64;
 
 } // namespace
 
@@ -54,7 +42,8 @@ void windows_installed_applications_winos::extract_hidden_desktop_icons()
             hidden_icons.data_records.clear();
             hidden_icons.start_registry_parse(path, parse_hidden_desktop_icons::hidden_icons_key,
                                               false);
-            if (!write_icon_rows(writer, path, hidden_icons.data_records))
+            log_early_end(hidden_desktop_icons_app_tab, path, hidden_icons);
+            if (!write_icons_of_hive(writer, path, hidden_icons.data_records))
                 return false;
         }
         return true;
@@ -63,35 +52,36 @@ void windows_installed_applications_winos::extract_hidden_desktop_icons()
 
 /// Writes one row for each value of each class id's NameSpace key in the same hive, which names the
 /// icon; a class id that only the machine's hive knows gives no row. False when cancelled.
-bool windows_installed_applications_winos::write_icon_rows(
+bool windows_installed_applications_winos::write_icons_of_hive(
     result_table_writer &writer, const QString &hive_path,
     const QList<registry::struct_data> &class_ids)
 {
+    if (class_ids.isEmpty())
+        return true;
+    const QString reg_path = parse_hidden_desktop_icons::hidden_icons_key;
     const user_source hive =
         describe_user_source(hive_path, &windows_installed_applications_winos::without_source_root);
-    const QString reg_path = parse_hidden_desktop_icons::hidden_icons_key;
-    const qint64 hive_length = QFileInfo(hive_path).size();
-    walk_budget budget = icon_budget(hive_length);
+    walked_source source{hidden_desktop_icons_app_tab, hive_path, reg_path, hive.source_columns,
+                         hive_output(most_output_of_a_hive())};
+    QSet<QPair<unsigned long, bool>> written_icons; ///< with the setting that their rows tell
     parse_hidden_desktop_icons names;
-    for (const registry::struct_data &class_id : class_ids) {
-        if (bool_cancel_extraction)
-            return false;
-        if (!budget.spend(hive_length / opens_per_hive_length + names.cost_of_last_walk()))
-            return true;
-        const bool is_hidden = hex_to_decimal_fourbytes(class_id.data, little_endian) == 1;
+    bool is_cancelled = false;
+    names.look_up_icon_names(hive_path, class_ids, [&](qsizetype position, unsigned long key) {
+        const QByteArray &setting = class_ids.at(position).data;
+        const bool is_hidden = hex_to_decimal_fourbytes(setting, little_endian) == 1;
         const QString hidden = is_hidden ? u"YES"_s : u"NO"_s;
-        names.hidden_icons_records.clear();
-        names.start_registry_parse(
-            hive_path, parse_hidden_desktop_icons::name_space_key + class_id.name, true);
         const auto row_of = [&](const registry::struct_hidden_icons &icon,
                                 qsizetype) -> std::optional<QStringList> {
-            if (!budget.spend(cost_of_a_row + cost_of_a_letter * icon.value.size()))
-                return std::nullopt;
             return QStringList{hive.user_name,        icon.value, hidden, u"NTUSER.DAT"_s,
                                u"HideDesktopIcons"_s, reg_path};
         };
-        if (!write_rows(writer, names.hidden_icons_records, hive.source_columns, row_of))
-            return false;
-    }
-    return true;
+        const bool is_repeated = written_icons.contains({key, is_hidden});
+        written_icons.insert({key, is_hidden});
+        is_cancelled =
+            bool_cancel_extraction || !write_rows(writer, names.hidden_icons_records, source,
+                                                  row_of, is_repeated ? 0 : certain_names);
+        return !is_cancelled;
+    });
+    log_early_end(hidden_desktop_icons_app_tab, hive_path, names);
+    return !is_cancelled;
 }

@@ -2,12 +2,26 @@
 
 #include "plugin_static_function.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto software_backup_path = "Windows/System32/config/RegBack/SOFTWARE"_L1;
 constexpr qint64 progress_interval_ms = 1000;
+
+/// Key names come from the evidence: none of them may end or reorder a line of the log.
+QString printable(QString text)
+{
+    for (QChar &character : text) {
+        const bool is_line_end =
+            character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
+        if (is_line_end || (!character.isPrint() && !character.isSurrogate()))
+            character = u'?';
+    }
+    return text;
+}
 
 } // namespace
 
@@ -44,15 +58,53 @@ qint64 windows_installed_applications_winos::elapsed_milliseconds() const
     return elapsed_timer.elapsed();
 }
 
-/// Walks a key of the SOFTWARE hive, or of its backup copy when the hive cannot be opened; false
-/// when neither can.
-bool windows_installed_applications_winos::parse_software_hive(registry &walker,
-                                                               QLatin1StringView key_path,
-                                                               bool read_key_values)
+hive_output::limit windows_installed_applications_winos::most_output_of_a_hive() const
 {
-    return walker.start_registry_parse(hive_path_software, key_path, read_key_values) != -1 ||
-           walker.start_registry_parse(source_root_path + software_backup_path, key_path,
-                                       read_key_values) != -1;
+    return {};
+}
+
+/// Walks a key of the SOFTWARE hive, or of its backup copy when the hive cannot be opened. Returns
+/// the path of the one that was walked; empty when neither can be.
+QString windows_installed_applications_winos::parse_software_hive(registry &walker,
+                                                                  QLatin1StringView key_path,
+                                                                  bool read_key_values)
+{
+    for (const QString &path : {hive_path_software, source_root_path + software_backup_path}) {
+        if (walker.start_registry_parse(path, key_path, read_key_values) != -1)
+            return path;
+    }
+    return {};
+}
+
+/// Logs that the last walk of the hive ended before its end, if it did.
+void windows_installed_applications_winos::log_early_end(const result_tab &tab,
+                                                         const QString &hive_path,
+                                                         const registry &walker)
+{
+    if (!walker.early_end().isEmpty())
+        log_left_out(tab, hive_path, walker.early_end(),
+                     u"it has the same data read again and again; what follows is not read"_s);
+}
+
+/// Logs, once for each hive, that rows are left out.
+void windows_installed_applications_winos::log_full_table(walked_source &source)
+{
+    if (std::exchange(source.is_full_table_logged, true))
+        return;
+    log_left_out(source.tab, source.hive_path, source.key_path,
+                 u"the table takes %1 rows and %2 bytes of text from a hive; "
+                 "further rows are left out"_s.arg(source.output.most().rows)
+                     .arg(source.output.most().text_bytes));
+}
+
+void windows_installed_applications_winos::log_left_out(const result_tab &tab,
+                                                        const QString &hive_path,
+                                                        const QString &key_path,
+                                                        const QString &what)
+{
+    plugin_static_function::app_debug(tab.log_line("---ENDS EARLY--- "_L1) + hive_path +
+                                          ", key "_L1 + printable(key_path) + ": "_L1 + what,
+                                      tab.signature);
 }
 
 windows_installed_applications_winos::user_source

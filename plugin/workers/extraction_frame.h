@@ -8,19 +8,26 @@
 // the walker's list and returns the row's own columns, or nothing for a record that gives no row;
 // the frame adds the source columns that end every row.
 
-/// Writes one row for each record until the extraction is cancelled; false when it was.
+/// Writes one row for each record until the extraction is cancelled; false when it was. The first
+/// `certain_rows` of them go into the table even beyond what it takes from one hive.
 template<typename record_list, typename row_function>
 bool windows_installed_applications_winos::write_rows(result_table_writer &writer,
                                                       const record_list &records,
-                                                      const QStringList &source_columns,
-                                                      row_function row_of)
+                                                      walked_source &source, row_function row_of,
+                                                      qsizetype certain_rows)
 {
     for (qsizetype position = 0; position < records.size(); ++position) {
         if (bool_cancel_extraction)
             return false;
         std::optional<QStringList> columns = row_of(records[position], position);
-        if (columns)
-            write_row(writer, *columns += source_columns);
+        if (!columns)
+            continue;
+        *columns += source.columns;
+        if (!source.output.takes(*columns, position < certain_rows)) {
+            log_full_table(source);
+            return true;
+        }
+        write_row(writer, *columns);
     }
     return true;
 }
@@ -33,10 +40,15 @@ void windows_installed_applications_winos::extract_from_software_hive(
 {
     run_extraction(tab, [&](result_table_writer &writer) {
         walker_type walker;
-        if (!parse_software_hive(walker, reading.key_path, reading.read_key_values))
+        const QString hive_path =
+            parse_software_hive(walker, reading.key_path, reading.read_key_values);
+        if (hive_path.isEmpty())
             return false;
-        return write_rows(writer, walker.*reading.records,
-                          source_columns(without_source_root(hive_path_software), {}), row_of);
+        log_early_end(tab, hive_path, walker);
+        walked_source source{tab, hive_path, reading.key_path,
+                             source_columns(without_source_root(hive_path_software), {}),
+                             hive_output(most_output_of_a_hive())};
+        return write_rows(writer, walker.*reading.records, source, row_of);
     });
 }
 
@@ -54,10 +66,13 @@ void windows_installed_applications_winos::extract_from_user_hives(
             const user_source hive = describe_user_source(path, relative_path);
             (walker.*reading.records).clear();
             walker.start_registry_parse(path, reading.key_path, reading.read_key_values);
+            log_early_end(tab, path, walker);
+            walked_source source{tab, path, reading.key_path, hive.source_columns,
+                                 hive_output(most_output_of_a_hive())};
             const auto row_of_hive = [&](const record_type &record, qsizetype position) {
                 return row_of(hive, record, position);
             };
-            if (!write_rows(writer, walker.*reading.records, hive.source_columns, row_of_hive))
+            if (!write_rows(writer, walker.*reading.records, source, row_of_hive))
                 return false;
         }
         return true;

@@ -1,6 +1,7 @@
 #ifndef WINDOWS_INSTALLED_APPLICATIONS_WINOS_H
 #define WINDOWS_INSTALLED_APPLICATIONS_WINOS_H
 
+#include "hive_output.h"
 #include "os_scheme_worker.h"
 #include "registry.h"
 #include "result_tab.h"
@@ -140,12 +141,26 @@ protected:
     /// Milliseconds since the last progress signal, or since the extraction began.
     virtual qint64 elapsed_milliseconds() const;
 
+    /// What a table gets from one hive at most.
+    virtual hive_output::limit most_output_of_a_hive() const;
+
 private:
     /// One user's hive or package folder, as its rows name it.
     struct user_source
     {
         QString user_name;
         QStringList source_columns; ///< as source_columns() returns them
+    };
+
+    /// A hive whose records become rows of a table.
+    struct walked_source
+    {
+        const result_tab &tab;
+        QString hive_path;
+        QString key_path;
+        QStringList columns; ///< as source_columns() returns them
+        hive_output output;
+        bool is_full_table_logged = false;
     };
 
     /// How a table is read from the hives: which key, whether its own values or its subkeys, and
@@ -172,10 +187,15 @@ private:
     void extract_from_user_hives(const result_tab &tab, const key_reading<record_type> &reading,
                                  relative_path_rule relative_path, row_function row_of);
     template<typename record_list, typename row_function>
-    bool write_rows(result_table_writer &writer, const record_list &records,
-                    const QStringList &source_columns, row_function row_of);
+    bool write_rows(result_table_writer &writer, const record_list &records, walked_source &source,
+                    row_function row_of, qsizetype certain_rows = 0);
     void write_row(result_table_writer &writer, const QStringList &values);
-    bool parse_software_hive(registry &walker, QLatin1StringView key_path, bool read_key_values);
+    QString parse_software_hive(registry &walker, QLatin1StringView key_path, bool read_key_values);
+    static void log_early_end(const result_tab &tab, const QString &hive_path,
+                              const registry &walker);
+    static void log_full_table(walked_source &source);
+    static void log_left_out(const result_tab &tab, const QString &hive_path,
+                             const QString &key_path, const QString &what);
     user_source describe_user_source(const QString &path, relative_path_rule relative_path) const;
     QStringList source_columns(const QString &relative_path, const QString &user_name) const;
     QString without_source_root(const QString &path) const;
@@ -188,8 +208,8 @@ private:
     bool write_package_rows(result_table_writer &writer, const QString &folder);
     QStringList package_columns(const QString &path, const QString &name,
                                 const QString &user_name) const;
-    bool write_icon_rows(result_table_writer &writer, const QString &hive_path,
-                         const QList<registry::struct_data> &class_ids);
+    bool write_icons_of_hive(result_table_writer &writer, const QString &hive_path,
+                             const QList<registry::struct_data> &class_ids);
     quint64 read_integer(const QByteArray &bytes, ENDIANS order, quint64 maximum) const;
 };
 

@@ -24,6 +24,12 @@ const std::map<QString, void (worker::*)()> extractors = {
     {u"hidden_desktop_icons_app"_s, &worker::extract_hidden_desktop_icons},
 };
 
+QString line_begin(const QString &operation)
+{
+    return u"[ARKEN_DESK][Artifacts Extraction]["
+           "windows_installed_applications_winos::%1]:-- [%1]"_s.arg(operation);
+}
+
 } // namespace
 
 worker_fixture::worker_fixture()
@@ -84,9 +90,15 @@ QList<QStringList> worker_fixture::rows(const QString &tab) const
 
 QStringList whole_run_log(const QString &operation)
 {
-    const QString line = u"[ARKEN_DESK][Artifacts Extraction]["
-                         "windows_installed_applications_winos::%1]:-- [%1]"_s.arg(operation);
-    return {line + u"---STARTS---"_s, line + u"---ENDS---"_s};
+    const QString begin = line_begin(operation);
+    return {begin + u"---STARTS---"_s, begin + u"---ENDS---"_s};
+}
+
+QString early_end_line(const QString &operation, const QString &hive_path, const QString &key,
+                       const QString &what)
+{
+    return line_begin(operation) + u"---ENDS EARLY--- "_s + hive_path + u", key "_s + key +
+           u": "_s + what;
 }
 
 } // namespace test_support

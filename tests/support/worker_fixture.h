@@ -40,8 +40,12 @@ public:
     /// What it would be told without the probe.
     qint64 real_milliseconds() const { return worker::elapsed_milliseconds(); }
 
+    /// What a table gets from one hive at most.
+    hive_output::limit most_output;
+
 protected:
     qint64 elapsed_milliseconds() const override { return milliseconds; }
+    hive_output::limit most_output_of_a_hive() const override { return most_output; }
 };
 
 /// A Windows worker between an evidence volume and a result database that has its eight tables; the
@@ -86,6 +90,10 @@ private:
 
 /// The two lines of the log of an undisturbed run of the extractor.
 QStringList whole_run_log(const QString &operation);
+
+/// The line of its log that tells that something is left out.
+QString early_end_line(const QString &operation, const QString &hive_path, const QString &key,
+                       const QString &what);
 
 } // namespace test_support
 

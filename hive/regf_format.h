@@ -3,17 +3,19 @@
 
 #include <QtGlobal>
 
-// Where the fields of a registry hive file ("regf") lie. The offsets of the base block and of a bin
-// count from its first byte; those of a cell count from the cell's first byte, which is its size.
-// An offset that is stored inside the file counts from the first bin, `first_bin` bytes less than
-// the offset in the file.
-namespace test_support::regf {
+// Where the fields of a registry hive file ("regf") lie. All numbers are little-endian. The offsets
+// of the base block and of a bin count from its first byte; those of a cell count from the cell's
+// first byte, which is its size. An offset that is stored inside the file counts from the first
+// bin, `first_bin` bytes less than the offset in the file.
+namespace regf {
 
 constexpr qint64 page_size = 4096;
 constexpr qint64 first_bin = 4096;
 constexpr quint32 no_cell = 0xffffffff;
 
 namespace base_block {
+constexpr qint64 signature = 0; // "regf"
+constexpr qint64 size = 4096;
 constexpr qint64 primary_sequence = 4;
 constexpr qint64 secondary_sequence = 8;
 constexpr qint64 last_write = 12;
@@ -30,14 +32,16 @@ constexpr qint64 checksum = 508; // exclusive or of the 127 32-bit words before 
 
 namespace hbin {
 constexpr qint64 offset = 4;
-constexpr qint64 size = 8;
+constexpr qint64 size = 8; // a multiple of a page
 constexpr qint64 last_write = 20;
 constexpr qint64 cells = 32;
 } // namespace hbin
 
 namespace cell_head {
-constexpr qint64 size = 0; // negative while the cell is in use
+constexpr qint64 size = 0; // counts itself; negative while the cell is in use
+constexpr qint64 length = 4;
 constexpr qint64 signature = 4;
+constexpr qint64 signature_length = 2;
 constexpr qint64 alignment = 8;
 } // namespace cell_head
 
@@ -104,6 +108,6 @@ constexpr qsizetype block_limit = 16344;
 constexpr quint32 first_minor_version = 4;
 } // namespace db
 
-} // namespace test_support::regf
+} // namespace regf
 
 #endif

@@ -1,0 +1,65 @@
+#ifndef GUARDED_HIVE_H
+#define GUARDED_HIVE_H
+
+#include "hive_file.h"
+#include "unguarded_hive.h"
+#include "walk_budget.h"
+
+#include <QString>
+
+/// A hive that is opened here and read through libhivex without harm: no record that leaves the
+/// file gets to it, forged big data neither, and the budget of a walk bounds what is read again.
+/// A list, name or datum that is kept from it counts as one that cannot be read.
+class guarded_hive : public unguarded_hive
+{
+public:
+    guarded_hive() = default;
+    ~guarded_hive() override;
+
+    /// Opens the hive at `path`, a regular file, for reading, and starts a walk. False when it
+    /// cannot be read or has no root key. A hive that was open before is closed.
+    bool open(const QString &path);
+
+    /// Closes the hive.
+    void close();
+
+    bool is_open() const { return handle() != nullptr; }
+
+    /// Starts another walk over the open hive: all of it may be read again.
+    void begin_walk();
+
+    /// Whether the walk ended because too much was read again; it reads nothing more then.
+    bool is_walk_over() const { return m_budget.is_spent(); }
+
+    /// The path of the key whose subkeys or values were asked for last before the walk ended, as
+    /// key_path() gives it.
+    QString last_key_path() const { return key_path(m_last_key); }
+
+    /// The path of the key at `node` below the root, with backslashes between the names. Of a very
+    /// long path the end, behind an ellipsis.
+    QString key_path(unsigned long node) const;
+
+    hivex_handles subkeys(unsigned long node) override;
+    hivex_handles values(unsigned long node) override;
+    hivex_text key_name(unsigned long node) override;
+    hivex_text value_name(unsigned long value) override;
+    qint64 last_write_time(unsigned long node) const override;
+    value_data data(unsigned long value) override;
+    int value_type(unsigned long value) const override;
+
+private:
+    bool has_key(unsigned long node) const;
+    bool has_value(unsigned long value) const;
+    bool begin_list(unsigned long node);
+    bool read_subkey_lists(qint64 node);
+    bool read_value_list(qint64 node);
+    bool read_data(qint64 cell, qint64 declared_length);
+    bool read_big_data(qint64 record, qint64 declared_length);
+    bool read_blocks(qint64 list, qint64 count, qint64 declared_length);
+
+    hive_file m_file;
+    walk_budget m_budget;
+    unsigned long m_last_key = 0;
+};
+
+#endif

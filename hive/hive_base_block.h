@@ -1,0 +1,44 @@
+#ifndef HIVE_BASE_BLOCK_H
+#define HIVE_BASE_BLOCK_H
+
+#include <QByteArray>
+
+/// The base block, with which a hive file begins, and what it tells of the file's state.
+class hive_base_block
+{
+public:
+    /// `bytes`: the file's first bytes, regf::base_block::size of them or, of a shorter file, all.
+    explicit hive_base_block(const QByteArray &bytes) : m_bytes(bytes) {}
+
+    /// Whether the bytes are enough for a base block. If not, no field may be asked for.
+    bool is_whole() const;
+
+    /// Whether the signature is that of a hive.
+    bool is_of_a_hive() const;
+
+    /// Whether the checksum is right. libhivex opens no hive whose checksum is wrong.
+    bool is_checksum_right() const;
+
+    /// Whether the hive was not closed cleanly: its newest changes stand in its transaction logs.
+    bool is_dirty() const { return primary_sequence() != secondary_sequence(); }
+
+    quint32 primary_sequence() const;
+    quint32 secondary_sequence() const;
+
+    /// Bytes that the file has by the base block: itself and all bins.
+    qint64 told_length() const;
+
+    /// Whether a file of `length` bytes ends before what the base block tells.
+    bool is_cut_off(qint64 length) const { return told_length() > length; }
+
+    /// Whether a file of `length` bytes ends within the first fields of a bin that the base block
+    /// counts in. libhivex would read them beyond its buffer before it refuses the file.
+    bool ends_within_a_bin_head(qint64 length) const;
+
+private:
+    quint32 field_at(qint64 offset) const;
+
+    QByteArray m_bytes;
+};
+
+#endif
