@@ -36,7 +36,7 @@ private slots:
     void every_walk_reads_from_guarded_memory();
     void walks_of_generated_hives_data();
     void walks_of_generated_hives();
-    void walks_of_hives_cut_at_each_length();
+    void walks_of_hives_cut_at_each_byte();
     void walks_of_hives_with_a_byte_changed_data();
     void walks_of_hives_with_a_byte_changed();
     void walks_of_hives_that_end_within_a_record_data();
@@ -292,11 +292,13 @@ void tst_overreads::walks_of_generated_hives()
         walk(hive_of_seed(seed).bytes);
 }
 
-void tst_overreads::walks_of_hives_cut_at_each_length()
+void tst_overreads::walks_of_hives_cut_at_each_byte()
 {
     for (const hive_kind kind : {hive_kind::software, hive_kind::user}) {
-        const QByteArray hive = intact_hive(kind);
-        for (qsizetype size = 0; size <= hive.size(); size += 32)
+        hive_damage hive(intact_hive(kind));
+        hive.add_last_cell("in a bin of its own").add_last_cell("and another one");
+        const qsizetype whole = hive.bytes().size();
+        for (qsizetype size = 0; size <= whole; ++size)
             walk(hive_damage(hive).truncate(size).bytes());
     }
 }

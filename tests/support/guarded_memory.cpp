@@ -26,6 +26,14 @@ std::size_t guarded_size = 0;
 std::size_t allocations = 0;
 std::array<guarded_block, 8> blocks;
 
+/// libhivex reads numbers of 32 bits from its buffer, so that it begins at a multiple of their
+/// size.
+std::size_t aligned(std::size_t size)
+{
+    constexpr std::size_t alignment = 4;
+    return (size + alignment - 1) / alignment * alignment;
+}
+
 guarded_block *block_of(const void *memory)
 {
     for (guarded_block &block : blocks) {
@@ -52,7 +60,7 @@ void *guarded_allocation(std::size_t size)
         munmap(mapping, mapped);
         return nullptr;
     }
-    *block = {begin, mapped, begin + page_size + used - size};
+    *block = {begin, mapped, begin + page_size + used - aligned(size)};
     ++allocations;
     return block->memory;
 }
@@ -80,7 +88,9 @@ namespace test_support {
 
 void guard_memory_of_size(std::size_t size)
 {
-    guarded_size = size % 16 == 0 ? size : 0;
+    // Only a hive is so long: memory of other sizes may have to be aligned.
+    constexpr std::size_t shortest_hive = 8192;
+    guarded_size = size % 16 == 0 || size >= shortest_hive ? size : 0;
 }
 
 std::size_t guarded_allocations()
