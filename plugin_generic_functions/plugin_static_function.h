@@ -208,15 +208,17 @@ public:
     static QString extract_user_name_from_sourcefile(const QString &file_path,
                                                      const QString &path_prefix);
     /// Removes the directory and all below it. Symbolic links are removed as links and never
-    /// followed, the given path included; a blank path removes nothing. Failures are ignored.
+    /// followed, a given link to a directory included; "..", and links on the way, lead to where
+    /// the file system says. What is no directory stays: a blank path, a file, a link to a file or
+    /// to nothing. Failures are ignored.
     static void remove_directory(const QString &directory_path);
     /// Copies a tree, hidden entries included, into `destination_path`, which is made when absent.
     ///
     /// A file appears under its name only when it is whole, replacing one of that name. A link is
     /// copied as the file it leads to while that lies inside the tree; links out of the tree, to
-    /// directories and to special files are logged and left out. Dangling links and special files
-    /// are left out silently. Links in the destination are followed: a file goes to where the link
-    /// of its name leads. The destination may lie inside the source. Stops when cancelled.
+    /// directories and to special files are logged as links passed over. Dangling links and special
+    /// files are left out silently. Links in the destination are followed: a file goes to where the
+    /// link of its name leads. The destination may lie inside the source. Stops when cancelled.
     static void copy_directory(const QString &source_path, const QString &destination_path);
     /// Shows bytes as "1023 B", "1.50 KB" or, of any greater size, "2048.00 MB". Empty for blank
     /// input; what is no number counts as 0.

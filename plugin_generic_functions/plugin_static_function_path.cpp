@@ -1,5 +1,6 @@
 #include "plugin_static_function.h"
 
+#include "available_name.h"
 #include "whole_file_copy.h"
 
 #include <QDir>
@@ -8,6 +9,8 @@
 #include <QFileInfo>
 #include <QLatin1StringView>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -37,7 +40,7 @@ struct tree_copy
 void log_copy_line(const QString &message)
 {
     plugin_static_function::app_debug(
-        u"[copy_directory]"_s + message,
+        "[copy_directory]"_L1 + message,
         u"static void plugin_static_function::copy_directory(QString, QString)"_s);
 }
 
@@ -49,16 +52,27 @@ void log_copy_failure(QLatin1StringView side, const QString &file_name, const QS
 
 bool leaves_tree(const QFileInfo &entry, const tree_copy &tree)
 {
-    return entry.isSymLink() && !entry.canonicalFilePath().startsWith(tree.source_root + u'/');
+    return !entry.canonicalFilePath().startsWith(tree.source_root + u'/');
+}
+
+// Tells of a link that is no file of the tree under another name; such a link is left out.
+bool log_link_passed_over(const QFileInfo &file, const tree_copy &tree)
+{
+    if (!file.isSymLink())
+        return false;
+    const bool leaves = leaves_tree(file, tree);
+    if (leaves)
+        log_copy_line(" link out of the directory passed over :"_L1 + file.fileName());
+    else if (!file.isFile())
+        log_copy_line(" link to a special file passed over :"_L1 + file.fileName());
+    return leaves || !file.isFile();
 }
 
 void copy_file(const QFileInfo &file, const QString &destination_path, const tree_copy &tree)
 {
     using status = whole_file_copy_result::status;
-    if (leaves_tree(file, tree)) {
-        log_copy_failure("source"_L1, file.fileName(), u"The link leaves the directory"_s);
+    if (log_link_passed_over(file, tree))
         return;
-    }
     const whole_file_copy_result result =
         copy_whole_file(file.filePath(), destination_path + u'/' + file.fileName(),
                         plugin_static_function::bool_cancel_extraction);
@@ -78,7 +92,7 @@ void copy_subdirectory(const QFileInfo &directory, const QString &destination_pa
     if (!directory.isDir())
         return;
     if (directory.isSymLink()) {
-        log_copy_failure("source"_L1, directory.fileName(), u"A link to a directory"_s);
+        log_copy_line(" link to a directory passed over :"_L1 + directory.fileName());
         return;
     }
     if (directory.canonicalFilePath() != tree.destination_root)
@@ -100,6 +114,31 @@ void copy_tree(const QString &source_path, const QString &destination_path, cons
             return;
         copy_subdirectory(directory, destination_path, tree);
     }
+}
+
+// A slash at the end, or one with a dot, makes the file system follow a link. The rest stays as it
+// is: what ".." behind a link means only the file system can tell.
+QString without_trailing_slashes(QString path)
+{
+    while (path.size() > 1 && (path.endsWith(u'/') || path.endsWith("/."_L1)))
+        path.chop(1);
+    return path;
+}
+
+void remove_tree(const QString &directory_path)
+{
+    const QFileInfoList entries = QDir(directory_path)
+                                      .entryInfoList(QDir::NoDotAndDotDot | QDir::System |
+                                                         QDir::Hidden | QDir::AllDirs | QDir::Files,
+                                                     QDir::DirsFirst);
+    for (const QFileInfo &entry : entries) {
+        // A link to a directory counts as one, but goes as a link.
+        if (entry.isDir() && !entry.isSymLink())
+            remove_tree(entry.filePath());
+        else
+            QFile::remove(entry.filePath());
+    }
+    QDir().rmdir(directory_path);
 }
 
 QString fixed_notation(quint64 size, quint64 unit, QLatin1StringView suffix)
@@ -124,7 +163,31 @@ QString scan_version(const QString &os_version)
     return version.captured(1).toInt() >= 11 ? u"11"_s : version.captured();
 }
 
+bool holds_one_of(const QString &folder_path, const QString &name, const QStringList &suffixes,
+                  const QString &function_info)
+{
+    return std::any_of(suffixes.cbegin(), suffixes.cend(), [&](const QString &suffix) {
+        return plugin_static_function::is_file_exist_in_dir(folder_path, name + suffix,
+                                                            function_info);
+    });
+}
+
 } // namespace
+
+QString available_name(const QString &file_name, const QString &folder_path,
+                       const QStringList &suffixes, const QString &function_info)
+{
+    const bool &cancel = plugin_static_function::bool_cancel_extraction;
+    QDir().mkpath(folder_path);
+    QString candidate = file_name;
+    for (int counter = 1; !cancel; ++counter) {
+        // A cancelled listing tells nothing of the candidate.
+        if (!holds_one_of(folder_path, candidate, suffixes, function_info))
+            return cancel ? QString() : candidate;
+        candidate = QString::number(counter) + u'_' + file_name;
+    }
+    return {};
+}
 
 struct_GLOBAL_ARTIFACT_artifact_source_file plugin_static_function::get_final_artifact_source_file(
     const QString &file_path, const QString &path_prefix, const QString &source_kind)
@@ -164,26 +227,14 @@ void plugin_static_function::remove_directory(const QString &directory_path)
 {
     if (directory_path.trimmed().isEmpty())
         return;
-    // The trailing slash would make the file system follow a link.
-    const QFileInfo directory(QDir::cleanPath(directory_path));
-    if (directory.isSymLink()) {
+    const QFileInfo directory(without_trailing_slashes(directory_path));
+    const QString place = directory.canonicalFilePath(); // empty where nothing is
+    if (place.isEmpty() || !directory.isDir())
+        return;
+    if (directory.isSymLink())
         QFile::remove(directory.filePath());
-        return;
-    }
-    if (!directory.isDir())
-        return;
-    const QFileInfoList entries = QDir(directory.filePath())
-                                      .entryInfoList(QDir::NoDotAndDotDot | QDir::System |
-                                                         QDir::Hidden | QDir::AllDirs | QDir::Files,
-                                                     QDir::DirsFirst);
-    for (const QFileInfo &entry : entries) {
-        // A link to a directory counts as one, but goes as a link.
-        if (entry.isDir())
-            remove_directory(entry.absoluteFilePath());
-        else
-            QFile::remove(entry.absoluteFilePath());
-    }
-    QDir().rmdir(directory.filePath());
+    else
+        remove_tree(place);
 }
 
 void plugin_static_function::copy_directory(const QString &source_path,
@@ -222,16 +273,7 @@ QString plugin_static_function::get_available_file(const QString &file_path,
 {
     const QString function_info =
         u"static QString plugin_static_function::get_available_file(QString, QString, QString)"_s;
-    QDir().mkpath(folder_path);
-    const QString file_name = QFileInfo(file_path).fileName();
-    QString candidate = file_name;
-    for (int counter = 1; !bool_cancel_extraction; ++counter) {
-        // A cancelled listing tells nothing of the candidate.
-        if (!is_file_exist_in_dir(folder_path, candidate, function_info))
-            return bool_cancel_extraction ? QString() : candidate;
-        candidate = QString::number(counter) + u'_' + file_name;
-    }
-    return {};
+    return available_name(QFileInfo(file_path).fileName(), folder_path, {QString()}, function_info);
 }
 
 bool plugin_static_function::is_file_exist_in_dir(const QString &folder_path,
