@@ -1,5 +1,6 @@
 #include "plugin_helper_functions.h"
 
+#include "available_name.h"
 #include "media_extensions.h"
 #include "plugin_static_function.h"
 #include "whole_file_copy.h"
@@ -35,6 +36,18 @@ QString lower_case_extension(const QString &file_name)
 {
     const QString name = file_name.toLower().trimmed();
     return name.contains(u'.') ? name.section(u'.', -1) : QString();
+}
+
+using status = whole_file_copy_result::status;
+
+void log_companion_failure(const QString &path, const QString &error)
+{
+    const QString function_info =
+        u"QString plugin_helper_functions::get_adhoc_path_for_database(QString)"_s;
+    const QString tag = u"[get_adhoc_path_for_database]"_s;
+    plugin_static_function::app_debug(tag + " companion file copy ----FAILED---- :"_L1 + path,
+                                      function_info);
+    plugin_static_function::app_debug(tag + " Error:"_L1 + error, function_info);
 }
 
 void remove_parts(const QString &path, const QStringList &suffixes)
@@ -85,14 +98,14 @@ bool plugin_helper_functions::check_is_audio_by_extn(const QString &file_name) c
 QString plugin_helper_functions::get_adhoc_path_for_database(const QString &database_path) const
 {
     return make_adhoc_copy(
-        database_path, {QString(), u"-shm"_s, u"-wal"_s},
+        database_path, {u"-shm"_s, u"-wal"_s},
         u"QString plugin_helper_functions::get_adhoc_path_for_database(QString)"_s);
 }
 
 QString plugin_helper_functions::get_adhoc_path_for_regular_file(const QString &file_path) const
 {
     return make_adhoc_copy(
-        file_path, {QString()},
+        file_path, {},
         u"QString plugin_helper_functions::get_adhoc_path_for_regular_file(QString)"_s);
 }
 
@@ -129,29 +142,38 @@ bool plugin_helper_functions::is_extension_listed(const QString &file_name,
     return false;
 }
 
-// The suffixes name the parts: the empty one for the file itself, then its companions.
+// The suffixes are those of the file's companions.
 QString plugin_helper_functions::make_adhoc_copy(const QString &source_path,
                                                  const QStringList &suffixes,
                                                  const QString &function_info) const
 {
     if (source_path.trimmed().isEmpty() || adhoc_parent_path.isEmpty())
         return {};
-    const QString name = plugin_static_function::get_available_file(
-        QFileInfo(source_path).fileName(), adhoc_parent_path, function_info);
+    // A file at a companion's place may be somebody's copy, and would be replayed into this one.
+    const QString name = available_name(QFileInfo(source_path).fileName(), adhoc_parent_path,
+                                        QStringList(QString()) + suffixes, function_info);
     if (name.isEmpty())
         return {};
     QString copy_path = adhoc_parent_path + name;
-    // A stale companion would be replayed into the copy.
-    remove_parts(copy_path, suffixes);
-    for (const QString &suffix : suffixes) {
-        const QString part = source_path + suffix;
-        if (!suffix.isEmpty() && !QFileInfo::exists(part))
-            continue;
-        if (copy_whole_file(part, copy_path + suffix, bool_cancel_extraction).how !=
-            whole_file_copy_result::status::copied) {
-            remove_parts(copy_path, suffixes);
-            return {};
-        }
+    if (copy_whole_file(source_path, copy_path, bool_cancel_extraction).how != status::copied)
+        return {};
+    for (const QString &suffix : suffixes)
+        copy_companion(source_path + suffix, copy_path + suffix);
+    if (bool_cancel_extraction) {
+        remove_parts(copy_path, QStringList(QString()) + suffixes);
+        return {};
     }
     return copy_path;
+}
+
+// What a companion cannot give is no reason to do without the database.
+void plugin_helper_functions::copy_companion(const QString &source_path,
+                                             const QString &copy_path) const
+{
+    if (!QFileInfo::exists(source_path))
+        return;
+    const whole_file_copy_result result =
+        copy_whole_file(source_path, copy_path, bool_cancel_extraction);
+    if (result.how == status::source_failed || result.how == status::destination_failed)
+        log_companion_failure(source_path, result.error);
 }

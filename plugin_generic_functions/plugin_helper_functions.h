@@ -18,6 +18,8 @@ struct media_extension_table
 /// evidence files in a folder that the plug-in names.
 class plugin_helper_functions : public QWidget
 {
+    Q_OBJECT
+
 public:
     /// Fills the three media tables; the cancel flag is clear and there is no adhoc folder yet.
     explicit plugin_helper_functions(QWidget *parent = nullptr);
@@ -38,10 +40,11 @@ public:
     bool check_is_audio_by_extn(const QString &file_name) const;
 
     /// Copies an SQLite database with those of its "-shm" and "-wal" companions that exist, under a
-    /// name that is free in the adhoc folder, and returns the copy's path. The copies are writable,
-    /// so that SQLite can replay the companions. Empty, and nothing left behind, when the path is
-    /// blank, while the adhoc folder is the empty text, when cancelled, and when a file cannot be
-    /// copied whole. Nothing removes the copies later.
+    /// name that is free in the adhoc folder for all three, and returns the copy's path. The copies
+    /// are writable, so that SQLite can replay the companions. A companion that cannot be copied
+    /// whole is logged and left out. Empty, and nothing left behind, when the path is blank, while
+    /// the adhoc folder is the empty text, when cancelled, and when the database cannot be copied
+    /// whole. Nothing removes the copies later.
     QString get_adhoc_path_for_database(const QString &database_path) const;
     /// The same for a file without companions.
     QString get_adhoc_path_for_regular_file(const QString &file_path) const;
@@ -60,6 +63,7 @@ private:
     bool is_extension_listed(const QString &file_name, const media_extension_table &table) const;
     QString make_adhoc_copy(const QString &source_path, const QStringList &suffixes,
                             const QString &function_info) const;
+    void copy_companion(const QString &source_path, const QString &copy_path) const;
 
     bool bool_cancel_extraction = false;
     media_extension_table image_table;
