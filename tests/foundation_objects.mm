@@ -1,3 +1,6 @@
+// GNUstep's list of living objects is declared only where this is not defined.
+#undef NDEBUG
+
 #include "foundation_objects.h"
 
 #import <Foundation/Foundation.h>
