@@ -1,5 +1,7 @@
+#include "named_connection.h"
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
+#include "sqlite_operation.h"
 #include "windows_installed_applications.h"
 #include "windows_installed_applications_ios_uid.h"
 #include "windows_installed_applications_macos.h"
@@ -52,10 +54,8 @@ void windows_installed_applications::create_db_tables()
     const QString caller = u"void windows_installed_applications::create_db_tables()"_s;
     plugin_static_function::app_debug(u"[create_db_tables] -starts"_s, caller);
 
-    QSqlDatabase::removeDatabase(caller);
-    QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, caller);
-    database.setDatabaseName(destination_db_file);
-    if (!database.open()) {
+    QSqlDatabase database = open_named_connection(caller, destination_db_file);
+    if (!database.isOpen()) {
         plugin_static_function::app_debug(
             u"[create_db_tables]Destination Db opening failed for table creation"_s, caller);
         plugin_static_function::app_debug(database.lastError().text(), caller);
@@ -63,12 +63,15 @@ void windows_installed_applications::create_db_tables()
         return;
     }
     database.transaction();
+    lock_wait wait;
     for (const result_tab *tab : windows_installed_applications_winos::result_tabs()) {
-        if (!plugin_static_function::execute_db_command_by_dbreference(tab->create_statement,
-                                                                       database, caller))
+        if (!execute_in_operation_by_dbreference(tab->create_statement, database, caller, wait))
             plugin_static_function::app_debug(
                 " table creation -----FAILED---- "_L1 + QString(tab->name), caller);
     }
+    // There is nothing to commit under the lock that kept the tables out; a reader may keep the
+    // commit of what was created.
+    wait.restore(database);
     database.commit();
     database.close();
     plugin_static_function::app_debug(u"[create_db_tables] -ends"_s, caller);
@@ -84,10 +87,11 @@ void windows_installed_applications::clear_db_tables()
     }
     if (engine_type < 0 || engine_type > 2)
         return;
+    lock_wait wait;
     for (const QString &tab : std::as_const(selected_tabs_list)) {
         if (bool_cancel_extraction)
             return;
-        plugin_static_function::execute_db_command_by_dbpath("delete from '"_L1 + tab + u'\'',
-                                                             destination_db_file, caller);
+        execute_in_operation_by_dbpath("delete from '"_L1 + tab + u'\'', destination_db_file,
+                                       caller, wait);
     }
 }

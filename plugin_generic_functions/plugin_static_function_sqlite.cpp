@@ -1,5 +1,8 @@
 #include "plugin_static_function.h"
 
+#include "named_connection.h"
+#include "sqlite_operation.h"
+
 #include <QDateTime>
 #include <QLatin1StringView>
 #include <QRandomGenerator>
@@ -19,7 +22,8 @@ struct db_command
     QString text;
     QStringList bind_values;
     QString caller;
-    QString function_info; // signature of the helper that runs it
+    QString function_info;     // signature of the helper that runs it
+    lock_wait *wait = nullptr; // of the operation that the statement is a part of
 };
 
 enum class outcome
@@ -104,21 +108,32 @@ void log_query_failure(const failure_texts &texts, const db_command &command,
     plugin_static_function::app_debug(texts.query_error + error, function_info);
 }
 
-outcome run(QSqlQuery &query, const db_command &command)
+void note_failure(const db_command &command, const QSqlQuery &query, const QSqlDatabase &database)
 {
-    query.prepare(command.text);
+    if (command.wait != nullptr)
+        command.wait->note(query.lastError(), database);
+}
+
+outcome run(QSqlQuery &query, const db_command &command, const QSqlDatabase &database)
+{
+    // Executing what cannot be prepared puts another error in the place of this one.
+    if (!query.prepare(command.text))
+        note_failure(command, query, database);
     for (const QString &value : command.bind_values) {
         if (plugin_static_function::bool_cancel_extraction)
             return outcome::cancelled;
         query.addBindValue(value, QSql::In);
     }
-    return query.exec() ? outcome::done : outcome::failed;
+    if (query.exec())
+        return outcome::done;
+    note_failure(command, query, database);
+    return outcome::failed;
 }
 
 query_result execute(const db_command &command, const QSqlDatabase &database)
 {
     QSqlQuery query(database);
-    const outcome how = run(query, command);
+    const outcome how = run(query, command, database);
     return {how, query.lastError().text(), {}};
 }
 
@@ -127,7 +142,8 @@ query_result gather_column(const db_command &command, int column_index,
 {
     QSqlQuery query(database);
     query.setForwardOnly(true);
-    query_result result = {run(query, command), query.lastError().text(), {}};
+    const outcome how = run(query, command, database);
+    query_result result = {how, query.lastError().text(), {}};
     while (result.how == outcome::done && query.next()) {
         if (plugin_static_function::bool_cancel_extraction)
             result.how = outcome::cancelled;
@@ -137,16 +153,6 @@ query_result gather_column(const db_command &command, int column_index,
     return result;
 }
 
-// Replaces a connection of that name; the caller finds out by isOpen() whether it opened.
-QSqlDatabase open_connection(const QString &connection_name, const QString &db_path)
-{
-    QSqlDatabase::removeDatabase(connection_name);
-    QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, connection_name);
-    database.setDatabaseName(db_path);
-    database.open();
-    return database;
-}
-
 // A connection under a name that nobody else uses, closed and removed at the end of its scope.
 class private_connection
 {
@@ -154,7 +160,7 @@ public:
     explicit private_connection(const QString &db_path)
         : name(QString::number(QRandomGenerator::global()->generate()) +
                QString::number(QDateTime::currentMSecsSinceEpoch())),
-          connection(open_connection(name, db_path))
+          connection(open_named_connection(name, db_path))
     {
     }
     ~private_connection()
@@ -175,7 +181,9 @@ private:
 bool execute_by_dbpath(const db_command &command, const QString &db_path,
                        const failure_texts &texts)
 {
-    QSqlDatabase database = open_connection(command.function_info + command.caller, db_path);
+    QSqlDatabase database = open_named_connection(
+        command.function_info + command.caller, db_path,
+        command.wait != nullptr ? command.wait->connect_options() : QString());
     if (!database.isOpen()) {
         log_open_failure(texts, db_path, command.caller, database.lastError().text(),
                          command.function_info);
@@ -186,6 +194,8 @@ bool execute_by_dbpath(const db_command &command, const QString &db_path,
         return false;
     if (result.how == outcome::failed)
         log_query_failure(texts, command, db_path, result.error);
+    else if (command.wait != nullptr)
+        command.wait->restore(database);
     database.close();
     return result.how == outcome::done;
 }
@@ -199,15 +209,20 @@ bool execute_by_dbreference(const db_command &command, const QSqlDatabase &datab
     return result.how == outcome::done;
 }
 
-QStringList stringlist_from_database(const db_command &command, int column_index,
-                                     const QSqlDatabase &database, const failure_texts &texts,
-                                     const QString &end_text)
+query_result gather_and_log_failure(const db_command &command, int column_index,
+                                    const QSqlDatabase &database, const failure_texts &texts)
 {
-    const query_result result = gather_column(command, column_index, database);
+    query_result result = gather_column(command, column_index, database);
     if (result.how == outcome::failed)
         log_query_failure(texts, command, database.databaseName(), result.error);
-    else if (result.how == outcome::done)
-        plugin_static_function::app_debug(end_text, command.function_info);
+    return result;
+}
+
+QStringList rows_with_end_line(const query_result &result, const QString &end_text,
+                               const QString &function_info)
+{
+    if (result.how == outcome::done)
+        plugin_static_function::app_debug(end_text, function_info);
     return result.rows;
 }
 
@@ -215,32 +230,57 @@ QStringList stringlist_by_dbreference(const db_command &command, int column_inde
                                       const QSqlDatabase &database)
 {
     plugin_static_function::app_debug(u" Start "_s, command.function_info);
-    return stringlist_from_database(command, column_index, database, list_by_reference_texts,
-                                    u" end "_s);
+    return rows_with_end_line(
+        gather_and_log_failure(command, column_index, database, list_by_reference_texts),
+        u" end "_s, command.function_info);
+}
+
+// The private connection is closed and gone when this returns.
+query_result gather_by_dbpath(const db_command &command, int column_index, const QString &db_path)
+{
+    const private_connection connection(db_path);
+    const QSqlDatabase &database = connection.database();
+    if (database.isOpen())
+        return gather_and_log_failure(command, column_index, database, list_texts);
+    log_open_failure(list_texts, db_path, command.caller, database.lastError().text(),
+                     command.function_info);
+    return {outcome::failed, {}, {}};
 }
 
 QStringList stringlist_by_dbpath(const db_command &command, int column_index,
                                  const QString &db_path, const QString &end_text)
 {
     plugin_static_function::app_debug(u" Start "_s, command.function_info);
-    const private_connection connection(db_path);
-    if (connection.database().isOpen())
-        return stringlist_from_database(command, column_index, connection.database(), list_texts,
-                                        end_text);
-    log_open_failure(list_texts, db_path, command.caller, connection.database().lastError().text(),
-                     command.function_info);
-    return {};
+    return rows_with_end_line(gather_by_dbpath(command, column_index, db_path), end_text,
+                              command.function_info);
 }
 
+constexpr auto execute_by_dbpath_info =
+    "static bool plugin_static_function::execute_db_command_by_dbpath(QString, QString, QString)"_L1;
+constexpr auto execute_by_dbreference_info =
+    "static bool plugin_static_function::execute_db_command_by_dbreference(QString, QSqlDatabase&, QString)"_L1;
+
 } // namespace
+
+bool execute_in_operation_by_dbpath(const QString &command, const QString &db_path,
+                                    const QString &caller, lock_wait &wait)
+{
+    return execute_by_dbpath({command, {}, caller, execute_by_dbpath_info, &wait}, db_path,
+                             execute_texts);
+}
+
+bool execute_in_operation_by_dbreference(const QString &command, const QSqlDatabase &database,
+                                         const QString &caller, lock_wait &wait)
+{
+    return execute_by_dbreference({command, {}, caller, execute_by_dbreference_info, &wait},
+                                  database);
+}
 
 bool plugin_static_function::execute_db_command_by_dbpath(const QString &command,
                                                           const QString &db_path,
                                                           const QString &caller)
 {
-    const QString function_info =
-        u"static bool plugin_static_function::execute_db_command_by_dbpath(QString, QString, QString)"_s;
-    return execute_by_dbpath({command, {}, caller, function_info}, db_path, execute_texts);
+    return execute_by_dbpath({command, {}, caller, execute_by_dbpath_info}, db_path, execute_texts);
 }
 
 bool plugin_static_function::execute_db_command_with_addbindvalue_by_dbpath(
@@ -257,9 +297,7 @@ bool plugin_static_function::execute_db_command_by_dbreference(const QString &co
                                                                QSqlDatabase &database,
                                                                const QString &caller)
 {
-    const QString function_info =
-        u"static bool plugin_static_function::execute_db_command_by_dbreference(QString, QSqlDatabase&, QString)"_s;
-    return execute_by_dbreference({command, {}, caller, function_info}, database);
+    return execute_by_dbreference({command, {}, caller, execute_by_dbreference_info}, database);
 }
 
 bool plugin_static_function::execute_db_command_with_addbindvalue_by_dbreference(
@@ -337,7 +375,7 @@ QStringList plugin_static_function::get_total_tables_list_by_dbpath(const QStrin
 {
     const QString function_info =
         u"static QStringList plugin_static_function::get_total_tables_list_by_dbpath(QString, QString)"_s;
-    QSqlDatabase database = open_connection(function_info + caller, db_path);
+    QSqlDatabase database = open_named_connection(function_info + caller, db_path);
     if (!database.isOpen()) {
         log_open_failure(execute_texts, db_path, caller, database.lastError().text(),
                          function_info);

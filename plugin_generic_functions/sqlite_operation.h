@@ -1,0 +1,18 @@
+#ifndef SQLITE_OPERATION_H
+#define SQLITE_OPERATION_H
+
+#include "lock_wait.h"
+
+#include <QString>
+
+// The commands of plugin_static_function for an operation of several statements, which share one
+// wait for a lock.
+
+/// As execute_db_command_by_dbpath(). A statement that succeeds has shown that the lock is gone.
+bool execute_in_operation_by_dbpath(const QString &command, const QString &db_path,
+                                    const QString &caller, lock_wait &wait);
+/// As execute_db_command_by_dbreference().
+bool execute_in_operation_by_dbreference(const QString &command, const QSqlDatabase &database,
+                                         const QString &caller, lock_wait &wait);
+
+#endif
