@@ -1,4 +1,5 @@
 #include "log_capture.h"
+#include "recording_driver.h"
 #include "result_database.h"
 #include "result_file.h"
 #include "result_table_writer.h"
@@ -12,8 +13,8 @@ using namespace test_support;
 
 namespace {
 
-/// So many that the columns which never changed have become literals.
-constexpr int rows_with_literals = result_table_writer::rows_before_literals + 2;
+/// So many that a statement that is prepared once has long been in use.
+constexpr int many_rows = 70;
 
 constexpr auto signature = "void workshop::fill_parts()"_L1;
 
@@ -46,6 +47,13 @@ struct workshop
 QSqlDatabase writers_connection()
 {
     return QSqlDatabase::database(signature, false);
+}
+
+/// How long the statements of a connection wait for a lock, in milliseconds.
+int busy_timeout(const QSqlDatabase &database)
+{
+    QSqlQuery query(u"pragma busy_timeout"_s, database);
+    return query.next() ? query.value(0).toInt() : -1;
 }
 
 QString log_line(const QString &message)
@@ -120,6 +128,9 @@ private slots:
     void refuses_a_row_of_another_length_data();
     void refuses_a_row_of_another_length();
     void loses_no_row_but_those_that_a_lock_keeps_out();
+    void waits_for_a_lock_once_until_a_row_goes_in();
+    void keeps_values_out_of_the_statement();
+    void leaves_no_literal_in_the_list_of_connections();
     void writes_repeated_values_as_they_are_data();
     void writes_repeated_values_as_they_are();
     void reports_a_row_as_a_statement_of_its_own_would_data();
@@ -306,6 +317,50 @@ void tst_result_table_writer::loses_no_row_but_those_that_a_lock_keeps_out()
     QCOMPARE(shop.rows(), (QList<QStringList>{{u"nut"_s, u"3"_s, null_text}}));
 }
 
+// The lock is held by the test itself, so that the first wait is made none.
+void tst_result_table_writer::waits_for_a_lock_once_until_a_row_goes_in()
+{
+    const workshop shop;
+    result_table_writer writer(parts_tab, shop.path);
+    QVERIFY(writer.open());
+    QCOMPARE(busy_timeout(writers_connection()), 5000);
+    execute(writers_connection(), u"pragma busy_timeout = 1"_s);
+    {
+        const sqlite_connection other(shop.path);
+        execute(other.database, u"begin immediate"_s);
+        QVERIFY(!writer.insert({u"bolt"_s, u"12"_s}));
+        QCOMPARE(busy_timeout(writers_connection()), 0);
+        QVERIFY(!writer.insert({u"bolt"_s, u"13"_s}));
+        QCOMPARE(busy_timeout(writers_connection()), 0);
+    }
+    QVERIFY(writer.insert({u"nut"_s, u"3"_s}));
+    QCOMPARE(busy_timeout(writers_connection()), 5000);
+}
+
+void tst_result_table_writer::keeps_values_out_of_the_statement()
+{
+    const recording_driver_registration driver;
+    result_table_writer writer(parts_tab, u"any.sqlite"_s);
+    QVERIFY(writer.open());
+    for (int row = 0; row < many_rows; ++row)
+        QVERIFY(writer.insert({u"evidence"_s, u"12"_s}));
+    QCOMPARE(driver.statements(), QStringList{u"insert into parts(name,number) values(:v0,:v1)"_s});
+    QCOMPARE(driver.rows(), QList<QStringList>(many_rows, {u"evidence"_s, u"12"_s}));
+}
+
+void tst_result_table_writer::leaves_no_literal_in_the_list_of_connections()
+{
+    const workshop shop;
+    {
+        result_table_writer writer(parts_tab, shop.path);
+        QVERIFY(writer.open());
+    }
+    const QStringList names = QSqlDatabase::connectionNames();
+    QString name = names.at(names.indexOf(signature));
+    QVERIFY(name.data_ptr().d_ptr() != nullptr);
+    QVERIFY(writers_connection().driverName().data_ptr().d_ptr() != nullptr);
+}
+
 void tst_result_table_writer::writes_repeated_values_as_they_are_data()
 {
     QTest::addColumn<QString>("value");
@@ -332,7 +387,7 @@ void tst_result_table_writer::writes_repeated_values_as_they_are()
     const workshop plain;
     const workshop shop;
     QList<QStringList> rows;
-    for (int row = 0; row < rows_with_literals; ++row)
+    for (int row = 0; row < many_rows; ++row)
         rows.append({value, QString::number(row)});
     rows.append({u"another"_s, u"0"_s}); // in which the repeated value is not right
     rows.append({value, u"0"_s});
@@ -371,7 +426,7 @@ void tst_result_table_writer::reports_a_row_as_a_statement_of_its_own_would()
 {
     QFETCH(const QString, statement);
     QFETCH(const bool, locks);
-    for (const int row : {2, rows_with_literals})
+    for (const int row : {2, many_rows})
         report_as_a_statement_of_its_own(row, statement, locks);
 }
 

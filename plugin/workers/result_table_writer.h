@@ -1,6 +1,7 @@
 #ifndef RESULT_TABLE_WRITER_H
 #define RESULT_TABLE_WRITER_H
 
+#include "lock_wait.h"
 #include "result_tab.h"
 
 #include <QList>
@@ -13,7 +14,9 @@
 
 /// Inserts rows into one result table, in one transaction on a connection of its own that is named
 /// after the extractor. Failures are logged in the tab's words. Whatever path leaves the writer,
-/// the rows inserted so far are committed and the connection is closed.
+/// the rows inserted so far are committed and the connection is closed. Values reach the statement
+/// as bound ones alone. A lock that somebody else holds is waited for once, and again after a row
+/// went in.
 class result_table_writer
 {
 public:
@@ -31,27 +34,19 @@ public:
     /// text is written as an empty one). False, with three log lines, when that fails.
     bool insert(const QStringList &values);
 
-    /// After so many rows, the columns whose value never changed are written into the statement:
-    /// Qt binds all placeholders again for each row, and SQLite converts their texts each time.
-    static constexpr int rows_before_literals = 64;
-
 private:
     struct column
     {
-        QString placeholder;      ///< its name in the statement
-        QString value;            ///< of the row before
-        bool is_bound = false;    ///< whether the statement holds that value
-        bool is_literal = false;  ///< whether the value stands in the statement itself
-        bool has_changed = false; ///< whether it did since the statement was prepared
+        QString placeholder;   ///< its name in the statement
+        QString value;         ///< of the row before
+        bool is_bound = false; ///< whether the statement holds that value
     };
 
     void expect_columns(qsizetype count);
-    bool are_literals_right(const QStringList &values) const;
-    void write_literals();
     QString named_statement() const;
-    bool prepare_without_literals();
-    bool prepare(const QString &statement);
+    bool prepare();
     bool execute(const QStringList &values);
+    bool noted(bool succeeded);
     void bind(qsizetype position);
     void log(const QString &message) const;
     void log_insert_failure(const QString &error) const;
@@ -63,7 +58,8 @@ private:
     QList<column> m_columns;          ///< one for each value of a row
     bool m_is_named = true;           ///< whether placeholders have names, until a row fails
     bool m_is_prepared = false;
-    int m_executions = 0; ///< rows inserted since the statement was prepared
+    bool m_is_fresh = true; ///< whether no row went in since the statement was prepared
+    lock_wait m_lock_wait;
 };
 
 #endif

@@ -122,7 +122,7 @@ void print_end(qint64 microseconds)
     const disk_counts counts = counted_on_disk();
     QByteArray line = "done";
     for (const qint64 number : {qint64(counts.steps), qint64(counts.writes), qint64(counts.opens),
-                                microseconds, cpu_ms, peak_kib(usage)})
+                                microseconds, cpu_ms, peak_kib(usage), qint64(counts.waited_us)})
         line += ' ' + QByteArray::number(number);
     print(line);
 }
@@ -133,6 +133,7 @@ void add_options(QCommandLineParser &parser)
                              "file-size-limit", "memory-limit", "kill-after"})
         parser.addOption({QString::fromLatin1(name), {}, u"value"_s});
     parser.addOption({u"read-only-source"_s, {}});
+    parser.addOption({u"clear"_s, {}});
 }
 
 void hand_over(const QCommandLineParser &options, host_double &host)
@@ -143,6 +144,7 @@ void hand_over(const QCommandLineParser &options, host_double &host)
         host.settings.source.system_account_list.append({account, {}});
     if (options.isSet(u"tab"_s))
         host.settings.tabs = options.values(u"tab"_s);
+    host.settings.clear_tables = options.isSet(u"clear"_s);
     if (options.isSet(u"log"_s)) {
         host.settings.general.debug_mode_status = true;
         host.settings.general.debug_print_in_file = true;

@@ -26,6 +26,7 @@ void note(extraction_outcome &outcome, const QByteArray &line)
         outcome.microseconds = number(4);
         outcome.cpu_ms = number(5);
         outcome.peak_kib = number(6);
+        outcome.waited_us = number(7);
     } else if (words.first() == "records" || words.first() == "tabs") {
         outcome.events.append(QString::fromLatin1(line));
         outcome.finished_tabs += words.first() == "tabs" ? 1 : 0;
@@ -59,6 +60,12 @@ extraction_process &extraction_process::tabs(const QStringList &names)
 {
     for (const QString &name : names)
         option(u"tab"_s, name);
+    return *this;
+}
+
+extraction_process &extraction_process::clear_tables()
+{
+    m_arguments.append(u"--clear"_s);
     return *this;
 }
 

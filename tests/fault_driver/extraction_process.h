@@ -27,6 +27,7 @@ struct extraction_outcome
     qint64 microseconds = 0; ///< from the first call of the plug-in to the last one's return
     qint64 cpu_ms = 0;       ///< of the whole process
     qint64 peak_kib = 0;     ///< most memory held at once
+    qint64 waited_us = 0;    ///< how long SQLite meant to wait for locks
     QByteArray errors;       ///< what it wrote to standard error
     int finished_tabs = 0;   ///< as far as the events tell
     int finished_tabs_before_fault = 0;
@@ -42,6 +43,9 @@ public:
     /// Accounts besides those that the volume knows.
     extraction_process &accounts(const QStringList &names);
     extraction_process &tabs(const QStringList &names);
+
+    /// Has the rows of the tabs deleted before the extraction.
+    extraction_process &clear_tables();
 
     /// Writes the debug log to this file, which must exist.
     extraction_process &log(const QString &path);

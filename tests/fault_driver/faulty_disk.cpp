@@ -191,8 +191,10 @@ REPLACES_LIBC int open64(const char *path, int flags, ...)
 // SQLite waits for a lock by sleeping, and counts what it slept by its own measure.
 REPLACES_LIBC int usleep(useconds_t microseconds)
 {
-    if (current != nullptr)
+    if (current != nullptr) {
+        current->counts.waited_us += microseconds;
         return 0;
+    }
     constexpr long ns_per_us = 1000;
     constexpr long us_per_s = 1000000;
     const long whole = microseconds;

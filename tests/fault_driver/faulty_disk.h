@@ -19,9 +19,10 @@ enum class disk_fault
 /// How many calls there were below the watched folders.
 struct disk_counts
 {
-    std::int64_t steps = 0;  ///< calls that alter a file or its folder, writes included
-    std::int64_t writes = 0; ///< calls that need space
-    std::int64_t opens = 0;  ///< files opened below the read folder
+    std::int64_t steps = 0;     ///< calls that alter a file or its folder, writes included
+    std::int64_t writes = 0;    ///< calls that need space
+    std::int64_t opens = 0;     ///< files opened below the read folder
+    std::int64_t waited_us = 0; ///< how long SQLite meant to wait for locks
 };
 
 /// Watches two folders, both ending in "/", from now on. `fault` happens at step number `at`, from
