@@ -19,17 +19,6 @@ using namespace test_support;
 
 namespace {
 
-const QString find_origin =
-    u"[ARKEN_DESK][Artifacts Extraction][windows_installed_applications::pub_find_source_file]:-- "_s;
-const QString extract_origin =
-    u"[ARKEN_DESK][Artifacts Extraction][windows_installed_applications::pub_extract_artifacts]:-- "_s;
-
-QString scheme_failure(const QString &scheme)
-{
-    return u"------FAILED------- supported os scheme internal not matched, received os scheme "
-           u"internal =  %1, plugin name is Windows Installed Applications"_s.arg(scheme);
-}
-
 /// A volume with two applications.
 evidence_volume &two_applications(evidence_volume &volume)
 {
@@ -161,18 +150,6 @@ private slots:
     void the_second_list_of_tabs_has_no_effect();
     void essentials_reset_counts_and_cancellation();
     void a_cancellation_reaches_every_part();
-    void an_unknown_scheme_is_logged_when_sources_are_sought_data();
-    void an_unknown_scheme_is_logged_when_sources_are_sought();
-    void an_unknown_scheme_still_signals_and_ends_data();
-    void an_unknown_scheme_still_signals_and_ends();
-    void a_scheme_without_artefacts_signals_the_total_once_data();
-    void a_scheme_without_artefacts_signals_the_total_once();
-    void a_cancelled_extraction_only_starts();
-    void a_cancelled_extraction_of_an_unknown_scheme_ends();
-    void a_windows_extraction_relays_the_worker_signals();
-    void a_second_extraction_goes_on_counting();
-    void essentials_between_extractions_start_anew();
-    void an_unknown_edition_extracts_nothing();
     void clearing_takes_only_the_selected_tables();
     void clearing_with_false_touches_nothing();
     void the_finished_slot_only_sets_its_flag();
@@ -399,159 +376,6 @@ void tst_plugin_object::a_cancellation_reaches_every_part()
     QVERIFY(plugin_static_function::bool_cancel_extraction);
     QVERIFY(!plugin.helper_obj->check_is_image_by_extn(u"a.jpg"_s));
     QCOMPARE(plugin.winos_obj->decrypt_program_name(u"a"_s), QString());
-}
-
-void tst_plugin_object::an_unknown_scheme_is_logged_when_sources_are_sought_data()
-{
-    QTest::addColumn<QString>("scheme");
-    QTest::newRow("wrong letter case") << u"winos"_s;
-    QTest::newRow("empty, as in a default record") << QString();
-    QTest::newRow("another system") << u"Linux"_s;
-}
-
-void tst_plugin_object::an_unknown_scheme_is_logged_when_sources_are_sought()
-{
-    QFETCH(const QString, scheme);
-    const log_capture log;
-    evidence_volume volume;
-    host_double host(volume);
-    host.settings.general = log.general_info();
-    host.settings.source.os_scheme_internal = scheme;
-    host.set_up();
-    log.clear();
-    host.plugin().pub_find_source_file();
-    QCOMPARE(log.lines(), QStringList{find_origin + scheme_failure(scheme)});
-    QCOMPARE(host.events(), QStringList());
-}
-
-void tst_plugin_object::an_unknown_scheme_still_signals_and_ends_data()
-{
-    an_unknown_scheme_is_logged_when_sources_are_sought_data();
-}
-
-void tst_plugin_object::an_unknown_scheme_still_signals_and_ends()
-{
-    QFETCH(const QString, scheme);
-    const log_capture log;
-    evidence_volume volume;
-    host_double host(volume);
-    host.settings.general = log.general_info();
-    host.settings.source.os_scheme_internal = scheme;
-    host.set_up();
-    host.plugin().slot_extracted_records_of_plugin(5);
-    host.clear_events();
-    log.clear();
-    host.plugin().pub_extract_artifacts();
-    QCOMPARE(host.events(), (QStringList{u"records 0"_s, u"records 5"_s}));
-    QCOMPARE(log.lines(), (QStringList{extract_origin + u"[pub_extract_artifacts] - START"_s,
-                                       extract_origin + scheme_failure(scheme),
-                                       extract_origin + u"[pub_extract_artifacts] - END"_s}));
-}
-
-void tst_plugin_object::a_scheme_without_artefacts_signals_the_total_once_data()
-{
-    QTest::addColumn<QString>("scheme");
-    QTest::addColumn<int>("earlier_rows");
-    QTest::newRow("a macOS volume on a fresh run") << u"macOS"_s << 0;
-    QTest::newRow("a macOS volume after rows of others") << u"macOS"_s << 5;
-    QTest::newRow("an iOS backup on a fresh run") << u"iOS_UID"_s << 0;
-    QTest::newRow("an iOS backup after rows of others") << u"iOS_UID"_s << 5;
-}
-
-void tst_plugin_object::a_scheme_without_artefacts_signals_the_total_once()
-{
-    QFETCH(const QString, scheme);
-    QFETCH(const int, earlier_rows);
-    const log_capture log;
-    evidence_volume volume;
-    host_double host(two_applications(volume));
-    host.settings.general = log.general_info();
-    host.settings.source.os_scheme_internal = scheme;
-    host.set_up();
-    host.plugin().slot_extracted_records_of_plugin(earlier_rows);
-    host.clear_events();
-    log.clear();
-    host.extract();
-    // The start, the worker's own signal, and the final total.
-    const QString total = u"records "_s + QString::number(earlier_rows);
-    QCOMPARE(host.events(), (QStringList{u"records 0"_s, total, total}));
-    QCOMPARE(log.messages(), (QStringList{u"[pub_extract_artifacts] - START"_s,
-                                          u"[pub_extract_artifacts] - END"_s}));
-}
-
-void tst_plugin_object::a_cancelled_extraction_only_starts()
-{
-    const log_capture log;
-    evidence_volume volume;
-    host_double host(two_applications(volume));
-    host.settings.general = log.general_info();
-    host.set_up();
-    host.plugin().pub_cancel_extraction();
-    log.clear();
-    host.plugin().pub_extract_artifacts();
-    QCOMPARE(host.events(), QStringList{u"records 0"_s});
-    QCOMPARE(log.messages(), QStringList{u"[pub_extract_artifacts] - START"_s});
-}
-
-void tst_plugin_object::a_cancelled_extraction_of_an_unknown_scheme_ends()
-{
-    const log_capture log;
-    evidence_volume volume;
-    host_double host(volume);
-    host.settings.general = log.general_info();
-    host.settings.source.os_scheme_internal = u"other"_s;
-    host.set_up();
-    host.plugin().pub_cancel_extraction();
-    log.clear();
-    host.plugin().pub_extract_artifacts();
-    QCOMPARE(log.messages(),
-             (QStringList{u"[pub_extract_artifacts] - START"_s, scheme_failure(u"other"_s),
-                          u"[pub_extract_artifacts] - END"_s}));
-}
-
-void tst_plugin_object::a_windows_extraction_relays_the_worker_signals()
-{
-    evidence_volume volume;
-    host_double host(two_applications(volume));
-    host.settings.tabs = {u"install_apps_32"_s, u"install_apps_64"_s};
-    host.run();
-    QCOMPARE(host.events(),
-             (QStringList{u"records 0"_s, u"records 2"_s, u"tabs 1"_s, u"records 2"_s, u"tabs 2"_s,
-                          u"records 2"_s, u"records 2"_s}));
-}
-
-void tst_plugin_object::a_second_extraction_goes_on_counting()
-{
-    evidence_volume volume;
-    host_double host(two_applications(volume));
-    host.settings.tabs = {u"install_apps_64"_s};
-    host.run();
-    host.clear_events();
-    host.extract();
-    QCOMPARE(host.events(), (QStringList{u"records 0"_s, u"records 4"_s, u"tabs 2"_s,
-                                         u"records 4"_s, u"records 4"_s}));
-}
-
-void tst_plugin_object::essentials_between_extractions_start_anew()
-{
-    evidence_volume volume;
-    host_double host(two_applications(volume));
-    host.settings.tabs = {u"install_apps_64"_s};
-    host.run();
-    host.clear_events();
-    host.run();
-    QCOMPARE(host.events(), (QStringList{u"records 0"_s, u"records 2"_s, u"tabs 1"_s,
-                                         u"records 2"_s, u"records 2"_s}));
-}
-
-void tst_plugin_object::an_unknown_edition_extracts_nothing()
-{
-    evidence_volume volume;
-    host_double host(two_applications(volume));
-    host.settings.engine_type = 5;
-    host.run();
-    QCOMPARE(host.events(), (QStringList{u"records 0"_s, u"records 0"_s, u"records 0"_s}));
-    QCOMPARE(result_database(host.database_path()).row_count(u"install_apps_64"_s), 0);
 }
 
 void tst_plugin_object::clearing_takes_only_the_selected_tables()

@@ -1,6 +1,7 @@
 #include "evidence_volume.h"
 #include "host_double.h"
 #include "log_capture.h"
+#include "log_line_hook.h"
 #include "plugin_helper_functions.h"
 #include "result_database.h"
 #include "test_main.h"
@@ -73,9 +74,11 @@ private slots:
     void an_unopenable_database_is_logged_in_three_lines();
     void a_table_that_cannot_be_created_does_not_stop_the_others();
     void clearing_without_a_database_is_logged();
+    void a_missing_database_is_logged_for_an_unknown_edition_too();
     void clearing_nothing_deletes_nothing();
     void clearing_for_an_unknown_edition_is_silent();
     void clearing_after_a_cancellation_deletes_nothing();
+    void a_cancellation_between_two_tables_stops_the_clearing();
     void clearing_deletes_the_rows_and_keeps_the_tables();
     void clearing_a_name_that_is_no_table_is_logged_and_the_next_cleared();
     void inserted_rows_leave_the_host_columns_null();
@@ -324,6 +327,15 @@ void tst_result_tables::clearing_without_a_database_is_logged()
                     u"clear_db_tables]:-- [clear_db_tables]DB not exists and so returning..."_s});
 }
 
+void tst_result_tables::a_missing_database_is_logged_for_an_unknown_edition_too()
+{
+    prepared_plugin prepared;
+    prepared.plugin.pub_set_engine_type(5);
+    prepared.plugin.pub_set_clear_db(true);
+    QCOMPARE(prepared.log.messages(),
+             QStringList{u"[clear_db_tables]DB not exists and so returning..."_s});
+}
+
 namespace {
 
 /// A finished run over a volume with one application in each of the two Uninstall tables.
@@ -383,6 +395,19 @@ void tst_result_tables::clearing_after_a_cancellation_deletes_nothing()
     run.clear(all_tabs());
     QCOMPARE(run.row_counts(), (QList<qint64>{1, 1}));
     QCOMPARE(run.log.messages(), QStringList());
+}
+
+// The user cancels while the failure of a name that is no table is logged.
+void tst_result_tables::a_cancellation_between_two_tables_stops_the_clearing()
+{
+    finished_run run;
+    {
+        const log_line_hook hook(
+            [&run](const QString &) { run.host->plugin().pub_cancel_extraction(); });
+        run.clear({u"install_apps_64"_s, u"Metro"_s, u"install_apps_32"_s});
+    }
+    QCOMPARE(run.row_counts(), (QList<qint64>{0, 1}));
+    QCOMPARE(run.log.messages().size(), 4);
 }
 
 void tst_result_tables::clearing_deletes_the_rows_and_keeps_the_tables()
