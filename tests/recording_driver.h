@@ -12,6 +12,7 @@ namespace test_support {
 /// What a driver is given: the statements that are prepared, and the bound values of each row.
 struct driver_record
 {
+    QString encoding; ///< the answer to any statement that is not prepared
     QStringList statements;
     QList<QStringList> rows;
 };
@@ -20,7 +21,7 @@ class recording_result : public scripted_result
 {
 public:
     recording_result(const QSqlDriver *driver, driver_record &record)
-        : scripted_result(driver, {}, {}), m_record(record)
+        : scripted_result(driver, {record.encoding}, [](qsizetype) {}), m_record(record)
     {
     }
 
@@ -29,6 +30,11 @@ protected:
     {
         m_record.statements.append(query);
         return true;
+    }
+    bool reset(const QString &query) override
+    {
+        m_record.statements.append(query);
+        return scripted_result::exec();
     }
     bool exec() override
     {
@@ -71,7 +77,7 @@ class recording_driver_registration
     };
 
 public:
-    recording_driver_registration()
+    explicit recording_driver_registration(const QString &encoding) : m_record{encoding, {}, {}}
     {
         QSqlDatabase::registerSqlDriver(QStringLiteral("QSQLITE"), new creator(m_record));
         // Qt owns the creator. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)

@@ -36,7 +36,12 @@ struct workshop
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"parts.sqlite"_s);
 
-    workshop() { execute(path, parts_tab.create_statement); }
+    explicit workshop(const QString &encoding = u"UTF-8"_s)
+    {
+        const sqlite_connection connection(path);
+        execute(connection.database, u"pragma encoding = '%1'"_s.arg(encoding));
+        execute(connection.database, parts_tab.create_statement);
+    }
 
     QList<QStringList> rows() const
     {
@@ -129,10 +134,11 @@ private slots:
     void refuses_a_row_of_another_length();
     void loses_no_row_but_those_that_a_lock_keeps_out();
     void waits_for_a_lock_once_until_a_row_goes_in();
+    void keeps_values_out_of_the_statement_data();
     void keeps_values_out_of_the_statement();
+    void writes_values_of_any_kind_in_any_encoding_data();
+    void writes_values_of_any_kind_in_any_encoding();
     void leaves_no_literal_in_the_list_of_connections();
-    void writes_repeated_values_as_they_are_data();
-    void writes_repeated_values_as_they_are();
     void reports_a_row_as_a_statement_of_its_own_would_data();
     void reports_a_row_as_a_statement_of_its_own_would();
 
@@ -337,14 +343,27 @@ void tst_result_table_writer::waits_for_a_lock_once_until_a_row_goes_in()
     QCOMPARE(busy_timeout(writers_connection()), 5000);
 }
 
+void tst_result_table_writer::keeps_values_out_of_the_statement_data()
+{
+    QTest::addColumn<QString>("encoding");
+    QTest::addColumn<QString>("statement");
+    QTest::newRow("where texts are stored as the bytes that are bound")
+        << u"UTF-8"_s
+        << u"insert into parts(name,number) values(CAST(:v0 AS TEXT),CAST(:v1 AS TEXT))"_s;
+    QTest::newRow("where texts are stored otherwise")
+        << u"UTF-16le"_s << u"insert into parts(name,number) values(:v0,:v1)"_s;
+}
+
 void tst_result_table_writer::keeps_values_out_of_the_statement()
 {
-    const recording_driver_registration driver;
+    QFETCH(const QString, encoding);
+    QFETCH(const QString, statement);
+    const recording_driver_registration driver(encoding);
     result_table_writer writer(parts_tab, u"any.sqlite"_s);
     QVERIFY(writer.open());
     for (int row = 0; row < many_rows; ++row)
         QVERIFY(writer.insert({u"evidence"_s, u"12"_s}));
-    QCOMPARE(driver.statements(), QStringList{u"insert into parts(name,number) values(:v0,:v1)"_s});
+    QCOMPARE(driver.statements(), (QStringList{u"PRAGMA encoding"_s, statement}));
     QCOMPARE(driver.rows(), QList<QStringList>(many_rows, {u"evidence"_s, u"12"_s}));
 }
 
@@ -361,7 +380,7 @@ void tst_result_table_writer::leaves_no_literal_in_the_list_of_connections()
     QVERIFY(writers_connection().driverName().data_ptr().d_ptr() != nullptr);
 }
 
-void tst_result_table_writer::writes_repeated_values_as_they_are_data()
+void tst_result_table_writer::writes_values_of_any_kind_in_any_encoding_data()
 {
     QTest::addColumn<QString>("value");
     QTest::newRow("a text") << u"C:\\Program Files (x86)\\Tool"_s;
@@ -379,30 +398,36 @@ void tst_result_table_writer::writes_repeated_values_as_they_are_data()
     QTest::newRow("half a character") << QString(QChar(0xd800));
     QTest::newRow("half a character inside") << u"a"_s + QChar(0xdc00) + u"b"_s;
     QTest::newRow("a very long text") << QString(5000, u'x');
+    QTest::newRow("a text of one letter") << u"x"_s;
+    QTest::newRow("characters that are none") << u"\xffff\ufdd0"_s;
+    QTest::newRow("bytes that are no text") << u"\x80\xff\x01"_s;
 }
 
-void tst_result_table_writer::writes_repeated_values_as_they_are()
+// What is stored is what SQLite makes of a bound text.
+void tst_result_table_writer::writes_values_of_any_kind_in_any_encoding()
 {
     QFETCH(const QString, value);
-    const workshop plain;
-    const workshop shop;
     QList<QStringList> rows;
     for (int row = 0; row < many_rows; ++row)
         rows.append({value, QString::number(row)});
-    rows.append({u"another"_s, u"0"_s}); // in which the repeated value is not right
+    rows.append({u"another"_s, value});
     rows.append({value, u"0"_s});
-    insert_row_by_row(plain.path, parts_tab.insert_statement, rows);
-    {
-        result_table_writer writer(parts_tab, shop.path);
-        QVERIFY(writer.open());
-        for (const QStringList &row : std::as_const(rows))
-            QVERIFY(writer.insert(row));
+    for (const QString &encoding : {u"UTF-8"_s, u"UTF-16le"_s, u"UTF-16be"_s}) {
+        const workshop plain(encoding);
+        const workshop shop(encoding);
+        insert_row_by_row(plain.path, parts_tab.insert_statement, rows);
+        {
+            result_table_writer writer(parts_tab, shop.path);
+            QVERIFY(writer.open());
+            for (const QStringList &row : std::as_const(rows))
+                QVERIFY(writer.insert(row));
+        }
+        QCOMPARE(content(shop.path), content(plain.path));
+        const QString stored = u"typeof(name) || hex(name) || typeof(number) || hex(number)"_s;
+        QCOMPARE(result_database(shop.path).column(u"parts"_s, stored),
+                 result_database(plain.path).column(u"parts"_s, stored));
+        QCOMPARE(shop.log.lines(), QStringList());
     }
-    QCOMPARE(content(shop.path), content(plain.path));
-    const QString stored = u"typeof(name) || hex(name) || typeof(number)"_s;
-    QCOMPARE(result_database(shop.path).column(u"parts"_s, stored),
-             result_database(plain.path).column(u"parts"_s, stored));
-    QCOMPARE(shop.log.lines(), QStringList());
 }
 
 void tst_result_table_writer::reports_a_row_as_a_statement_of_its_own_would_data()

@@ -4,8 +4,27 @@
 #include "plugin_static_function.h"
 
 #include <QSqlError>
+#include <QStringConverter>
+#include <QVariant>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// UTF-8 as bytes; the text itself where SQLite makes something else of it, which drops a byte order
+// mark in front and has its own way with halves of surrogate pairs, and where no bytes could be
+// NULL.
+QVariant utf8_of(const QString &value)
+{
+    if (value.isEmpty() || value.startsWith(QChar(QChar::ByteOrderMark)) ||
+        value.startsWith(QChar(QChar::ByteOrderSwapped)))
+        return value;
+    QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    const QByteArray bytes = encode(value);
+    return encode.hasError() ? QVariant(value) : QVariant(bytes);
+}
+
+} // namespace
 
 result_table_writer::result_table_writer(const result_tab &tab, const QString &database_path)
     : m_tab(tab), m_database_path(database_path)
@@ -29,10 +48,20 @@ bool result_table_writer::open()
         log(m_database.lastError().text());
         return false;
     }
+    m_takes_utf8 = stores_utf8(); // before the transaction, which would keep the lock for reading
     m_database.transaction();
     m_query.emplace(m_database);
     expect_columns(m_tab.insert_statement.count('?'_L1));
     return true;
+}
+
+bool result_table_writer::stores_utf8()
+{
+    QSqlQuery query(m_database);
+    if (query.exec(u"PRAGMA encoding"_s) && query.next())
+        return query.value(0).toString() == "UTF-8"_L1;
+    m_lock_wait.note(query.lastError(), m_database);
+    return false;
 }
 
 void result_table_writer::expect_columns(qsizetype count)
@@ -73,13 +102,17 @@ bool result_table_writer::insert(const QStringList &values)
 
 /// The tab's statement with a name for each placeholder. Qt finds a value by its placeholder's
 /// name; by position it makes a text of the number each time, which takes longer than SQLite takes
-/// to insert the value.
+/// to insert the value. Qt also binds all values again for each row, and SQLite turns a text's
+/// UTF-16 into UTF-8 each time: bytes that are UTF-8 already need only be called a text.
 QString result_table_writer::named_statement() const
 {
     const QStringList parts = QString(m_tab.insert_statement).split(u'?');
     QString statement = parts.first();
-    for (qsizetype position = 0; position < m_columns.size(); ++position)
-        statement += m_columns.at(position).placeholder + parts.at(position + 1);
+    for (qsizetype position = 0; position < m_columns.size(); ++position) {
+        const QString &placeholder = m_columns.at(position).placeholder;
+        statement += m_takes_utf8 ? "CAST("_L1 + placeholder + " AS TEXT)"_L1 : placeholder;
+        statement += parts.at(position + 1);
+    }
     return statement;
 }
 
@@ -119,7 +152,7 @@ void result_table_writer::bind(qsizetype position)
     column &target = m_columns[position];
     const QString value = target.value.isNull() ? u""_s : target.value;
     if (m_is_named)
-        m_query->bindValue(target.placeholder, value);
+        m_query->bindValue(target.placeholder, m_takes_utf8 ? utf8_of(value) : value);
     else
         m_query->bindValue(static_cast<int>(position), value);
     target.is_bound = true;

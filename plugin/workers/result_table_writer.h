@@ -42,6 +42,7 @@ private:
         bool is_bound = false; ///< whether the statement holds that value
     };
 
+    bool stores_utf8();
     void expect_columns(qsizetype count);
     QString named_statement() const;
     bool prepare();
@@ -57,6 +58,7 @@ private:
     std::optional<QSqlQuery> m_query; ///< prepared once for all rows until one fails
     QList<column> m_columns;          ///< one for each value of a row
     bool m_is_named = true;           ///< whether placeholders have names, until a row fails
+    bool m_takes_utf8 = false;        ///< whether values may be bound as the bytes of UTF-8
     bool m_is_prepared = false;
     bool m_is_fresh = true; ///< whether no row went in since the statement was prepared
     lock_wait m_lock_wait;
