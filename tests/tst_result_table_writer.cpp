@@ -133,6 +133,7 @@ private slots:
     void refuses_a_row_of_another_length_data();
     void refuses_a_row_of_another_length();
     void loses_no_row_but_those_that_a_lock_keeps_out();
+    void waits_for_no_lock_without_a_row();
     void waits_for_a_lock_once_until_a_row_goes_in();
     void keeps_values_out_of_the_statement_data();
     void keeps_values_out_of_the_statement();
@@ -321,6 +322,19 @@ void tst_result_table_writer::loses_no_row_but_those_that_a_lock_keeps_out()
         QVERIFY(writer.insert({u"nut"_s, u"3"_s}));
     }
     QCOMPARE(shop.rows(), (QList<QStringList>{{u"nut"_s, u"3"_s, null_text}}));
+}
+
+void tst_result_table_writer::waits_for_no_lock_without_a_row()
+{
+    const workshop shop;
+    const sqlite_connection other(shop.path);
+    execute(other.database, u"begin exclusive"_s);
+    {
+        result_table_writer writer(parts_tab, shop.path);
+        QVERIFY(writer.open());
+        QCOMPARE(busy_timeout(writers_connection()), 5000); // it would be 0 after a wait
+    }
+    QCOMPARE(shop.log.lines(), QStringList());
 }
 
 // The lock is held by the test itself, so that the first wait is made none.

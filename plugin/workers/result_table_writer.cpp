@@ -48,7 +48,6 @@ bool result_table_writer::open()
         log(m_database.lastError().text());
         return false;
     }
-    m_takes_utf8 = stores_utf8(); // before the transaction, which would keep the lock for reading
     m_database.transaction();
     m_query.emplace(m_database);
     expect_columns(m_tab.insert_statement.count('?'_L1));
@@ -122,6 +121,8 @@ bool result_table_writer::prepare()
     m_is_fresh = true;
     for (column &each : m_columns)
         each.is_bound = false;
+    // Not before there is a row, since a locked database keeps it waiting.
+    m_takes_utf8 = m_is_named && stores_utf8();
     return noted(m_query->prepare(m_is_named ? named_statement() : m_tab.insert_statement));
 }
 
