@@ -10,6 +10,7 @@ class tst_hive_output : public QObject
 private slots:
     void counts_text_as_tables_keep_it_data();
     void counts_text_as_tables_keep_it();
+    void counts_the_columns_that_end_every_row();
     void takes_rows_up_to_the_limit();
     void takes_certain_rows_beyond_it();
     void takes_no_row_behind_one_that_was_too_long();
@@ -34,6 +35,14 @@ void tst_hive_output::counts_text_as_tables_keep_it()
     const qint64 length = columns.join(QString()).toUtf8().size();
     QVERIFY(hive_output({1, length}).takes(columns));
     QVERIFY(length == 0 || !hive_output({1, length - 1}).takes(columns));
+}
+
+void tst_hive_output::counts_the_columns_that_end_every_row()
+{
+    hive_output output({10, 18}, {u"é"_s, u"end"_s});
+    for (int row = 0; row < 3; ++row)
+        QVERIFY(output.takes({u"x"_s}));
+    QVERIFY(!output.takes({u"x"_s}));
 }
 
 void tst_hive_output::takes_rows_up_to_the_limit()

@@ -22,12 +22,11 @@ bool windows_installed_applications_winos::write_rows(result_table_writer &write
         std::optional<QStringList> columns = row_of(records[position], position);
         if (!columns)
             continue;
-        *columns += source.columns;
         if (!source.output.takes(*columns, position < certain_rows)) {
             log_full_table(source);
             return true;
         }
-        write_row(writer, *columns);
+        write_row(writer, *columns += source.columns);
     }
     return true;
 }
@@ -45,9 +44,9 @@ void windows_installed_applications_winos::extract_from_software_hive(
         if (hive_path.isEmpty())
             return false;
         log_early_end(tab, hive_path, walker);
-        walked_source source{tab, hive_path, reading.key_path,
+        walked_source source(tab, hive_path, reading.key_path,
                              source_columns(without_source_root(hive_path_software), {}),
-                             hive_output(most_output_of_a_hive())};
+                             most_output_of_a_hive());
         return write_rows(writer, walker.*reading.records, source, row_of);
     });
 }
@@ -67,8 +66,8 @@ void windows_installed_applications_winos::extract_from_user_hives(
             (walker.*reading.records).clear();
             walker.start_registry_parse(path, reading.key_path, reading.read_key_values);
             log_early_end(tab, path, walker);
-            walked_source source{tab, path, reading.key_path, hive.source_columns,
-                                 hive_output(most_output_of_a_hive())};
+            walked_source source(tab, path, reading.key_path, hive.source_columns,
+                                 most_output_of_a_hive());
             const auto row_of_hive = [&](const record_type &record, qsizetype position) {
                 return row_of(hive, record, position);
             };

@@ -2,26 +2,37 @@
 
 namespace {
 
+/// Bytes of the text in UTF-8. Both halves of a surrogate pair take two.
 qint64 utf8_length(const QString &text)
 {
-    constexpr char16_t first_of_two_bytes = 0x80;
-    constexpr char16_t first_of_three_bytes = 0x800;
-    qint64 length = text.size();
+    int more_than_one = 0;
     for (const QChar character : text) {
-        // The two halves of a character beyond the first plane take four bytes together.
-        const bool is_third = character >= first_of_three_bytes && !character.isSurrogate();
-        length += (character >= first_of_two_bytes ? 1 : 0) + (is_third ? 1 : 0);
+        const char16_t unit = character.unicode();
+        const bool takes_two = unit >= 0x80;
+        const bool takes_three = unit >= 0x800 && (unit & 0xf800) != 0xd800;
+        more_than_one += int(takes_two) + int(takes_three);
     }
+    return text.size() + more_than_one;
+}
+
+qint64 utf8_length(const QStringList &columns)
+{
+    qint64 length = 0;
+    for (const QString &column : columns)
+        length += utf8_length(column);
     return length;
 }
 
 } // namespace
 
+hive_output::hive_output(const limit &most, const QStringList &repeated_columns)
+    : m_limit(most), m_repeated_bytes(utf8_length(repeated_columns))
+{
+}
+
 bool hive_output::takes(const QStringList &columns, bool is_certain)
 {
-    qint64 text_bytes = 0;
-    for (const QString &column : columns)
-        text_bytes += utf8_length(column);
+    const qint64 text_bytes = m_repeated_bytes + utf8_length(columns);
     m_is_full =
         m_is_full || m_rows >= m_limit.rows || text_bytes > m_limit.text_bytes - m_text_bytes;
     if (m_is_full && !is_certain)

@@ -155,6 +155,16 @@ private:
     /// A hive whose records become rows of a table.
     struct walked_source
     {
+        walked_source(const result_tab &table, const QString &path, const QString &key,
+                      const QStringList &last_columns, const hive_output::limit &most)
+            : tab(table),
+              hive_path(path),
+              key_path(key),
+              columns(last_columns),
+              output(most, last_columns)
+        {
+        }
+
         const result_tab &tab;
         QString hive_path;
         QString key_path;
