@@ -32,12 +32,11 @@ hive_output::hive_output(const limit &most, const QStringList &repeated_columns)
 
 bool hive_output::takes(const QStringList &columns, bool is_certain)
 {
+    if (m_is_full)
+        return is_certain;
     const qint64 text_bytes = m_repeated_bytes + utf8_length(columns);
-    m_is_full =
-        m_is_full || m_rows >= m_limit.rows || text_bytes > m_limit.text_bytes - m_text_bytes;
-    if (m_is_full && !is_certain)
-        return false;
+    m_is_full = m_rows >= m_limit.rows || text_bytes > m_limit.text_bytes - m_text_bytes;
     ++m_rows;
     m_text_bytes += text_bytes;
-    return true;
+    return !m_is_full || is_certain;
 }
