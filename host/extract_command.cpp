@@ -8,6 +8,7 @@
 #include "console.h"
 #include "extraction_run.h"
 #include "hive_precheck.h"
+#include "output_watch.h"
 #include "plugin_library.h"
 #include "result_location.h"
 #include "row_counter.h"
@@ -118,12 +119,23 @@ qint64 rows_kept(const prepared_run &run)
 exit_code run_and_report(artifact_plugin &plugin, const prepared_run &run,
                          const source_volume &volume, bool quiet)
 {
-    const qint64 kept = rows_kept(run);
-    const run_outcome outcome = run_extraction(plugin, run.plan, progress_style_for(quiet));
-    const row_counts counts = count_rows(run.location.database_file, run.plan.tabs);
-    if (!outcome.cancelled)
+    const QString &database = run.location.database_file;
+    output_watch results;
+    output_watch log;
+    results.note(u"result folder"_s, run.location.plugin_directory);
+    log.note(u"debug log"_s, run.plan.debug_log); // notes nothing when there is none
+    finished_run finished;
+    finished.database_file = database;
+    finished.rows_kept = rows_kept(run);
+    finished.outcome = run_extraction(plugin, run.plan, progress_style_for(quiet),
+                                      [&] { results.note(u"result database"_s, database); });
+    finished.output_problems = results.problems();
+    finished.log_problems = log.problems();
+    if (finished.output_problems.isEmpty())
+        finished.counts = count_rows(database, run.plan.tabs);
+    if (!finished.outcome.cancelled)
         print_warnings(unread_key_warnings(volume, run.plan.accounts, run.tabs));
-    return report_run({outcome, counts, kept, run.location.database_file});
+    return report_run(finished);
 }
 
 } // namespace

@@ -53,7 +53,7 @@ void connect_progress(const artifact_plugin &plugin, const progress_display &pro
 } // namespace
 
 run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
-                           progress_style style)
+                           progress_style style, const std::function<void()> &on_tables_made)
 {
     const failure_log failures;
     const progress_display progress(style, plan.tabs.size());
@@ -70,6 +70,7 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     plugin.pub_set_essential_for_arken_desk_extraction(plan.tabs, plan.tabs);
     plugin.pub_set_result_directory(plan.result_directory);
     plugin.pub_create_db_tables();
+    on_tables_made();
     plugin.pub_set_clear_db(!plan.keep_rows);
     plugin.pub_find_source_file();
     plugin.pub_extract_artifacts();

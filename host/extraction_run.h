@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 #include "artifact_plugin_interface.h"
 #include "progress_display.h"
 
@@ -29,8 +31,9 @@ struct run_outcome
 };
 
 /// Drives the plug-in object through one extraction, from the settings to the removal of its
-/// temporary files. Blocks until the end; Ctrl-C cancels.
+/// temporary files; `on_tables_made` is called once the plug-in has made its result database.
+/// Blocks until the end; Ctrl-C cancels.
 run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
-                           progress_style style);
+                           progress_style style, const std::function<void()> &on_tables_made);
 
 #endif

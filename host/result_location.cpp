@@ -1,61 +1,16 @@
 #include "result_location.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QStringList>
 
-#include <filesystem>
+#include "evidence_guard.h"
 
 using namespace Qt::StringLiterals;
-namespace fs = std::filesystem;
 
 namespace {
-
-fs::path native_path(const QString &path)
-{
-    return {QFile::encodeName(path).toStdString()};
-}
-
-/// Absolute path in which the links of the part that exists are resolved.
-QString resolved(const QString &path)
-{
-    std::error_code error;
-    const fs::path absolute = fs::absolute(native_path(path), error);
-    const fs::path canonical = fs::weakly_canonical(absolute, error);
-    const fs::path &usable = error ? absolute : canonical;
-    const QString text = QFile::decodeName(QByteArray::fromStdString(usable.string()));
-    return text.size() > 1 && text.endsWith(u'/') ? text.chopped(1) : text;
-}
-
-/// A link that leads nowhere counts: writing through it would create its target.
-bool is_taken(const QString &path)
-{
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
-}
-
-/// The file or folder at `path` or, when there is none, the nearest folder above it.
-QString nearest_existing(const QString &path)
-{
-    QString candidate = path;
-    while (candidate != "/"_L1 && !is_taken(candidate))
-        candidate = QFileInfo(candidate).path();
-    return candidate;
-}
-
-/// Compares the folders themselves, so that letter case and further mounts do not matter.
-bool lies_in(const QString &path, const source_volume &volume)
-{
-    const fs::path root = native_path(volume.root());
-    for (fs::path place = native_path(nearest_existing(resolved(path)));;
-         place = place.parent_path()) {
-        std::error_code error;
-        if (fs::equivalent(place, root, error))
-            return true;
-        if (place == place.parent_path())
-            return false;
-    }
-}
 
 bool is_writable_folder(const QString &path)
 {
@@ -81,6 +36,50 @@ refusal refused(const QString &reason)
     return {exit_result, reason};
 }
 
+/// Beside its database SQLite writes files of its own, one of which it removes.
+QStringList files_of_database(const QString &database_file)
+{
+    const QString file = resolved(database_file);
+    return {file, file + "-journal"_L1, file + "-wal"_L1, file + "-shm"_L1};
+}
+
+/// The temporary folder, which is removed with all that it holds.
+QStringList folders_to_remove(const result_location &location)
+{
+    QStringList folders{temporary_directory_of(location)};
+    if (QFileInfo(folders.first()).isSymLink())
+        return folders; // goes as a link
+    QDirIterator entries(folders.first(),
+                         QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext())
+        folders.append(entries.next());
+    return folders;
+}
+
+/// Why nothing may be written at `paths`; `name` is what the refusal calls them.
+std::optional<refusal> evidence_at(const QStringList &paths, const QString &name,
+                                   const source_volume &volume)
+{
+    const evidence_relation relation = evidence_guard(volume.root()).relation_of(paths);
+    if (relation.is == evidence_relation::kind::within)
+        return refused(u"%1 lies in the source, which is never written to"_s.arg(name));
+    if (relation.is == evidence_relation::kind::unknown)
+        return refused(u"%1 may lie in the source: %2 cannot be looked through to find out"_s.arg(
+            name, relation.hidden_folder));
+    return std::nullopt;
+}
+
+/// A file that is there already could be a file of the evidence under a second name.
+std::optional<refusal> second_name_of(const QString &path)
+{
+    const auto facts = facts_of(path);
+    if (!facts || facts->is_folder || facts->links < 2)
+        return std::nullopt;
+    return refused(u"%1 is not written to: the same file has other names (hard links), which may "
+                   "be evidence"_s.arg(path));
+}
+
 } // namespace
 
 result_location locate_result(const QString &result_directory, const QString &artifact_name)
@@ -98,15 +97,18 @@ std::optional<refusal> check_result(const result_location &location, const sourc
     if (!QFileInfo(nearest).isDir())
         return refused(u"result folder %1 cannot be made: %2 is no folder"_s.arg(
             location.result_directory, nearest));
-    const QString temporary_directory = temporary_directory_of(location);
-    for (const QString &path : {location.database_file, temporary_directory}) {
-        if (lies_in(path, volume))
-            return refused(u"result folder %1 lies in the source, which is never written to"_s.arg(
-                location.result_directory));
+    // A temporary folder that is a link goes as a link.
+    if (volume.root().startsWith(resolved(location.plugin_directory) + "/tmp/"_L1))
+        return refused(u"the source lies in %1, which is removed at the end"_s.arg(
+            temporary_directory_of(location)));
+    const QString name = u"result folder %1"_s.arg(location.result_directory);
+    const QStringList files = files_of_database(location.database_file);
+    if (auto refused = evidence_at(files + folders_to_remove(location), name, volume))
+        return refused;
+    for (const QString &file : files) {
+        if (auto refused = second_name_of(file))
+            return refused;
     }
-    if (volume.root().startsWith(resolved(temporary_directory) + u'/'))
-        return refused(
-            u"the source lies in %1, which is removed at the end"_s.arg(temporary_directory));
     if (!is_file_writable(location.database_file))
         return refused(u"result folder %1 cannot be written to: %2 is not writable"_s.arg(
             location.result_directory, nearest_existing(location.database_file)));
@@ -116,10 +118,10 @@ std::optional<refusal> check_result(const result_location &location, const sourc
 std::optional<refusal> check_debug_log(const QString &file, const result_location &location,
                                        const source_volume &volume)
 {
-    if (lies_in(file, volume))
-        return refused(u"debug log %1 lies in the source, which is never written to"_s.arg(file));
+    if (auto refused = evidence_at({file}, u"debug log %1"_s.arg(file), volume))
+        return refused;
     const QString path = resolved(file);
-    if (path == location.database_file || path == location.database_file + "-journal"_L1)
+    if (files_of_database(location.database_file).contains(path))
         return refused(u"debug log %1 is the result database"_s.arg(file));
     if (path.startsWith(temporary_directory_of(location) + u'/'))
         return refused(u"debug log %1 lies in a folder that is removed at the end"_s.arg(file));
@@ -128,7 +130,7 @@ std::optional<refusal> check_debug_log(const QString &file, const result_locatio
         return refused(u"debug log %1 cannot be made: its folder does not exist"_s.arg(file));
     if (!is_file_writable(path))
         return refused(u"debug log %1 cannot be written"_s.arg(file));
-    return std::nullopt;
+    return second_name_of(path);
 }
 
 std::optional<refusal> create_result_directory(const result_location &location)

@@ -47,7 +47,10 @@ QString logged_problem(const run_outcome &outcome)
 
 QStringList problems_of(const finished_run &run)
 {
-    QStringList problems{logged_problem(run.outcome), database_problem(run)};
+    QStringList problems{logged_problem(run.outcome)};
+    problems +=
+        run.output_problems.isEmpty() ? QStringList{database_problem(run)} : run.output_problems;
+    problems += run.log_problems;
     problems.removeAll(QString());
     return problems;
 }
@@ -80,7 +83,7 @@ exit_code report_run(const finished_run &run)
         print_notice(line);
     if (run.outcome.cancelled)
         print_notice(u"cancelled; the rows written so far are kept"_s);
-    if (QFileInfo::exists(run.database_file)) {
+    if (run.output_problems.isEmpty() && QFileInfo::exists(run.database_file)) {
         for (const QString &line : report_lines(run))
             write_line(stdout, line);
     }

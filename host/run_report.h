@@ -14,6 +14,9 @@ struct finished_run
     row_counts counts;    ///< of the tabs of the run
     qint64 rows_kept = 0; ///< rows of earlier runs that these tabs were to keep
     QString database_file;
+    /// Why the rows at `database_file` may not be those of the run; none are counted then.
+    QStringList output_problems;
+    QStringList log_problems; ///< why not all lines may be in the debug log
 };
 
 /// What went wrong, one line each; none after a run without failures.

@@ -1,5 +1,6 @@
 #include "artifact_plugin_interface.h"
 
+#include <QFile>
 #include <QLoggingCategory>
 #include <QSemaphore>
 #include <cstdio>
@@ -91,7 +92,12 @@ public:
     {
         record(u"pub_set_result_directory"_s, {directory});
     }
-    void pub_create_db_tables() override { record(u"pub_create_db_tables"_s); }
+    void pub_create_db_tables() override
+    {
+        record(u"pub_create_db_tables"_s);
+        if (exchanged_path().endsWith(".sqlite"_L1))
+            QFile(exchanged_path()).open(QIODevice::Append);
+    }
     void pub_set_clear_db(bool clear) override { record(u"pub_set_clear_db"_s, {text_of(clear)}); }
     void pub_cancel_extraction() override
     {
@@ -111,6 +117,8 @@ public:
             m_cancelled.acquire();
         if (behaviour() == "failing")
             log_failures();
+        if (!exchanged_path().isEmpty())
+            exchange();
         if (behaviour() == "counting")
             emit signal_extracted_records_of_plugin_overall(7);
     }
@@ -131,6 +139,18 @@ private:
         log_line(u" error -  disk I/O error"_s);
         log_line(u"[extract_metro_apps]Destination Db opening failed "_s);
         log_line(u"out of memory"_s);
+    }
+
+    /// What somebody moves away during the run.
+    static QString exchanged_path() { return qEnvironmentVariable("RECORDING_PLUGIN_EXCHANGES"); }
+
+    /// Puts a link to RECORDING_PLUGIN_TARGET in its place, if that is given.
+    static void exchange()
+    {
+        QFile::rename(exchanged_path(), exchanged_path() + ".earlier"_L1);
+        const QString target = qEnvironmentVariable("RECORDING_PLUGIN_TARGET");
+        if (!target.isEmpty())
+            QFile::link(target, exchanged_path());
     }
 
     QSemaphore m_cancelled;

@@ -1,0 +1,59 @@
+#ifndef EVIDENCE_GUARD_H
+#define EVIDENCE_GUARD_H
+
+#include <QString>
+#include <QStringList>
+
+#include <set>
+
+#include "file_identity.h"
+#include "mount_table.h"
+
+/// Whether writing somewhere would write to the evidence.
+struct evidence_relation
+{
+    enum class kind
+    {
+        apart,
+        within,
+        unknown ///< a part of the source could not be looked through
+    };
+
+    kind is = kind::apart;
+    QString hidden_folder; ///< of an unknown relation: what could not be listed
+};
+
+/// Recognises the evidence under any name: through links, in other letter case, below a second
+/// mount of its file system, and through a bind mount of one of its folders or files.
+///
+/// A place lies in the source when one of the folders above it, or the place itself, is the
+/// source's root or anything below that. The root is compared by identity. What lies below it is
+/// found in the system's table of mounts, which tells for each folder above the place where it
+/// really lies. Where the table cannot tell, all of the source is looked through.
+class evidence_guard
+{
+public:
+    /// `source_root` is an absolute path without links.
+    explicit evidence_guard(const QString &source_root,
+                            const mount_table &mounts = mount_table::of_this_process());
+
+    /// Judges what would be written at `paths`, which need not exist: within if one of them is.
+    evidence_relation relation_of(const QStringList &paths) const;
+
+private:
+    QString m_source_root;
+    mount_table m_mounts;
+};
+
+/// Looks whether any of `wanted` is a folder below `root` or, when `files_too`, a file there.
+evidence_relation look_through(const QString &root, const std::set<file_identity> &wanted,
+                               bool files_too);
+
+/// Absolute path in which the links of the part that exists are resolved.
+QString resolved(const QString &path);
+
+/// The file or folder at `path` or, when there is none, the nearest folder above it. A link that
+/// leads nowhere counts: writing through it would create its target.
+QString nearest_existing(const QString &path);
+
+#endif
