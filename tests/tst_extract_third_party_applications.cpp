@@ -5,8 +5,10 @@
 #include "worker_fixture.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 using namespace test_support;
@@ -68,6 +70,8 @@ private slots:
     void reads_the_times_of_the_file_on_the_source();
     void reads_the_times_of_a_folder_and_of_what_a_link_leads_to();
     void takes_no_times_through_a_link_that_leads_out();
+    void takes_the_times_of_what_lies_within_the_source_data();
+    void takes_the_times_of_what_lies_within_the_source();
     void maps_paths_of_drive_c_alone_data();
     void maps_paths_of_drive_c_alone();
     void never_writes_the_data_of_a_value_data();
@@ -149,6 +153,64 @@ void tst_extract_third_party_applications::takes_no_times_through_a_link_that_le
         fixture.rows(table),
         (QList<QStringList>{row_of({u"ann"_s, u"C:\\tool.exe"_s, u"/tool.exe"_s}),
                             row_of({u"ann"_s, u"C:\\Tools\\tool.exe"_s, u"/Tools/tool.exe"_s})}));
+}
+
+void tst_extract_third_party_applications::takes_the_times_of_what_lies_within_the_source_data()
+{
+    // "VOLUME" stands for the name of the source's folder.
+    constexpr qint64 none = 0;
+    constexpr qint64 of_the_file = 1500000000;
+    constexpr qint64 of_the_root = -1; // whichever it is
+    QTest::addColumn<QString>("windows_path");
+    QTest::addColumn<qint64>("modified");
+    const auto row = [](const char *name, const QString &windows_path, qint64 modified) {
+        QTest::newRow(name) << windows_path << modified;
+    };
+    row("a name", u"C:\\x.exe"_s, of_the_file);
+    row("a name that ends in a blank", u"C:\\x.exe "_s, of_the_file);
+    row("a name that ends in a tab", u"C:\\x.exe\t"_s, of_the_file);
+    row("a name that ends in blanks of other kinds", u"C:\\x.exe \u00a0\n"_s, of_the_file);
+    row("a name that begins with a blank", u"C:\\ x.exe"_s, of_the_file);
+    row("a folder's name that ends in a blank", u"C:\\Windows \\x.exe"_s, none);
+    row("the drive itself, which is no path", u"C:\\"_s, none);
+    row("the drive and a blank", u"C:\\ "_s, none);
+    row("the drive with two separators", u"C:\\\\"_s, of_the_root);
+    row("the folder that the drive is", u"C:\\."_s, of_the_root);
+    row("the folder above a folder", u"C:\\Windows\\.."_s, of_the_root);
+    row("the folder above a folder, with its separator", u"C:\\Windows\\..\\"_s, of_the_root);
+    row("the folder above one that is not there", u"C:\\none\\.."_s, none);
+    row("a link to the root", u"C:\\root"_s, of_the_root);
+    row("a file below a link to the root", u"C:\\root\\x.exe"_s, of_the_file);
+    row("out of the source and back", u"C:\\..\\VOLUME\\x.exe"_s, of_the_file);
+    row("the folder above the source", u"C:\\.."_s, none);
+    row("a file above the source", u"C:\\..\\VOLUME-beside\\x.exe"_s, none);
+    row("a link to a folder whose name goes on after the source's", u"C:\\beside\\x.exe"_s, none);
+    row("the folder above a link that leads out", u"C:\\deep\\..\\x.exe"_s, none);
+    row("a link to a file of 1970 outside", u"C:\\old.exe"_s, none);
+}
+
+void tst_extract_third_party_applications::takes_the_times_of_what_lies_within_the_source()
+{
+    QFETCH(QString, windows_path);
+    QFETCH(const qint64, modified);
+    worker_fixture fixture;
+    const QString folder = fixture.volume.root().chopped(1);
+    const auto restore = qScopeGuard([folder] { QDir(folder + u"-beside"_s).removeRecursively(); });
+    evidence_volume beside(folder + u"-beside"_s);
+    beside.folder(u"deep"_s).file(u"x.exe"_s, "MZ", 1300000000).file(u"old.exe"_s, "MZ", 0);
+    set_access_time(beside.path(u"old.exe"_s), 1600000000);
+    fixture.volume.file(u"x.exe"_s, "MZ", 1500000000).folder(u"Windows"_s).link(u"root"_s, u"."_s);
+    fixture.volume.link(u"beside"_s, beside.root().chopped(1));
+    fixture.volume.link(u"deep"_s, beside.path(u"deep"_s));
+    fixture.volume.link(u"old.exe"_s, beside.path(u"old.exe"_s));
+    store(fixture.volume, u"ann"_s)
+        .binary(windows_path.replace(u"VOLUME"_s, QFileInfo(folder).fileName()), "data");
+    fixture.find_files();
+    const QString expected = modified < 0 ? times_of(folder)[1] : QString::number(modified);
+    QCOMPARE(column_of_run(fixture, u"modification_timestamp"_s), QStringList{expected});
+    const bool is_known = modified != 0;
+    QCOMPARE(fixture.database().column(table, u"last_access_timestamp <> 0"_s),
+             QStringList{is_known ? u"1"_s : u"0"_s});
 }
 
 void tst_extract_third_party_applications::maps_paths_of_drive_c_alone_data()

@@ -40,14 +40,20 @@ QString mounted_path(const QString &windows_path, const QString &source_root_pat
     return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
 }
 
+bool is_empty(const struct_GLOBAL_ARTIFACT_file_times &times)
+{
+    return times.creation_time == 0 && times.last_access_time == 0 &&
+           times.last_modification_time == 0;
+}
+
 /// Where the evidence lies, as an examiner's path and as the place that it leads to.
 class source_folder
 {
 public:
     explicit source_folder(const QString &root_path)
         : m_root_path(root_path),
-          m_clean_root(with_slash(QDir::cleanPath(root_path))),
-          m_canonical_root(with_slash(QFileInfo(root_path).canonicalFilePath()))
+          m_clean_root(with_slash(QDir::cleanPath(root_path.trimmed()))),
+          m_canonical_root(with_slash(QFileInfo(root_path.trimmed()).canonicalFilePath()))
     {
     }
 
@@ -55,17 +61,20 @@ public:
     /// program's name, or a link of the volume, leads out of the source.
     struct_GLOBAL_ARTIFACT_file_times times_of(const QString &path) const
     {
-        if (!QDir::cleanPath(path).startsWith(m_clean_root))
+        // What the helper looks up: it trims both parts, and a name may end in a blank.
+        const QString relative_path = path.mid(m_root_path.size()).trimmed();
+        const QString place = m_root_path.trimmed() + relative_path;
+        if (!with_slash(QDir::cleanPath(place)).startsWith(m_clean_root))
             return {};
-        const auto times =
-            plugin_static_function::get_posix_timestamp(path.mid(m_root_path.size()), m_root_path);
-        if (times.last_modification_time == 0)
+        const auto times = plugin_static_function::get_posix_timestamp(relative_path, m_root_path);
+        if (is_empty(times))
             return times; // there is no file: most programs that were run once are gone
-        const bool is_within = QFileInfo(path).canonicalFilePath().startsWith(m_canonical_root);
-        return is_within ? times : struct_GLOBAL_ARTIFACT_file_times();
+        const QString target = with_slash(QFileInfo(place).canonicalFilePath());
+        return target.startsWith(m_canonical_root) ? times : struct_GLOBAL_ARTIFACT_file_times();
     }
 
 private:
+    /// With its slash the root itself counts as within the root, and a longer name does not.
     static QString with_slash(const QString &path)
     {
         return path.endsWith(u'/') ? path : path + u'/';
