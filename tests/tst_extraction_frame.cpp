@@ -134,16 +134,6 @@ private slots:
     void tells_user_and_source_file_by_the_root_as_it_stands_data();
     void tells_user_and_source_file_by_the_root_as_it_stands();
 
-    void signals_no_progress_within_a_second_data() { add_tab_rows(); }
-    void signals_no_progress_within_a_second();
-    void signals_the_running_total_after_more_than_a_second_data() { add_tab_rows(); }
-    void signals_the_running_total_after_more_than_a_second();
-    void signals_once_when_a_second_passes_once();
-    void measures_the_time_since_the_timer_was_started();
-
-    void stops_when_cancelled_data();
-    void stops_when_cancelled();
-
     void logs_a_database_that_cannot_be_opened_data() { add_tab_rows(); }
     void logs_a_database_that_cannot_be_opened();
     void replaces_a_stale_connection_and_closes_its_own_data() { add_tab_rows(); }
@@ -338,77 +328,6 @@ void tst_extraction_frame::tells_user_and_source_file_by_the_root_as_it_stands()
     fixture.extract(tab);
     QCOMPARE(fixture.database().rows(tab, {u"system_account"_s, u"source_file"_s}).value(0),
              (QStringList{user, with_folder(source_file)}));
-}
-
-void tst_extraction_frame::signals_no_progress_within_a_second()
-{
-    sample_fixture fixture;
-    fixture.worker.milliseconds = 1000;
-    fixture.extract(current_tab().name);
-    QCOMPARE(fixture.signalled_totals(), QList<qint64>());
-    QVERIFY(!fixture.worker.elapsed_timer.isValid());
-}
-
-void tst_extraction_frame::signals_the_running_total_after_more_than_a_second()
-{
-    sample_fixture fixture;
-    fixture.worker.milliseconds = 1001;
-    fixture.worker.record_count = 100;
-    fixture.extract(current_tab().name);
-    QCOMPARE(fixture.signalled_totals(), (QList<qint64>{101, 102, 103}));
-    QVERIFY(fixture.worker.elapsed_timer.isValid());
-}
-
-void tst_extraction_frame::signals_once_when_a_second_passes_once()
-{
-    sample_fixture fixture;
-    fixture.on_row([&](qint64) { fixture.worker.milliseconds = 0; });
-    fixture.extract(u"metro_apps"_s);
-    QCOMPARE(fixture.signalled_totals(), QList<qint64>{1});
-}
-
-void tst_extraction_frame::measures_the_time_since_the_timer_was_started()
-{
-    winos_probe worker;
-    worker.elapsed_timer.start();
-    const qint64 before = worker.elapsed_timer.elapsed();
-    const qint64 measured = worker.real_milliseconds();
-    QVERIFY(before <= measured);
-    QVERIFY(measured <= worker.elapsed_timer.elapsed());
-}
-
-void tst_extraction_frame::stops_when_cancelled_data()
-{
-    QTest::addColumn<QString>("tab");
-    QTest::addColumn<qint64>("rows_before");
-    for (const QString &tab : all_tabs()) {
-        for (qint64 rows = 0; rows <= sample_row_count; ++rows)
-            QTest::addRow("%s after %lld rows", qUtf8Printable(tab), static_cast<long long>(rows))
-                << tab << rows;
-    }
-}
-
-void tst_extraction_frame::stops_when_cancelled()
-{
-    QFETCH(const QString, tab);
-    QFETCH(const qint64, rows_before);
-    sample_fixture fixture;
-    const auto cancel_at = [&](qint64 total) {
-        if (total == rows_before)
-            fixture.worker.winos_cancel_extraction();
-    };
-    cancel_at(0);
-    fixture.on_row(cancel_at);
-    fixture.extract(tab);
-
-    QCOMPARE(fixture.database().row_count(tab), rows_before);
-    QCOMPARE(fixture.worker.record_count, rows_before);
-    QVERIFY(!connection_of(tab_named(tab)).isOpen());
-    // Nobody looks at the flag once the last row is written.
-    QStringList expected_log = {tab_named(tab).log_line(tab_named(tab).opening)};
-    if (rows_before == sample_row_count)
-        expected_log += end_line(tab_named(tab));
-    QCOMPARE(fixture.log.messages(), expected_log);
 }
 
 void tst_extraction_frame::logs_a_database_that_cannot_be_opened()
