@@ -46,7 +46,7 @@ QString place_of_writing(const QString &path)
 QStringList with_folders_above(const QString &place)
 {
     QStringList places{place};
-    while (places.last() != "/"_L1 && !places.last().isEmpty())
+    while (places.last() != "/"_L1)
         places.append(QFileInfo(places.last()).path());
     return places;
 }
@@ -142,6 +142,8 @@ QString resolved(const QString &path)
 {
     std::error_code error;
     const fs::path absolute = fs::absolute(native_path(path), error);
+    if (error)
+        return {};
     const fs::path canonical = fs::weakly_canonical(absolute, error);
     const fs::path &usable = error ? absolute : canonical;
     const QString text = QFile::decodeName(QByteArray::fromStdString(usable.string()));
@@ -150,7 +152,7 @@ QString resolved(const QString &path)
 
 QString nearest_existing(const QString &path)
 {
-    QString candidate = path;
+    QString candidate = path.isEmpty() ? u"/"_s : path;
     while (candidate != "/"_L1 && !is_taken(candidate))
         candidate = QFileInfo(candidate).path();
     return candidate;

@@ -49,11 +49,12 @@ private:
 evidence_relation look_through(const QString &root, const std::set<file_identity> &wanted,
                                bool files_too);
 
-/// Absolute path in which the links of the part that exists are resolved.
+/// Absolute path in which the links of the part that exists are resolved; an empty text when the
+/// working directory that a relative path begins at is gone.
 QString resolved(const QString &path);
 
-/// The file or folder at `path` or, when there is none, the nearest folder above it. A link that
-/// leads nowhere counts: writing through it would create its target.
+/// The file or folder at the absolute `path` or, when there is none, the nearest folder above it. A
+/// link that leads nowhere counts: writing through it would create its target.
 QString nearest_existing(const QString &path);
 
 #endif

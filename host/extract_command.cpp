@@ -97,7 +97,7 @@ std::optional<refusal> choose_output(const source_volume &volume, const extract_
     if (options.debug_log.isEmpty())
         return std::nullopt;
     run.plan.debug_log = QFileInfo(options.debug_log).absoluteFilePath();
-    return check_debug_log(run.plan.debug_log, run.location, volume);
+    return check_debug_log(options.debug_log, run.location, volume);
 }
 
 std::optional<refusal> create_output(const prepared_run &run)

@@ -93,6 +93,9 @@ result_location locate_result(const QString &result_directory, const QString &ar
 
 std::optional<refusal> check_result(const result_location &location, const source_volume &volume)
 {
+    if (location.result_directory.isEmpty())
+        return refused(
+            u"the result folder cannot be found: the working directory does not exist any more"_s);
     const QString nearest = nearest_existing(location.result_directory);
     if (!QFileInfo(nearest).isDir())
         return refused(u"result folder %1 cannot be made: %2 is no folder"_s.arg(
@@ -118,9 +121,12 @@ std::optional<refusal> check_result(const result_location &location, const sourc
 std::optional<refusal> check_debug_log(const QString &file, const result_location &location,
                                        const source_volume &volume)
 {
+    const QString path = resolved(file);
+    if (path.isEmpty())
+        return refused(u"debug log %1 cannot be found: the working directory does not exist any "
+                       "more"_s.arg(file));
     if (auto refused = evidence_at({file}, u"debug log %1"_s.arg(file), volume))
         return refused;
-    const QString path = resolved(file);
     if (files_of_database(location.database_file).contains(path))
         return refused(u"debug log %1 is the result database"_s.arg(file));
     if (path.startsWith(temporary_directory_of(location) + u'/'))

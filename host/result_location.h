@@ -11,7 +11,8 @@
 /// Where the results of one plug-in go below the examiner's result folder.
 struct result_location
 {
-    QString result_directory; ///< as handed to the plug-in: absolute, links resolved
+    /// As handed to the plug-in: absolute, links resolved; empty when it cannot be found.
+    QString result_directory;
     QString plugin_directory; ///< the plug-in's own folder in it, without trailing "/"
     QString database_file;
 };

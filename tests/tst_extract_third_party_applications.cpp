@@ -187,6 +187,7 @@ void tst_extract_third_party_applications::takes_the_times_of_what_lies_within_t
     row("a link to a folder whose name goes on after the source's", u"C:\\beside\\x.exe"_s, none);
     row("the folder above a link that leads out", u"C:\\deep\\..\\x.exe"_s, none);
     row("a link to a file of 1970 outside", u"C:\\old.exe"_s, none);
+    row("a link to a file outside that was last read in 1970", u"C:\\unread.exe"_s, none);
 }
 
 void tst_extract_third_party_applications::takes_the_times_of_what_lies_within_the_source()
@@ -202,15 +203,18 @@ void tst_extract_third_party_applications::takes_the_times_of_what_lies_within_t
     fixture.volume.file(u"x.exe"_s, "MZ", 1500000000).folder(u"Windows"_s).link(u"root"_s, u"."_s);
     fixture.volume.link(u"beside"_s, beside.root().chopped(1));
     fixture.volume.link(u"deep"_s, beside.path(u"deep"_s));
+    beside.file(u"unread.exe"_s, "MZ", 0);
+    set_access_time(beside.path(u"unread.exe"_s), 0);
     fixture.volume.link(u"old.exe"_s, beside.path(u"old.exe"_s));
+    fixture.volume.link(u"unread.exe"_s, beside.path(u"unread.exe"_s));
     store(fixture.volume, u"ann"_s)
         .binary(windows_path.replace(u"VOLUME"_s, QFileInfo(folder).fileName()), "data");
     fixture.find_files();
     const QString expected = modified < 0 ? times_of(folder)[1] : QString::number(modified);
     QCOMPARE(column_of_run(fixture, u"modification_timestamp"_s), QStringList{expected});
-    const bool is_known = modified != 0;
-    QCOMPARE(fixture.database().column(table, u"last_access_timestamp <> 0"_s),
-             QStringList{is_known ? u"1"_s : u"0"_s});
+    QCOMPARE(fixture.database().column(table, u"creation_timestamp = 0 AND "
+                                              "last_access_timestamp = 0"_s),
+             QStringList{modified == 0 ? u"1"_s : u"0"_s});
 }
 
 void tst_extract_third_party_applications::maps_paths_of_drive_c_alone_data()

@@ -32,6 +32,10 @@ private slots:
     void takes_files_of_an_earlier_run();
     void takes_a_temporary_folder_that_links_lead_out_of();
 
+    void refuses_places_in_a_working_directory_that_is_gone_data();
+    void refuses_places_in_a_working_directory_that_is_gone();
+    void takes_places_in_the_working_directory();
+
     void refuses_bind_mounts_of_the_source_data();
     void refuses_bind_mounts_of_the_source();
     void takes_bind_mounts_of_other_folders();
@@ -160,6 +164,45 @@ void tst_output_guard::takes_a_temporary_folder_that_links_lead_out_of()
     QCOMPARE(host_process().run(arguments()).exit_code, 0);
     QVERIFY(!QFileInfo::exists(plugin_path(u"tmp"_s)));
     QCOMPARE(volume_snapshot(m_source), before);
+}
+
+void tst_output_guard::refuses_places_in_a_working_directory_that_is_gone_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("the result folder")
+        << u"--result"_s
+        << u"the result folder cannot be found: the working directory does not exist any more"_s;
+    QTest::newRow("the debug log")
+        << u"--debug-log"_s
+        << u"debug log new/x cannot be found: the working directory does not exist any more"_s;
+}
+
+void tst_output_guard::refuses_places_in_a_working_directory_that_is_gone()
+{
+    QFETCH(const QString, option);
+    QFETCH(const QString, reason);
+    make_folder(path(u"gone"_s));
+    const host_result result =
+        host_process()
+            .under({u"sh"_s, u"-c"_s, u"cd \"$1\"; rmdir \"$1\"; shift; exec \"$@\""_s, u"sh"_s,
+                    path(u"gone"_s)})
+            .run(arguments() << option << u"new/x"_s);
+    QCOMPARE(result.errors, QStringList{"artifact_host: "_L1 + reason});
+    QCOMPARE(result.exit_code, 4);
+}
+
+void tst_output_guard::takes_places_in_the_working_directory()
+{
+    const host_result result =
+        host_process()
+            .under({u"sh"_s, u"-c"_s, u"cd \"$1\"; shift; exec \"$@\""_s, u"sh"_s, m_folder})
+            .run({u"extract"_s, m_source, u"--quiet"_s, u"--result"_s, u"here"_s, u"--debug-log"_s,
+                  u"here.log"_s});
+    QCOMPARE(result.errors, QStringList());
+    QCOMPARE(result.exit_code, 0);
+    QVERIFY(QFileInfo::exists(path(u"here/Artifacts_Result"_s)));
+    QVERIFY(QFileInfo(path(u"here.log"_s)).size() > 0);
 }
 
 /// Runs the host where `target` can also be reached at `point`, which nobody else sees.

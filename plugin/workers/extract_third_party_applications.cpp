@@ -40,12 +40,6 @@ QString mounted_path(const QString &windows_path, const QString &source_root_pat
     return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
 }
 
-bool is_empty(const struct_GLOBAL_ARTIFACT_file_times &times)
-{
-    return times.creation_time == 0 && times.last_access_time == 0 &&
-           times.last_modification_time == 0;
-}
-
 /// Where the evidence lies, as an examiner's path and as the place that it leads to.
 class source_folder
 {
@@ -67,7 +61,7 @@ public:
         if (!with_slash(QDir::cleanPath(place)).startsWith(m_clean_root))
             return {};
         const auto times = plugin_static_function::get_posix_timestamp(relative_path, m_root_path);
-        if (is_empty(times))
+        if ((times.creation_time | times.last_access_time | times.last_modification_time) == 0)
             return times; // there is no file: most programs that were run once are gone
         const QString target = with_slash(QFileInfo(place).canonicalFilePath());
         return target.startsWith(m_canonical_root) ? times : struct_GLOBAL_ARTIFACT_file_times();
