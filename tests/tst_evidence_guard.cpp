@@ -101,6 +101,10 @@ void tst_evidence_guard::recognises_the_source_in_the_table_of_mounts_data()
         kind::within);
     row("a bind mount above the result folder",
         "2 1 8:1 HERE/src HERE/out/deep rw - ext4 /dev/sda1 rw\n", kind::within);
+    row("another device mounted below a bind mount of the source",
+        "2 1 8:1 HERE/src HERE/out rw - ext4 /dev/sda1 rw\n"
+        "3 2 8:5 / HERE/out/deep rw - tmpfs tmpfs rw\n",
+        kind::within);
     row("a bind mount of a folder with a longer name",
         "2 1 8:1 HERE/src2 HERE/out rw - ext4 /dev/sda1 rw\n", kind::apart);
     row("a bind mount of a folder above the source",

@@ -17,6 +17,7 @@ private slots:
     void tells_where_a_path_lies();
     void knows_nothing_without_a_first_mount_data();
     void knows_nothing_without_a_first_mount();
+    void begins_at_a_first_mount_that_is_its_own_parent();
     void lists_what_is_mounted_below_a_folder_data();
     void lists_what_is_mounted_below_a_folder();
     void doubts_the_roots_of_network_file_systems_data();
@@ -95,6 +96,15 @@ void tst_mount_table::knows_nothing_without_a_first_mount()
 {
     QFETCH(const QByteArray, mountinfo);
     QVERIFY(!mount_table(mountinfo).place_of("/mnt/image/x"));
+}
+
+void tst_mount_table::begins_at_a_first_mount_that_is_its_own_parent()
+{
+    const mount_table mounts("1 1 0:2 / / rw - rootfs rootfs rw\n"
+                             "2 1 8:1 / / rw - ext4 /dev/sda1 rw\n");
+    const auto place = mounts.place_of("/x");
+    QVERIFY(place);
+    QCOMPARE(text_of(*place), QByteArray("8:1 /x"));
 }
 
 void tst_mount_table::lists_what_is_mounted_below_a_folder_data()

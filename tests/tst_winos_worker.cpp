@@ -98,6 +98,7 @@ private slots:
     void leaves_upper_and_lower_case_to_the_file_system();
     void joins_its_paths_to_the_root_as_it_stands();
     void forgets_what_an_earlier_search_found();
+    void forgets_the_accounts_of_an_earlier_source();
     void stops_before_the_first_account_when_cancelled();
     void stops_before_the_third_account_when_cancelled_in_the_second();
     void finishes_the_account_in_which_it_is_cancelled();
@@ -275,6 +276,16 @@ void tst_winos_worker::forgets_what_an_earlier_search_found()
     QCOMPARE(fixture.worker.hive_path_software, QString());
     QCOMPARE(fixture.worker.ntuser_path_list, QStringList());
     QCOMPARE(fixture.worker.packages_dir_list, QStringList());
+}
+
+void tst_winos_worker::forgets_the_accounts_of_an_earlier_source()
+{
+    worker_fixture fixture;
+    write_volume(fixture.volume, {u"ann"_s, u"bob"_s});
+    fixture.set_source(fixture.volume.root(), {u"ann"_s});
+    fixture.set_source(fixture.volume.root(), {u"bob"_s});
+    fixture.worker.find_source_file();
+    QCOMPARE(fixture.worker.ntuser_path_list, QStringList{fixture.volume.ntuser_path(u"bob"_s)});
 }
 
 void tst_winos_worker::stops_before_the_first_account_when_cancelled()
