@@ -573,6 +573,9 @@ void tst_artifact_host::refuses_results_that_cannot_be_written_data()
         << u"debug log %TMP/none/debug.log cannot be made: its folder does not exist"_s;
     QTest::newRow("a debug log that is the database")
         << log(u"%TMP/ended/%DB"_s) << u"debug log %TMP/ended/%DB is the result database"_s;
+    QTest::newRow("a debug log that is the database's journal")
+        << log(u"%TMP/ended/%DB-journal"_s)
+        << u"debug log %TMP/ended/%DB-journal is the result database"_s;
     QTest::newRow("a debug log that is a link to the database")
         << log(u"%TMP/ended/log"_s) << u"debug log %TMP/ended/log is the result database"_s;
     QTest::newRow("a debug log in the temporary folder")
