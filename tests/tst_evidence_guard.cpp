@@ -33,6 +33,8 @@ private slots:
     void recognises_the_source_in_the_table_of_mounts();
     void recognises_the_source_by_its_own_name_data();
     void recognises_the_source_by_its_own_name();
+    void resolves_paths_data();
+    void resolves_paths();
     void judges_several_places_by_the_worst();
     void looks_through_the_source_where_the_table_tells_nothing_data();
     void looks_through_the_source_where_the_table_tells_nothing();
@@ -167,6 +169,32 @@ void tst_evidence_guard::recognises_the_source_by_its_own_name()
     QVERIFY(QFile::link(u"dangling"_s, place(u"link to dangling"_s)));
     QVERIFY(QFile::link(u"loop"_s, place(u"loop"_s)));
     QTEST(evidence_guard(source()).relation_of({place(path)}).is, "relation");
+}
+
+void tst_evidence_guard::resolves_paths_data()
+{
+    // "HERE" stands for the folder of the test.
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("resolved_path");
+    QTest::addColumn<QString>("nearest");
+    QTest::newRow("the root folder") << u"/"_s << u"/"_s << u"/"_s;
+    QTest::newRow("a folder with a slash") << u"HERE/out/"_s << u"HERE/out"_s << u"HERE/out"_s;
+    QTest::newRow("a new folder with a slash")
+        << u"HERE/out/new/"_s << u"HERE/out/new"_s << u"HERE/out"_s;
+    QTest::newRow("a link") << u"HERE/link/x"_s << u"HERE/out/x"_s << u"HERE/out"_s;
+    QTest::newRow("a new folder of the root folder")
+        << u"/no such folder/x"_s << u"/no such folder/x"_s << u"/"_s;
+}
+
+void tst_evidence_guard::resolves_paths()
+{
+    QVERIFY(QFile::link(place(u"out"_s), place(u"link"_s)));
+    QFETCH(QString, path);
+    QFETCH(QString, resolved_path);
+    QFETCH(QString, nearest);
+    QCOMPARE(resolved(path.replace("HERE"_L1, m_folder)),
+             resolved_path.replace("HERE"_L1, m_folder));
+    QCOMPARE(nearest_existing(resolved_path), nearest.replace("HERE"_L1, m_folder));
 }
 
 void tst_evidence_guard::judges_several_places_by_the_worst()
