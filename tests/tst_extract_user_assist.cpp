@@ -340,6 +340,7 @@ void tst_extract_user_assist::reads_run_count_and_time_data()
         QTest::newRow(name) << data << run_count << last_run;
     };
     const qint64 epoch = filetime_of_unix(0);
+    const QByteArray full(4, '\xff');
     row("five runs", user_assist_data(5, filetime_of_unix(1600000000)), u"5"_s, u"1600000000"_s);
     row("no time", user_assist_data(5, 0), u"5"_s, u"0"_s);
     row("a second after the epoch", user_assist_data(1, filetime_of_unix(1)), u"1"_s, u"1"_s);
@@ -366,6 +367,9 @@ void tst_extract_user_assist::reads_run_count_and_time_data()
     // One byte of the time is left, a tiny number.
     row("61 bytes", beginning_of_data(61), QString::number(0x04030201), u"-11644473599"_s);
     row("68 bytes", beginning_of_data(68), QString::number(0x04030201), u"1"_s);
+    row("full bytes before and behind",
+        user_assist_data(5, filetime_of_unix(1)).replace(0, 4, full).replace(68, 4, full), u"5"_s,
+        u"1"_s);
     row("big data", user_assist_data(5, filetime_of_unix(1)) + QByteArray(40000, '\xff'), u"5"_s,
         u"1"_s);
 }
