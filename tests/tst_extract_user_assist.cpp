@@ -162,6 +162,7 @@ void tst_extract_user_assist::reads_numbers_of_any_length_data()
     row("four bytes, big-endian", "01020304", worker::big_endian, 0x01020304, 0x01020304);
     row("the largest of four bytes", "ffffff7f", worker::little_endian, largest_4, largest_4);
     row("one more", "00000080", worker::little_endian, 0, 0x80000000);
+    row("two more", "01000080", worker::little_endian, 0, 0x80000001);
     row("one more, big-endian", "80000000", worker::big_endian, 0, 0x80000000);
     row("four full bytes", "ffffffff", worker::little_endian, 0, 0xffffffff);
     row("five bytes", "0000000001", worker::little_endian, 0, 0x100000000);
@@ -170,6 +171,7 @@ void tst_extract_user_assist::reads_numbers_of_any_length_data()
     row("eight bytes", "0102030405060708", worker::little_endian, 0, 0x0807060504030201);
     row("the largest of eight bytes", "ffffffffffffff7f", worker::little_endian, 0, largest_8);
     row("one more than that", "0000000000000080", worker::little_endian, 0, 0);
+    row("two more than that", "0100000000000080", worker::little_endian, 0, 0);
     row("eight full bytes", "ffffffffffffffff", worker::big_endian, 0, 0);
     row("nine bytes", "000000000000000001", worker::little_endian, 0, 0);
     row("twenty full bytes", "ffffffffffffffffffffffffffffffffffffffff", worker::little_endian, 0,

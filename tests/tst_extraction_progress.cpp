@@ -75,6 +75,8 @@ private slots:
 
     void stops_when_cancelled_data();
     void stops_when_cancelled();
+    void stops_within_the_last_user_when_cancelled_data() { add_tab_rows(); }
+    void stops_within_the_last_user_when_cancelled();
     void stops_before_a_user_without_records_when_cancelled_data();
     void stops_before_a_user_without_records_when_cancelled();
 };
@@ -179,6 +181,20 @@ void tst_extraction_progress::stops_when_cancelled()
     if (rows_before == sample_row_count)
         expected_log += end_line(tab_named(tab));
     QCOMPARE(fixture.log.messages(), expected_log);
+}
+
+// No other user follows before whom the flag would be seen.
+void tst_extraction_progress::stops_within_the_last_user_when_cancelled()
+{
+    const result_tab &tab = current_tab();
+    sample_fixture fixture;
+    fixture.set_source(fixture.volume.root(), {u"ann"_s});
+    fixture.worker.find_source_file();
+    fixture.log.clear();
+    fixture.on_row([&](qint64) { fixture.worker.winos_cancel_extraction(); });
+    fixture.extract(tab.name);
+    QCOMPARE(fixture.database().row_count(tab.name), 1);
+    QCOMPARE(fixture.log.messages(), QStringList{tab.log_line(tab.opening)});
 }
 
 void tst_extraction_progress::stops_before_a_user_without_records_when_cancelled_data()
