@@ -22,6 +22,7 @@ public:
     using worker::destination_db_file;
     using worker::destination_result_dir_path;
     using worker::destination_tmp_dir_path;
+    using worker::elapsed_timer;
     using worker::engine_type;
     using worker::helper_obj;
     using worker::os_scheme_display;
@@ -218,7 +219,8 @@ void check_meta_object()
     QCOMPARE(meta_object.method(first + 1).parameterNames(), QList<QByteArray>{"count"});
 }
 
-/// A worker without anything to extract signals the total that it was handed in, once.
+/// A worker without anything to extract starts its timer and signals the total that it was handed
+/// in, once.
 template<typename scheme>
 void check_empty_extraction()
 {
@@ -229,7 +231,9 @@ void check_empty_extraction()
     const QSignalSpy tabs(&worker, scheme::tabs_signal);
     (worker.*scheme::find)();
     QCOMPARE(records.size(), 0);
+    QVERIFY(!worker.elapsed_timer.isValid());
     (worker.*scheme::extract)();
+    QVERIFY(worker.elapsed_timer.isValid());
     QCOMPARE(records, (QList<QVariantList>{{QVariant::fromValue<qint64>(41)}}));
     QCOMPARE(tabs.size(), 0);
 }
