@@ -26,6 +26,7 @@ private slots:
     void needs_to_list_and_to_enter_the_source_data();
     void needs_to_list_and_to_enter_the_source();
     void takes_the_first_by_name_of_many_links_to_a_folder();
+    void warns_of_accounts_by_name();
     void counts_rows_that_are_kept_without_a_word();
 
 private:
@@ -148,6 +149,24 @@ void tst_chosen_input::takes_the_first_by_name_of_many_links_to_a_folder()
         m_volume->link(u"Users/"_s + QLatin1Char(letter), u"../Profiles/max"_s);
     const host_result result = extract({u"--plugin"_s, QStringLiteral(RECORDING_PLUGIN)});
     QCOMPARE(result.errors.filter(u"source_info"_s).value(0).section(u'|', 3), u"  | a | )"_s);
+}
+
+void tst_chosen_input::warns_of_accounts_by_name()
+{
+    evidence_volume outside;
+    outside.software();
+    outside.write();
+    QStringList expected;
+    for (char letter = 'z'; letter >= 'a'; --letter) {
+        const QString account(1, QLatin1Char(letter));
+        const QString hive = u"Users/"_s + account + u"/NTUSER.DAT"_s;
+        m_volume->link(hive, outside.software_path());
+        expected.prepend(u"artifact_host: warning: %1: a link leads out of the source; account %2 "
+                         "is left out"_s.arg(hive, account));
+    }
+    const host_result result = extract();
+    QCOMPARE(result.errors.filter(u"is left out"_s), expected);
+    QCOMPARE(result.exit_code, 3);
 }
 
 void tst_chosen_input::counts_rows_that_are_kept_without_a_word()
