@@ -30,6 +30,7 @@ private slots:
     void takes_data_that_begin_like_big_data_as_they_are_data();
     void takes_data_that_begin_like_big_data_as_they_are();
     void refuses_data_that_cannot_be_read_again();
+    void reads_records_that_end_with_the_file();
     void counts_only_what_is_read_again_data();
     void counts_only_what_is_read_again();
     void follows_lists_to_where_libhivex_gives_up_data();
@@ -227,6 +228,39 @@ void tst_guarded_hive::refuses_data_that_cannot_be_read_again()
     QVERIFY(QFile(path).resize(0));
     QVERIFY(hive.values(hive.root()) != nullptr); // libhivex has it in memory
     QVERIFY(!hive.data(handle_at(builder.root().cells_of_value(1).value)).bytes);
+}
+
+// Records of nothing but their fixed part, which is as long as their cell.
+void tst_guarded_hive::reads_records_that_end_with_the_file()
+{
+    hive_builder builder;
+    hive_key &parent = builder.key(u"parent"_s).dword(u""_s, 7);
+    const hive_key &below = parent.add_key(u""_s);
+    hive_damage damage(builder.bytes());
+    const auto copy_to_the_end = [&](qint64 cell, qint64 length) {
+        const QByteArray record = damage.bytes().mid(cell, length).mid(regf::cell_head::length);
+        return damage.add_last_cell(record).last_cell();
+    };
+    guarded_hive hive;
+
+    const qint64 value = copy_to_the_end(parent.cells_of_value(0).value, regf::vk::name);
+    damage.offset_entry(parent.cells().value_list, 0, value);
+    QCOMPARE(value + 24, damage.bytes().size());
+    QVERIFY(hive.open(write(damage.bytes())));
+    QCOMPARE(entries_of(hive.values(node_of(parent))), QList<size_t>{handle_at(value)});
+    QCOMPARE(QByteArray(hive.value_name(handle_at(value)).get()), ""_ba);
+    QVERIFY(hive.value_name(handle_at(value)) != nullptr);
+    QCOMPARE(hive.value_type(handle_at(value)), 4);
+    QVERIFY(hive.data(handle_at(value)).bytes != nullptr);
+
+    const qint64 key = copy_to_the_end(below.cells().key, regf::nk::name);
+    damage.list_entry(parent.cells().subkey_list, 0, key);
+    QCOMPARE(key + 80, damage.bytes().size());
+    QVERIFY(hive.open(write(damage.bytes())));
+    QCOMPARE(entries_of(hive.subkeys(node_of(parent))), QList<size_t>{handle_at(key)});
+    QVERIFY(hive.key_name(handle_at(key)) != nullptr);
+    QVERIFY(hive.last_write_time(handle_at(key)) > 0);
+    QVERIFY(hive.values(handle_at(key)) != nullptr);
 }
 
 namespace {
