@@ -84,6 +84,8 @@ bool guarded_hive::open(const QString &path)
         close();
         return false;
     }
+    // What stands behind the last bin is no part of the hive, and no reason for longer walks.
+    m_length = std::min(m_file.length(), base_block.told_length());
     begin_walk();
     return true;
 }
@@ -98,33 +100,63 @@ void guarded_hive::close()
 
 void guarded_hive::begin_walk()
 {
-    m_budget.start(m_file.length());
+    m_budget.start(m_length);
+    m_listed.clear();
+    m_key_of_values = 0;
     m_last_key = 0;
 }
 
+// The walk's own way down: what a key says of its parent is evidence.
 QString guarded_hive::key_path(unsigned long node) const
 {
     constexpr qsizetype longest_path = 500;
     QString path;
-    while (node != 0 && has_key(node) && node != root()) {
+    for (unsigned long parent = parent_of(node); parent != 0; parent = parent_of(node)) {
         const hivex_text name(hivex_node_name(handle(), node));
         path.prepend(u'\\' + (name ? QString::fromUtf8(name.get()) : QStringLiteral("?")));
         if (path.size() > longest_path)
             return u'…' + path.right(longest_path);
-        node = hivex_node_parent(handle(), node);
+        node = parent;
     }
     return path.mid(1);
 }
 
+/// The first key under which the walk found the one at `node`, or 0.
+unsigned long guarded_hive::parent_of(unsigned long node) const
+{
+    if (!is_open() || node == root())
+        return 0;
+    const auto listed =
+        std::find_if(m_listed.cbegin(), m_listed.cend(),
+                     [node](const listed_subkeys &list) { return list.subkeys.contains(node); });
+    return listed == m_listed.cend() ? 0 : listed->parent;
+}
+
+/// Notes where the walk ended when the budget has none left.
+bool guarded_hive::may_go_on(bool has_budget, unsigned long key)
+{
+    if (!has_budget && is_walk_over() && m_last_key == 0)
+        m_last_key = key;
+    return has_budget;
+}
+
 hivex_handles guarded_hive::subkeys(unsigned long node)
 {
-    const bool may_read = begin_list(node) && read_subkey_lists(static_cast<qint64>(node));
-    return may_read ? unguarded_hive::subkeys(node) : nullptr;
+    if (is_walk_over() || !has_key(node) ||
+        !may_go_on(read_subkey_lists(static_cast<qint64>(node)), node))
+        return nullptr;
+    hivex_handles listed = unguarded_hive::subkeys(node);
+    if (listed && listed.get()[0] != 0)
+        m_listed.push_back({node, entries_of(listed)});
+    return listed;
 }
 
 hivex_handles guarded_hive::values(unsigned long node)
 {
-    const bool may_read = begin_list(node) && read_value_list(static_cast<qint64>(node));
+    if (is_walk_over() || !has_key(node))
+        return nullptr;
+    m_key_of_values = node;
+    const bool may_read = may_go_on(read_value_list(static_cast<qint64>(node)), node);
     return may_read ? unguarded_hive::values(node) : nullptr;
 }
 
@@ -133,8 +165,10 @@ hivex_text guarded_hive::key_name(unsigned long node)
     if (!has_key(node))
         return nullptr;
     const auto length = static_cast<qint64>(hivex_node_struct_length(handle(), node));
-    const bool may_read = m_budget.read(static_cast<qint64>(node), std::max(length, nk::name));
-    return may_read ? unguarded_hive::key_name(node) : nullptr;
+    if (m_budget.read(static_cast<qint64>(node), std::max(length, nk::name)))
+        return unguarded_hive::key_name(node);
+    may_go_on(false, parent_of(node));
+    return nullptr;
 }
 
 hivex_text guarded_hive::value_name(unsigned long value)
@@ -142,7 +176,8 @@ hivex_text guarded_hive::value_name(unsigned long value)
     if (!has_value(value))
         return nullptr;
     const auto cell = static_cast<qint64>(value);
-    const bool may_read = m_budget.read(cell, vk::name + m_file.number_16(cell + vk::name_size));
+    const qint64 length = vk::name + m_file.number_16(cell + vk::name_size);
+    const bool may_read = may_go_on(m_budget.read(cell, length), m_key_of_values);
     return may_read ? unguarded_hive::value_name(value) : nullptr;
 }
 
@@ -159,7 +194,7 @@ unguarded_hive::value_data guarded_hive::data(unsigned long value)
     const auto cell =
         static_cast<qint64>(hivex_value_data_cell_offset(handle(), value, &counted_length));
     const auto length = static_cast<qint64>(counted_length) - cell_head::length;
-    const bool may_read = cell == 0 || read_data(cell, length);
+    const bool may_read = cell == 0 || may_go_on(read_data(cell, length), m_key_of_values);
     return may_read ? unguarded_hive::data(value) : value_data();
 }
 
@@ -171,20 +206,12 @@ int guarded_hive::value_type(unsigned long value) const
 /// Whether the fixed part of the record lies inside the file, which libhivex does not check.
 bool guarded_hive::has_key(unsigned long node) const
 {
-    return m_file.holds(node, nk::name);
+    return node >= first_bin && m_file.holds(node, nk::name);
 }
 
 bool guarded_hive::has_value(unsigned long value) const
 {
-    return m_file.holds(value, vk::name);
-}
-
-bool guarded_hive::begin_list(unsigned long node)
-{
-    if (is_walk_over() || !has_key(node))
-        return false;
-    m_last_key = node;
-    return true;
+    return value >= first_bin && m_file.holds(value, vk::name);
 }
 
 /// Follows the lists in libhivex's order, to where it gives up. False when the walk is over.

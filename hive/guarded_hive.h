@@ -5,7 +5,10 @@
 #include "unguarded_hive.h"
 #include "walk_budget.h"
 
+#include <QList>
 #include <QString>
+
+#include <vector>
 
 /// A hive that is opened here and read through libhivex without harm: no record that leaves the
 /// file gets to it, forged big data neither, and the budget of a walk bounds what is read again.
@@ -31,12 +34,12 @@ public:
     /// Whether the walk ended because too much was read again; it reads nothing more then.
     bool is_walk_over() const { return m_budget.is_spent(); }
 
-    /// The path of the key whose subkeys or values were asked for last before the walk ended, as
-    /// key_path() gives it.
+    /// The path of the key at whose subkeys or values the walk ended, as key_path() gives it.
     QString last_key_path() const { return key_path(m_last_key); }
 
-    /// The path of the key at `node` below the root, with backslashes between the names. Of a very
-    /// long path the end, behind an ellipsis.
+    /// The path of a key that this walk has listed, below the root and with backslashes between the
+    /// names: empty for the root, and for keys that it has not listed. Of a very long path the end,
+    /// behind an ellipsis.
     QString key_path(unsigned long node) const;
 
     hivex_handles subkeys(unsigned long node) override;
@@ -50,16 +53,27 @@ public:
 private:
     bool has_key(unsigned long node) const;
     bool has_value(unsigned long value) const;
-    bool begin_list(unsigned long node);
+    bool may_go_on(bool has_budget, unsigned long key);
+    unsigned long parent_of(unsigned long node) const;
     bool read_subkey_lists(qint64 node);
     bool read_value_list(qint64 node);
     bool read_data(qint64 cell, qint64 declared_length);
     bool read_big_data(qint64 record, qint64 declared_length);
     bool read_blocks(qint64 list, qint64 count, qint64 declared_length);
 
+    /// The subkeys of one key, as the walk listed them.
+    struct listed_subkeys
+    {
+        unsigned long parent;
+        QList<size_t> subkeys;
+    };
+
     hive_file m_file;
+    qint64 m_length = 0; ///< of base block and bins
     walk_budget m_budget;
-    unsigned long m_last_key = 0;
+    std::vector<listed_subkeys> m_listed; ///< a key is listed before its own subkeys are
+    unsigned long m_key_of_values = 0;    ///< whose values were listed last
+    unsigned long m_last_key = 0;         ///< where the walk ended
 };
 
 #endif

@@ -15,10 +15,12 @@ namespace {
 class unlisted_places
 {
 public:
-    void add(const QString &place)
+    /// `place` tells the path, which is asked for the first alone.
+    template<typename function>
+    void add(function place)
     {
         if (m_count++ == 0)
-            m_first = place;
+            m_first = place();
     }
 
     /// "the content of FIRST [and of N more keys] CONSEQUENCE", or nothing.
@@ -154,7 +156,7 @@ void key_survey::survey_values(size_t position)
     for (const size_t value : entries_of(values)) {
         if (m_hive.value_name(value) || m_hive.is_walk_over())
             continue;
-        return m_partly_read.add(path_of(position));
+        return m_partly_read.add([&] { return path_of(position); });
     }
 }
 
@@ -171,14 +173,14 @@ void key_survey::survey_subkeys(size_t position)
             is_whole = m_hive.is_walk_over();
     }
     if (!is_whole)
-        m_partly_read.add(path_of(position));
+        m_partly_read.add([&] { return path_of(position); });
 }
 
 /// A list that only the end of the walk keeps from being read is not refused.
 void key_survey::note_refused(size_t position)
 {
     if (!m_hive.is_walk_over())
-        m_refused.add(path_of(position));
+        m_refused.add([&] { return path_of(position); });
 }
 
 QString key_survey::path_of(size_t position) const

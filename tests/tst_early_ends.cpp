@@ -18,12 +18,15 @@ class tst_early_ends : public QObject
 private slots:
     void are_logged_with_hive_and_key_data();
     void are_logged_with_hive_and_key();
+    void are_logged_at_the_root_key_data();
+    void are_logged_at_the_root_key();
+    void leave_out_applications_that_were_not_read();
     void are_logged_for_each_hive();
     void are_logged_with_the_backup_that_was_read();
     void are_logged_while_icons_are_named();
     void are_logged_where_a_table_is_full_data();
     void are_logged_where_a_table_is_full();
-    void are_logged_in_one_line_whatever_a_key_is_called();
+    void are_logged_in_one_line_whatever_hive_and_key_are_called();
     void are_not_logged_of_shared_data_within_reason();
     void are_told_by_the_reference_host();
     void are_not_told_for_text_that_looks_like_one();
@@ -122,6 +125,61 @@ void tst_early_ends::are_logged_with_hive_and_key()
     QVERIFY(fixture.database().row_count(tab.table) < too_often);
 }
 
+void tst_early_ends::are_logged_at_the_root_key_data()
+{
+    are_logged_with_hive_and_key_data();
+}
+
+/// The root lists a key of a long name again and again, before the keys on the way.
+void tst_early_ends::are_logged_at_the_root_key()
+{
+    QFETCH(const int, number);
+    const tab_key tab = tab_keys().at(number);
+    worker_fixture fixture;
+    fixture.volume.user(u"ann"_s);
+    fixture.volume.software();
+    fixture.find_files();
+    const QString path =
+        tab.is_users ? fixture.volume.ntuser_path(u"ann"_s) : fixture.volume.software_path();
+    hive_builder hive;
+    hive.root().list_kind(subkey_list::li);
+    const hive_key &repeated = hive.root().add_key(hive_name::raw(QByteArray(65000, 'x'), true));
+    for (int i = 1; i < 3000; ++i)
+        hive.root().add_key(u"x"_s);
+    hive.key(tab.key).dword(tab.value, 1);
+    hive_damage damage(hive.bytes());
+    for (int i = 1; i < 3000; ++i)
+        damage.list_entry(hive.root().cells().subkey_list, i, repeated.cells().key);
+    write_file(path, damage.bytes());
+    fixture.extract(tab.table);
+    QCOMPARE(fixture.log.lines(),
+             log_with(tab, {early_end_line(tab.operation, path, u"the root key"_s, again)}));
+}
+
+// Else they would look as if they had no values.
+void tst_early_ends::leave_out_applications_that_were_not_read()
+{
+    const tab_key tab = tab_keys().first();
+    worker_fixture fixture;
+    fixture.volume.software();
+    fixture.find_files();
+    hive_builder hive;
+    hive.minor_version(3);
+    hive.key(uninstall_key + u"\\a"_s).text(u"DisplayName"_s, u"Intact"_s);
+    hive_key &repeating = hive.key(uninstall_key + u"\\b"_s);
+    repeating.binary(u"DisplayName"_s, QByteArray(1000000, 'x'));
+    for (int i = 1; i < too_often; ++i)
+        repeating.binary(u"v"_s, {});
+    hive.key(uninstall_key + u"\\c"_s).text(u"DisplayName"_s, u"Behind"_s);
+    hive_damage damage(hive.bytes());
+    for (int i = 1; i < too_often; ++i)
+        damage.offset_entry(repeating.cells().value_list, i, repeating.cells_of_value(0).value);
+    write_file(fixture.volume.software_path(), damage.bytes());
+    fixture.extract(tab.table);
+    QCOMPARE(fixture.database().column(tab.table, u"display_name"_s), QStringList{u"Intact"_s});
+    QCOMPARE(fixture.log.lines().size(), 3);
+}
+
 void tst_early_ends::are_logged_for_each_hive()
 {
     const tab_key tab = tab_keys().at(5);
@@ -216,18 +274,20 @@ void tst_early_ends::are_logged_where_a_table_is_full()
                                            "a hive; further rows are left out"_s)}));
 }
 
-void tst_early_ends::are_logged_in_one_line_whatever_a_key_is_called()
+void tst_early_ends::are_logged_in_one_line_whatever_hive_and_key_are_called()
 {
     const tab_key tab = tab_keys().at(4);
     const QString name = u"a\nb\x1b[2J\u202e\u2028c 中é😀"_s;
     worker_fixture fixture;
-    fixture.volume.user(u"ann"_s);
+    const QString account = u"an\nn"_s;
+    fixture.volume.user(account);
     fixture.find_files();
-    const QString path = fixture.volume.ntuser_path(u"ann"_s);
+    QString path = fixture.volume.ntuser_path(account);
     write_file(path, hive_sharing_a_value(user_assist_key + u'\\' + name + u"\\Count"_s, u"v"_s,
                                           too_often));
     fixture.extract(tab.table);
     const QString shown = user_assist_key + u"\\a?b?[2J??c 中é😀\\Count"_s;
+    path.replace(u'\n', u'?');
     QCOMPARE(fixture.log.lines(),
              log_with(tab, {early_end_line(tab.operation, path, shown, again)}));
 }

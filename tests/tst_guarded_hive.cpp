@@ -37,7 +37,9 @@ private slots:
     void follows_lists_to_where_libhivex_gives_up();
     void tells_the_path_of_a_key();
     void tells_of_a_long_path_the_end();
+    void tells_the_way_on_which_a_key_was_found();
     void tells_the_key_at_which_the_walk_ended();
+    void allows_nothing_for_what_stands_behind_the_bins();
     void begins_another_walk();
 
 private:
@@ -55,6 +57,14 @@ namespace {
 unsigned long handle_at(qint64 cell)
 {
     return static_cast<unsigned long>(cell);
+}
+
+/// Lists the subkeys of every key.
+void list_everything(guarded_hive &hive)
+{
+    QList<size_t> keys{hive.root()};
+    for (qsizetype i = 0; i < keys.size(); ++i)
+        keys += entries_of(hive.subkeys(keys.at(i)));
 }
 
 /// How often, beyond the first time, the reading can be done before the walk is over; no more than
@@ -384,47 +394,116 @@ void tst_guarded_hive::tells_the_path_of_a_key()
 {
     hive_builder builder;
     const hive_key &deep = builder.key(u"One\\Zwei ü\\三"_s);
+    builder.key(u"other\\sister"_s);
     guarded_hive hive;
     QVERIFY(hive.open(write(builder.bytes())));
+    QCOMPARE(hive.key_path(node_of(deep)), QString()); // not listed yet
+    list_everything(hive);
     QCOMPARE(hive.key_path(node_of(deep)), u"One\\Zwei ü\\三"_s);
     QCOMPARE(hive.key_path(node_of(builder.key(u"One"_s))), u"One"_s);
     QCOMPARE(hive.key_path(hive.root()), QString());
     QCOMPARE(hive.key_path(0), QString());
+    hive.begin_walk();
+    QCOMPARE(hive.key_path(node_of(deep)), QString());
 }
 
 void tst_guarded_hive::tells_of_a_long_path_the_end()
 {
     hive_builder builder;
     const hive_key &deep = builder.key(u"first\\"_s.repeated(200) + u"last"_s);
-    hive_damage damage(builder.bytes());
     guarded_hive hive;
-    QVERIFY(hive.open(write(damage.bytes())));
+    QVERIFY(hive.open(write(builder.bytes())));
+    list_everything(hive);
     const QString path = hive.key_path(node_of(deep));
     QCOMPARE(path.size(), 501);
     QVERIFY(path.startsWith(u'…'));
     QVERIFY(path.endsWith(u"first\\last"_s));
-
-    // A key that is its own parent has a path without an end.
-    damage.set_32(deep.cells().key + regf::nk::parent, stored_offset(deep.cells().key));
-    QVERIFY(hive.open(write(damage.bytes())));
-    QCOMPARE(hive.key_path(node_of(deep)).size(), 501);
 }
+
+// What a key says of its parent is evidence, and a key may be listed below itself.
+void tst_guarded_hive::tells_the_way_on_which_a_key_was_found()
+{
+    hive_builder builder;
+    const hive_key &found = builder.key(u"a\\found"_s);
+    const hive_key &looped = builder.key(u"a\\found\\looped"_s);
+    builder.key(u"a\\found\\looped\\x"_s);
+    hive_damage damage(builder.bytes());
+    damage.set_32(found.cells().key + regf::nk::parent, 0xffffffff);
+    damage.list_entry(looped.cells().subkey_list, 0, builder.root().cells().key);
+    guarded_hive hive;
+    QVERIFY(hive.open(write(damage.bytes())));
+    for (const unsigned long key :
+         {node_of(builder.root()), node_of(builder.key(u"a"_s)), node_of(found), node_of(looped)})
+        QVERIFY(hive.subkeys(key) != nullptr);
+    QCOMPARE(hive.key_path(node_of(looped)), u"a\\found\\looped"_s);
+    QCOMPARE(hive.key_path(hive.root()), QString());
+}
+
+namespace {
+
+/// Reads until the walk is over; tells where it was.
+QString end_of(guarded_hive &hive, const std::function<void()> &read)
+{
+    while (!hive.is_walk_over())
+        read();
+    return hive.last_key_path();
+}
+
+} // namespace
 
 void tst_guarded_hive::tells_the_key_at_which_the_walk_ended()
 {
     hive_builder builder;
     hive_key &listed = builder.key(u"a\\listed"_s);
     for (int i = 0; i < 10000; ++i)
-        listed.dword(u""_s, 1);
+        listed.binary(u""_s, QByteArray(100, 'x'));
+    const hive_key &parent = builder.key(u"a"_s);
+    for (int i = 0; i < 1000; ++i)
+        builder.key(u"a"_s).add_key(QString(1000, u'n'));
     guarded_hive hive;
     QVERIFY(hive.open(write(builder.bytes())));
-    hive.values(node_of(builder.key(u"a"_s)));
-    while (hive.values(node_of(listed))) {
+    const unsigned long value = handle_at(listed.cells_of_value(0).value);
+    const auto list = [&] {
+        list_everything(hive);
+        hive.values(node_of(listed));
+    };
+    const QList<QPair<QString, std::function<void()>>> readings{
+        {u"a\\listed"_s, [&] { hive.values(node_of(listed)); }},
+        {u"a\\listed"_s, [&] { hive.value_name(value); }},
+        {u"a\\listed"_s, [&] { hive.data(value); }},
+        {u"a"_s, [&] { hive.subkeys(node_of(parent)); }},
+        {u"a"_s, [&] { hive.key_name(node_of(listed)); }},
+        {u""_s, [&] { hive.key_name(node_of(parent)); }},
+        {u""_s, [&] { hive.subkeys(hive.root()); }},
+    };
+    for (const auto &[path, read] : readings) {
+        hive.begin_walk();
+        list();
+        QCOMPARE(end_of(hive, read), path);
+        QVERIFY(!hive.values(node_of(parent)));
+        QVERIFY(!hive.subkeys(node_of(parent)));
+        QCOMPARE(hive.last_key_path(), path); // however much is asked for afterwards
     }
-    QVERIFY(hive.is_walk_over());
-    QVERIFY(!hive.values(node_of(builder.key(u"a"_s))));
-    QVERIFY(!hive.subkeys(node_of(builder.key(u"a"_s))));
-    QCOMPARE(hive.last_key_path(), u"a\\listed"_s);
+}
+
+void tst_guarded_hive::allows_nothing_for_what_stands_behind_the_bins()
+{
+    hive_builder builder;
+    hive_key &listed = builder.key(u"listed"_s);
+    for (int i = 0; i < 60000; ++i)
+        listed.dword(u""_s, 1);
+    const QByteArray bytes = builder.bytes();
+    const auto lists_read = [&](qint64 file_length) {
+        const QString path = write(bytes);
+        guarded_hive hive;
+        if (!QFile::resize(path, file_length) || !hive.open(path))
+            return -1;
+        return further_readings(
+            hive, [&](guarded_hive &open) { open.values(node_of(listed)); }, 100000);
+    };
+    const int readings = lists_read(bytes.size());
+    QVERIFY(readings > 0);
+    QCOMPARE(lists_read(qint64(200) << 20), readings);
 }
 
 void tst_guarded_hive::begins_another_walk()

@@ -56,11 +56,12 @@ void tst_hive_output::takes_rows_up_to_the_limit()
 
 void tst_hive_output::takes_certain_rows_beyond_it()
 {
-    hive_output output({1, 4});
+    hive_output output({1, 4, 2});
     QVERIFY(output.takes({u"long text"_s}, true));
     QVERIFY(!output.takes({u"x"_s}));
     QVERIFY(output.takes({u"x"_s}, true));
     QVERIFY(!output.takes({u"x"_s}));
+    QVERIFY(!output.takes({u"x"_s}, true)); // as many as the limit says
 }
 
 // Else a short row would follow, and the rows would end at two places.
@@ -73,8 +74,13 @@ void tst_hive_output::takes_no_row_behind_one_that_was_too_long()
 
 void tst_hive_output::is_far_above_what_windows_writes()
 {
-    QCOMPARE(hive_output::limit().rows, 5000000);
-    QCOMPARE(hive_output::limit().text_bytes, qint64(1) << 30);
+    const hive_output::limit small = hive_output::limit_for(8192);
+    QCOMPARE(small.rows, 5000000);
+    QCOMPARE(small.text_bytes, qint64(1) << 30);
+    const hive_output::limit large = hive_output::limit_for(360000000);
+    QCOMPARE(large.rows, 10000000);
+    QCOMPARE(large.text_bytes, 64 * qint64(360000000));
+    QCOMPARE(large.certain_rows, 20000000);
 }
 
 TEST_MAIN(tst_hive_output)

@@ -20,10 +20,14 @@ int parse_hidden_desktop_icons::look_up_icon_names(
     return walk_opened_hive(hive_path, [&](hive_h *hive, unsigned long root) {
         keep_subkey_names();
         names_by_key known;
+        QHash<QString, unsigned long> keys; ///< by class id: of a forged one the way may be long
         bool goes_on = true;
         for (qsizetype position = 0; goes_on && position < class_ids.size(); ++position) {
-            parsed_key_path = name_space_key + class_ids.at(position).name;
-            const unsigned long key = get_user_node_handle(hive, parsed_key_path, root);
+            const QString &class_id = class_ids.at(position).name;
+            parsed_key_path = name_space_key + class_id;
+            if (!keys.contains(class_id))
+                keys.insert(class_id, get_user_node_handle(hive, parsed_key_path, root));
+            const unsigned long key = keys.value(class_id);
             read_names_once(hive, key, known);
             goes_on = visit(position, key);
         }

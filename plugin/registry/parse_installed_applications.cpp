@@ -59,8 +59,11 @@ void parse_installed_applications::run_only_multiple_paths(hive_h *hive, unsigne
         struct_installed_apps record;
         record.key_name = child.key();
         record.modified_timestamp = current_key_timestamp;
-        installed_apps_records.append(
-            read_record(hive, child_node, &registry::current_installed_app, record));
+        record = read_record(hive, child_node, &registry::current_installed_app, record);
+        // Else an application would look as if it had none of the values that were not read.
+        if (has_ended_early())
+            return;
+        installed_apps_records.append(record);
     }
 }
 

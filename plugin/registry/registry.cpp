@@ -60,8 +60,10 @@ int registry::walk_opened_hive(const QString &hive_path,
     if (!m_hive.open(hive_path))
         return -1;
     walk(m_hive.handle(), m_hive.root());
-    if (has_ended_early())
-        m_early_end = m_hive.last_key_path();
+    if (has_ended_early()) {
+        const QString key_path = m_hive.last_key_path();
+        m_early_end = key_path.isEmpty() ? QStringLiteral("the root key") : key_path;
+    }
     return 0;
 }
 

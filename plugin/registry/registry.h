@@ -136,9 +136,9 @@ public:
     /// zero.
     static qint64 unix_seconds(qint64 filetime);
 
-    /// The key, below the root, at which the last walk ended before its end because the hive lets
-    /// the same bytes be read again and again, which no hive does that Windows wrote. Empty when
-    /// the walk was whole. Records read before are kept.
+    /// The path below the root, or "the root key", of the key at which the last walk ended before
+    /// its end because the hive lets the same bytes be read again and again, which no hive does
+    /// that Windows wrote. Empty when the walk was whole. Records read before are kept.
     const QString &early_end() const { return m_early_end; }
 
     QList<struct_data> data_records; ///< filled by the walkers that read a key's values

@@ -62,7 +62,7 @@ bool windows_installed_applications_winos::write_icons_of_hive(
     const user_source hive =
         describe_user_source(hive_path, &windows_installed_applications_winos::without_source_root);
     walked_source source(hidden_desktop_icons_app_tab, hive_path, reg_path, hive.source_columns,
-                         most_output_of_a_hive());
+                         most_output_of(hive_path));
     QSet<QPair<unsigned long, bool>> written_icons; ///< with the setting that their rows tell
     parse_hidden_desktop_icons names;
     bool is_cancelled = false;

@@ -2,6 +2,8 @@
 
 #include "plugin_static_function.h"
 
+#include <QFileInfo>
+
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -11,7 +13,7 @@ namespace {
 constexpr auto software_backup_path = "Windows/System32/config/RegBack/SOFTWARE"_L1;
 constexpr qint64 progress_interval_ms = 1000;
 
-/// Key names come from the evidence: none of them may end or reorder a line of the log.
+/// Names come from the evidence: none of them may end or reorder a line of the log.
 QString printable(QString text)
 {
     for (QChar &character : text) {
@@ -58,9 +60,9 @@ qint64 windows_installed_applications_winos::elapsed_milliseconds() const
     return elapsed_timer.elapsed();
 }
 
-hive_output::limit windows_installed_applications_winos::most_output_of_a_hive() const
+hive_output::limit windows_installed_applications_winos::most_output_of(const QString &path) const
 {
-    return {};
+    return hive_output::limit_for(QFileInfo(path).size());
 }
 
 /// Walks a key of the SOFTWARE hive, or of its backup copy when the hive cannot be opened. Returns
@@ -102,9 +104,10 @@ void windows_installed_applications_winos::log_left_out(const result_tab &tab,
                                                         const QString &key_path,
                                                         const QString &what)
 {
-    plugin_static_function::app_debug(tab.log_line("---ENDS EARLY--- "_L1) + hive_path +
-                                          ", key "_L1 + printable(key_path) + ": "_L1 + what,
-                                      tab.signature);
+    plugin_static_function::app_debug(
+        tab.log_line("---ENDS EARLY--- "_L1) +
+            printable(hive_path + ", key "_L1 + key_path + ": "_L1 + what),
+        tab.signature);
 }
 
 windows_installed_applications_winos::user_source

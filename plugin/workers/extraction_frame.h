@@ -46,7 +46,7 @@ void windows_installed_applications_winos::extract_from_software_hive(
         log_early_end(tab, hive_path, walker);
         walked_source source(tab, hive_path, reading.key_path,
                              source_columns(without_source_root(hive_path_software), {}),
-                             most_output_of_a_hive());
+                             most_output_of(hive_path));
         return write_rows(writer, walker.*reading.records, source, row_of);
     });
 }
@@ -67,7 +67,7 @@ void windows_installed_applications_winos::extract_from_user_hives(
             walker.start_registry_parse(path, reading.key_path, reading.read_key_values);
             log_early_end(tab, path, walker);
             walked_source source(tab, path, reading.key_path, hive.source_columns,
-                                 most_output_of_a_hive());
+                                 most_output_of(path));
             const auto row_of_hive = [&](const record_type &record, qsizetype position) {
                 return row_of(hive, record, position);
             };

@@ -1,6 +1,18 @@
 #include "hive_output.h"
 
+#include <algorithm>
+
 namespace {
+
+/// A value takes no fewer bytes of a hive: its record, and its entry in a list.
+constexpr qint64 shortest_value = 36;
+
+/// A row of such a value has no more text than so many times that: Windows allows the name of its
+/// key 255 letters, and the other columns repeat a few hundred bytes.
+constexpr qint64 text_for_each_byte = 64;
+
+/// An icon is certain of its names with each of two settings.
+constexpr qint64 settings = 2;
 
 /// Bytes of the text in UTF-8. Both halves of a surrogate pair take two.
 qint64 utf8_length(const QString &text)
@@ -25,6 +37,14 @@ qint64 utf8_length(const QStringList &columns)
 
 } // namespace
 
+hive_output::limit hive_output::limit_for(qint64 length)
+{
+    const limit least;
+    return {std::max(least.rows, length / shortest_value),
+            std::max(least.text_bytes, length * text_for_each_byte),
+            settings * length / shortest_value};
+}
+
 hive_output::hive_output(const limit &most, const QStringList &repeated_columns)
     : m_limit(most), m_repeated_bytes(utf8_length(repeated_columns))
 {
@@ -32,11 +52,13 @@ hive_output::hive_output(const limit &most, const QStringList &repeated_columns)
 
 bool hive_output::takes(const QStringList &columns, bool is_certain)
 {
-    if (m_is_full)
-        return is_certain;
-    const qint64 text_bytes = m_repeated_bytes + utf8_length(columns);
-    m_is_full = m_rows >= m_limit.rows || text_bytes > m_limit.text_bytes - m_text_bytes;
-    ++m_rows;
-    m_text_bytes += text_bytes;
-    return !m_is_full || is_certain;
+    if (!m_is_full) {
+        const qint64 text_bytes = m_repeated_bytes + utf8_length(columns);
+        m_is_full = m_rows >= m_limit.rows || text_bytes > m_limit.text_bytes - m_text_bytes;
+        ++m_rows;
+        m_text_bytes += text_bytes;
+    }
+    if (!m_is_full)
+        return true;
+    return is_certain && m_certain_rows++ < m_limit.certain_rows;
 }

@@ -141,8 +141,8 @@ protected:
     /// Milliseconds since the last progress signal, or since the extraction began.
     virtual qint64 elapsed_milliseconds() const;
 
-    /// What a table gets from one hive at most.
-    virtual hive_output::limit most_output_of_a_hive() const;
+    /// What a table gets at most from the hive at `path`.
+    virtual hive_output::limit most_output_of(const QString &path) const;
 
 private:
     /// One user's hive or package folder, as its rows name it.

@@ -45,7 +45,10 @@ public:
 
 protected:
     qint64 elapsed_milliseconds() const override { return milliseconds; }
-    hive_output::limit most_output_of_a_hive() const override { return most_output; }
+    hive_output::limit most_output_of(const QString & /*path*/) const override
+    {
+        return most_output;
+    }
 };
 
 /// A Windows worker between an evidence volume and a result database that has its eight tables; the
