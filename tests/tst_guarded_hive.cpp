@@ -56,21 +56,57 @@ unsigned long handle_at(qint64 cell)
     return static_cast<unsigned long>(cell);
 }
 
-/// How often, beyond the first time, the reading can be done before the walk is over; no more than
-/// `most` times.
-int further_readings(guarded_hive &hive, const std::function<void(guarded_hive &)> &read, int most)
+constexpr qint64 in_units(qint64 length)
 {
-    hive.begin_walk();
-    read(hive);
-    int readings = 0;
-    while (readings < most) {
-        read(hive);
-        if (hive.is_walk_over())
-            return readings;
-        ++readings;
-    }
-    return readings;
+    return (length + walk_budget::unit - 1) / walk_budget::unit * walk_budget::unit;
 }
+
+unsigned long value_of(const hive_key &key, qsizetype index)
+{
+    return handle_at(key.cells_of_value(index).value);
+}
+
+/// Tells what a further reading counts: how many fewer of the smallest readings the walk lasts for
+/// then. Long data are read again before, which leaves few of them. The hive gets two keys for it.
+class reading_cost
+{
+public:
+    using reading = std::function<void(guarded_hive &)>;
+
+    explicit reading_cost(hive_builder &builder)
+        : m_long(builder.key(u"long"_s).binary(u"v"_s, QByteArray(1000000, 'x'))),
+          m_small(builder.key(u"small"_s).dword(u"v"_s, 1))
+    {
+    }
+
+    qint64 of(guarded_hive &hive, const reading &read) const
+    {
+        const auto read_twice = [&](guarded_hive &open) {
+            read(open);
+            read(open);
+        };
+        return walk_budget::unit *
+               (small_readings_after(hive, read) - small_readings_after(hive, read_twice));
+    }
+
+private:
+    qint64 small_readings_after(guarded_hive &hive, const reading &read) const
+    {
+        constexpr int most_long_readings = 67; // of 64 MiB they leave 57,408 bytes
+        hive.begin_walk();
+        read(hive);
+        hive.values(node_of(m_small));
+        for (int i = 0; i <= most_long_readings; ++i)
+            hive.data(value_of(m_long, 0));
+        qint64 readings = 0;
+        while (hive.values(node_of(m_small)))
+            ++readings;
+        return readings;
+    }
+
+    const hive_key &m_long;
+    const hive_key &m_small; ///< its list of values has one entry, which makes 8 bytes
+};
 
 } // namespace
 
@@ -237,23 +273,13 @@ struct counted_reading
 {
     const char *name;
     reading read;
-    qint64 bytes; ///< that a further reading costs, in units of 8
+    qint64 bytes; ///< that a further reading counts, in units of 8
 };
 
 constexpr qint64 key_name_length = 24;
 constexpr int subkey_count = 100;
 constexpr int value_count = 50;
 constexpr qint64 data_length = 1000;
-
-constexpr qint64 in_units(qint64 length)
-{
-    return (length + walk_budget::unit - 1) / walk_budget::unit * walk_budget::unit;
-}
-
-unsigned long value_of(const hive_key &key, qsizetype index)
-{
-    return handle_at(key.cells_of_value(index).value);
-}
 
 const counted_reading readings[] = {
     {"the name of a key",
@@ -303,13 +329,11 @@ void tst_guarded_hive::counts_only_what_is_read_again()
         key.dword(QString::number(i), 1);
     for (int i = 0; i < subkey_count; ++i)
         key.add_key(QString::number(i));
+    const reading_cost cost(builder);
     guarded_hive hive;
     QVERIFY(hive.open(write(builder.bytes())));
     const auto read = [&](guarded_hive &open) { counted.read(open, key); };
-    constexpr int many = 3000000;
-    const qint64 allowance = walk_budget::least_allowance;
-    const qint64 expected = counted.bytes == 0 ? many : allowance / counted.bytes;
-    QCOMPARE(further_readings(hive, read, many), expected);
+    QCOMPARE(cost.of(hive, read), counted.bytes);
 }
 
 void tst_guarded_hive::follows_lists_to_where_libhivex_gives_up_data()
@@ -331,6 +355,7 @@ void tst_guarded_hive::follows_lists_to_where_libhivex_gives_up()
     constexpr int keys = 8000;
     hive_builder builder;
     const hive_key &only = builder.key(u"a\\b"_s);
+    const reading_cost cost(builder);
     hive_damage damage(builder.bytes());
     const hive_key &parent = builder.key(u"a"_s);
     damage.add_list("li", QList<qint64>(keys, only.cells().key));
@@ -342,8 +367,9 @@ void tst_guarded_hive::follows_lists_to_where_libhivex_gives_up()
     QVERIFY(hive.open(write(damage.bytes())));
     QCOMPARE(entries_of(hive.subkeys(node_of(parent))).size(), is_read ? keys : 0);
     const auto read = [&](guarded_hive &open) { open.subkeys(node_of(parent)); };
-    const qint64 cost = (is_read ? in_units(8 + 4 * keys) : 0) + qint64(levels) * in_units(8 + 4);
-    QCOMPARE(further_readings(hive, read, 1000000), walk_budget::least_allowance / cost);
+    const qint64 read_again =
+        (is_read ? in_units(8 + 4 * keys) : 0) + qint64(levels) * in_units(8 + 4);
+    QCOMPARE(cost.of(hive, read), read_again);
 }
 
 void tst_guarded_hive::tells_the_path_of_a_key()
