@@ -31,6 +31,21 @@ private:
     const QString m_path = m_folder.filePath(u"hive"_s);
 };
 
+/// A list of one key again and again, which the budget of a walk ends.
+QByteArray hive_with_endless_list(const QString &beside)
+{
+    hive_builder hive;
+    hive_key &parent = hive.key(u"A"_s).list_kind(subkey_list::li);
+    const hive_key &key = parent.add_key(hive_name::raw(QByteArray(65535, 'x'), true));
+    for (int i = 1; i < 60000; ++i)
+        parent.add_key(u"x"_s);
+    const hive_key &refused = hive.key(beside).text(u"value"_s, u"text"_s);
+    hive_damage damage(hive.bytes());
+    damage.list_only(parent.cells().subkey_list, key.cells().key);
+    damage.value_count(refused.cells().key, 1000);
+    return damage.bytes();
+}
+
 } // namespace
 
 class tst_key_check : public QObject
@@ -48,9 +63,11 @@ private slots:
     void finds_nothing_in_large_intact_hives();
     void tells_what_hides_the_name_of_an_icon();
     void says_nothing_of_lists_that_are_read_again_and_again();
+    void looks_at_each_key_anew();
     void takes_an_intact_index_as_it_is();
     void tells_of_keys_that_are_listed_again();
     void takes_names_that_libhivex_refuses_as_intact();
+    void names_no_place_beyond_measure_data();
     void names_no_place_beyond_measure();
     void tells_when_the_hive_does_not_open();
 };
@@ -205,17 +222,16 @@ void tst_key_check::tells_what_hides_the_name_of_an_icon()
 // The plug-in says where it stops reading such a key. What stands behind is not looked at.
 void tst_key_check::says_nothing_of_lists_that_are_read_again_and_again()
 {
-    hive_builder hive;
-    hive_key &parent = hive.key(u"A"_s).list_kind(subkey_list::li);
-    const hive_key &key = parent.add_key(hive_name::raw(QByteArray(65535, 'x'), true));
-    for (int i = 1; i < 60000; ++i)
-        parent.add_key(u"x"_s);
-    hive.bytes();
-    hive_damage damage(hive.bytes());
-    damage.list_only(parent.cells().subkey_list, key.cells().key);
-    const checked_file file(damage.bytes());
+    const checked_file file(hive_with_endless_list(u"B"_s));
     QCOMPARE(file.findings({u"A\\B"_s, 0, 0}), QStringList());
     QCOMPARE(file.findings({u"A"_s, 1, 1}), QStringList());
+}
+
+void tst_key_check::looks_at_each_key_anew()
+{
+    const checked_file file(hive_with_endless_list(u"B"_s));
+    QCOMPARE(key_findings(file.path(), {{u"A"_s, 1, 1}, {u"B"_s, 0, 0}}),
+             QStringList{u"the content of B cannot be listed, so it is not read"_s});
 }
 
 void tst_key_check::takes_an_intact_index_as_it_is()
@@ -251,16 +267,26 @@ void tst_key_check::takes_names_that_libhivex_refuses_as_intact()
         QStringList{u"the content of A holds names that cannot be read, so part is not read"_s});
 }
 
+void tst_key_check::names_no_place_beyond_measure_data()
+{
+    QTest::addColumn<int>("name_length");
+    QTest::addColumn<QString>("shown_name");
+    QTest::newRow("the longest that is shown whole") << 498 << QString(498, u'x');
+    QTest::newRow("one letter more") << 499 << QString(498, u'x') + u'…';
+    QTest::newRow("the longest") << 65535 << QString(498, u'x') + u'…';
+}
+
 void tst_key_check::names_no_place_beyond_measure()
 {
+    QFETCH(const int, name_length);
+    QFETCH(const QString, shown_name);
     hive_builder hive;
-    hive_key &key = hive.key(u"A"_s).add_key(hive_name::raw(QByteArray(65535, 'x'), true));
+    hive_key &key = hive.key(u"A"_s).add_key(hive_name::raw(QByteArray(name_length, 'x'), true));
     key.text(u"value"_s, u"text"_s);
     hive.bytes();
     checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
-    QCOMPARE(file.findings({u"A"_s, 1, 1}),
-             QStringList{u"the content of A\\"_s + QString(498, u'x') +
-                         u"… cannot be listed, so it is not read"_s});
+    QCOMPARE(file.findings({u"A"_s, 1, 1}), QStringList{u"the content of A\\"_s + shown_name +
+                                                        u" cannot be listed, so it is not read"_s});
 }
 
 void tst_key_check::tells_when_the_hive_does_not_open()
