@@ -21,6 +21,7 @@ class tst_guarded_hive : public QObject
 
 private slots:
     void reads_an_intact_hive();
+    void tells_nothing_of_a_handle_of_another_kind();
     void reads_nothing_while_closed();
     void opens_no_hive_that_ends_within_a_bin_head();
     void opens_no_hive_without_a_root();
@@ -74,6 +75,24 @@ void tst_guarded_hive::reads_an_intact_hive()
     QCOMPARE(QByteArray(data.bytes.get(), data.length), "\x07\0\0\0"_ba);
     QVERIFY(entries_of(hive.subkeys(node_of(below))).isEmpty());
     QVERIFY(hive.subkeys(node_of(below)) != nullptr); // an empty list is no refused one
+}
+
+void tst_guarded_hive::tells_nothing_of_a_handle_of_another_kind()
+{
+    hive_builder builder;
+    builder.root().dword(u"v"_s, 7);
+    guarded_hive hive;
+    QVERIFY(hive.open(write(builder.bytes())));
+    const unsigned long key = hive.root();
+    const unsigned long value = handle_at(builder.root().cells_of_value(0).value);
+    QVERIFY(!hive.value_name(key));
+    QVERIFY(!hive.data(key).bytes);
+    QCOMPARE(hive.data(key).length, 0);
+    QCOMPARE(hive.value_type(key), 0);
+    QVERIFY(!hive.key_name(value));
+    QVERIFY(!hive.subkeys(value));
+    QVERIFY(!hive.values(value));
+    QCOMPARE(hive.last_write_time(value), -1);
 }
 
 void tst_guarded_hive::reads_nothing_while_closed()
