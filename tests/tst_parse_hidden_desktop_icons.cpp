@@ -31,6 +31,7 @@ private slots:
     void records_nothing_when_the_key_is_walked_the_other_way();
 
     void looks_up_the_names_of_icons();
+    void forgets_the_keys_of_a_hive_whose_names_were_looked_up();
     void looks_up_no_names_without_a_hive();
     void keeps_the_key_path();
     void accumulates_records_over_walks();
@@ -257,6 +258,23 @@ void tst_parse_hidden_desktop_icons::looks_up_the_names_of_icons()
         {u"{bin}"_s, {}, {}}, {u"{none}"_s, {}, {}}, {u"{BIN}"_s, {}, {}}, {u"{bin}"_s, {}, {}}};
     QCOMPARE(icons.walker.look_up_icon_names(icons.path(), class_ids, visit), 0);
     QCOMPARE(visits, (QStringList{u"0 bin Bin,Can"_s, u"1 none "_s, u"2 bin Bin,Can"_s}));
+}
+
+void tst_parse_hidden_desktop_icons::forgets_the_keys_of_a_hive_whose_names_were_looked_up()
+{
+    parse_hidden_desktop_icons walker;
+    const auto look_no_further = [](qsizetype, unsigned long) { return false; };
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"hive"_s);
+    hive_builder first;
+    first.key(name_space_key + u"\\{bin}"_s);
+    first.write_to(path);
+    QCOMPARE(walker.look_up_icon_names(path, {{u"{bin}"_s, {}, {}}}, look_no_further), 0);
+    hive_builder second;
+    second.key(name_space_key + u"\\{can}"_s).text(u""_s, u"Can"_s);
+    second.write_to(path);
+    QCOMPARE(walker.start_registry_parse(path, name_space_key + u"\\{can}"_s, true), 0);
+    QCOMPARE(walker.hidden_icons_records.size(), 1);
 }
 
 void tst_parse_hidden_desktop_icons::looks_up_no_names_without_a_hive()
