@@ -27,6 +27,7 @@ private slots:
     void follows_no_more_lists_than_libhivex();
     void counts_nothing_that_libhivex_refuses_unread_data();
     void counts_nothing_that_libhivex_refuses_unread();
+    void counts_no_data_that_are_longer_than_their_cell();
     void tells_the_key_at_which_the_walk_ended();
     void begins_another_walk();
 
@@ -291,6 +292,22 @@ void tst_counted_readings::counts_nothing_that_libhivex_refuses_unread()
         open.data(value_of(key, 0));
     });
     QCOMPARE(counted > 0, is_counted);
+}
+
+void tst_counted_readings::counts_no_data_that_are_longer_than_their_cell()
+{
+    hive_builder builder;
+    const hive_key &key = builder.key(u"a"_s).binary(u"v"_s, QByteArray(20, 'x'));
+    const reading_cost cost(builder);
+    hive_damage damage(builder.bytes());
+    const auto read = [&](guarded_hive &open) { open.data(value_of(key, 0)); };
+    for (const quint32 length : {20U, 21U}) {
+        damage.data_size(key.cells_of_value(0).value, length);
+        guarded_hive hive;
+        QVERIFY(hive.open(write(damage.bytes())));
+        QCOMPARE(hive.data(value_of(key, 0)).bytes != nullptr, length == 20);
+        QCOMPARE(cost.of(hive, read), length == 20 ? 24 : 0);
+    }
 }
 
 void tst_counted_readings::tells_the_key_at_which_the_walk_ended()

@@ -5,6 +5,7 @@
 #include "test_main.h"
 
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cerrno>
@@ -22,6 +23,7 @@ struct file_reading
     size_t most_bytes = SIZE_MAX; ///< that it gives at once
     int interruptions = 0;        ///< before it gives any
     bool fails = false;
+    QSet<qint64> ends; ///< up to where it was asked
 };
 
 file_reading reading;
@@ -31,6 +33,7 @@ file_reading reading;
 /// Takes the place of the system's operation in this program.
 extern "C" ssize_t pread(int file, void *destination, size_t length, off_t offset)
 {
+    reading.ends.insert(offset + static_cast<qint64>(length));
     if (reading.fails || reading.interruptions-- > 0) {
         errno = reading.fails ? EIO : EINTR;
         return -1;
@@ -162,6 +165,7 @@ void tst_hive_file::reads_on_where_the_system_stops()
     reading.interruptions = 3;
     reading.most_bytes = 1;
     QCOMPARE(file.bytes_at(2, 5).toByteArray(), "23456"_ba);
+    QCOMPARE(reading.ends.size(), 1);
 }
 
 void tst_hive_file::reads_nothing_that_the_system_refuses()

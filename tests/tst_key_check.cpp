@@ -131,6 +131,8 @@ void tst_key_check::looks_at_the_levels_that_are_listed_data()
     QTest::newRow("values of a subkey, which are not listed") << 0 << 0 << u"A\\B"_s << false;
     QTest::newRow("values of a subkey") << 1 << 1 << u"A\\B"_s << true;
     QTest::newRow("values of the key itself, which are not listed") << 1 << 1 << u"A"_s << false;
+    QTest::newRow("values of a subkey above those that are listed")
+        << 2 << listed_key::all_levels << u"A\\B"_s << false;
     QTest::newRow("values two keys below") << 2 << listed_key::all_levels << u"A\\B\\C"_s << true;
     QTest::newRow("values four keys below")
         << 2 << listed_key::all_levels << u"A\\B\\C\\D\\E"_s << true;
