@@ -67,6 +67,8 @@ private slots:
     void takes_an_intact_index_as_it_is();
     void tells_of_keys_that_are_listed_again();
     void takes_names_that_libhivex_refuses_as_intact();
+    void names_eight_levels_of_a_deep_place_data();
+    void names_eight_levels_of_a_deep_place();
     void names_no_place_beyond_measure_data();
     void names_no_place_beyond_measure();
     void tells_when_the_hive_does_not_open();
@@ -112,13 +114,14 @@ void tst_key_check::tells_what_hides_a_key()
 void tst_key_check::tells_each_reason_once()
 {
     hive_builder hive;
-    hive_key &key = hive.key(u"A"_s).text(u"value"_s, u"text"_s);
-    hive.bytes();
-    const QByteArray damaged = hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes();
-    const QTemporaryDir folder;
-    write_file(folder.filePath(u"hive"_s), damaged);
-    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {{u"A"_s, 0, 1}, {u"A"_s, 0, 1}}),
-             QStringList{u"the content of A cannot be listed, so it is not read"_s});
+    hive_key &first = hive.key(u"A"_s).text(u"value"_s, u"text"_s);
+    hive_key &second = hive.key(u"B"_s).text(u"value"_s, u"text"_s);
+    hive_damage damage(hive.bytes());
+    damage.value_count(first.cells().key, 1000).value_count(second.cells().key, 1000);
+    const checked_file file(damage.bytes());
+    QCOMPARE(key_findings(file.path(), {{u"A"_s, 0, 1}, {u"B"_s, 0, 1}, {u"A"_s, 0, 1}}),
+             (QStringList{u"the content of A cannot be listed, so it is not read"_s,
+                          u"the content of B cannot be listed, so it is not read"_s}));
 }
 
 void tst_key_check::looks_at_the_levels_that_are_listed_data()
@@ -267,6 +270,24 @@ void tst_key_check::takes_names_that_libhivex_refuses_as_intact()
     QCOMPARE(
         checked_file(hive.bytes()).findings({u"A"_s, 1, 1}),
         QStringList{u"the content of A holds names that cannot be read, so part is not read"_s});
+}
+
+void tst_key_check::names_eight_levels_of_a_deep_place_data()
+{
+    QTest::addColumn<QString>("below");
+    QTest::newRow("eight levels") << u"\\1\\2\\3\\4\\5\\6\\7\\8"_s;
+    QTest::newRow("nine levels") << u"\\1\\2\\3\\4\\5\\6\\7\\8\\9"_s;
+}
+
+void tst_key_check::names_eight_levels_of_a_deep_place()
+{
+    QFETCH(const QString, below);
+    hive_builder hive;
+    const hive_key &key = hive.key(u"A"_s + below).text(u"value"_s, u"text"_s);
+    checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
+    QCOMPARE(file.findings({u"A"_s, 0, listed_key::all_levels}),
+             QStringList{u"the content of A\\1\\2\\3\\4\\5\\6\\7\\8 cannot be listed, "
+                         "so it is not read"_s});
 }
 
 void tst_key_check::names_no_place_beyond_measure_data()
