@@ -250,14 +250,14 @@ void tst_parse_hidden_desktop_icons::looks_up_the_names_of_icons()
         QStringList names;
         for (const auto &record : std::as_const(icons.walker.hidden_icons_records))
             names.append(record.value);
-        visits.append(QString::number(position) + (key == node_of(bin) ? u" bin "_s : u" none "_s) +
-                      names.join(u','));
+        const QString found = key == node_of(bin) ? u"bin"_s : QString::number(key);
+        visits.append(QString::number(position) + u' ' + found + u' ' + names.join(u','));
         return position < 2;
     };
     const QList<registry::struct_data> class_ids{
         {u"{bin}"_s, {}, {}}, {u"{none}"_s, {}, {}}, {u"{BIN}"_s, {}, {}}, {u"{bin}"_s, {}, {}}};
     QCOMPARE(icons.walker.look_up_icon_names(icons.path(), class_ids, visit), 0);
-    QCOMPARE(visits, (QStringList{u"0 bin Bin,Can"_s, u"1 none "_s, u"2 bin Bin,Can"_s}));
+    QCOMPARE(visits, (QStringList{u"0 bin Bin,Can"_s, u"1 0 "_s, u"2 bin Bin,Can"_s}));
 }
 
 void tst_parse_hidden_desktop_icons::forgets_the_keys_of_a_hive_whose_names_were_looked_up()
