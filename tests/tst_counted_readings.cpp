@@ -28,6 +28,8 @@ private slots:
     void counts_nothing_that_libhivex_refuses_unread_data();
     void counts_nothing_that_libhivex_refuses_unread();
     void counts_no_data_that_are_longer_than_their_cell();
+    void counts_the_blocks_that_big_data_need_data();
+    void counts_the_blocks_that_big_data_need();
     void tells_the_key_at_which_the_walk_ended();
     void begins_another_walk();
 
@@ -308,6 +310,34 @@ void tst_counted_readings::counts_no_data_that_are_longer_than_their_cell()
         QCOMPARE(hive.data(value_of(key, 0)).bytes != nullptr, length == 20);
         QCOMPARE(cost.of(hive, read), length == 20 ? 24 : 0);
     }
+}
+
+void tst_counted_readings::counts_the_blocks_that_big_data_need_data()
+{
+    QTest::addColumn<quint32>("length");
+    QTest::addColumn<qint64>("counted");
+    constexpr qint64 record_and_list = in_units(12) + in_units(4 + 4 * 3);
+    constexpr qint64 full_block = in_units(4 + 16344);
+    // The three blocks hold 16,344, 16,344 and 7,312 bytes.
+    QTest::newRow("one") << 16344U << record_and_list + full_block;
+    QTest::newRow("a byte of the next") << 16345U << record_and_list + full_block + in_units(4 + 1);
+    QTest::newRow("two") << 32688U << record_and_list + 2 * full_block;
+    QTest::newRow("more than there are")
+        << 60000U << record_and_list + 2 * full_block + in_units(4 + 7312);
+}
+
+void tst_counted_readings::counts_the_blocks_that_big_data_need()
+{
+    QFETCH(const quint32, length);
+    hive_builder builder;
+    const hive_key &key = builder.key(u"a"_s).binary(u"v"_s, QByteArray(40000, 'x'));
+    const reading_cost cost(builder);
+    hive_damage damage(builder.bytes());
+    damage.data_size(key.cells_of_value(0).value, length);
+    guarded_hive hive;
+    QVERIFY(hive.open(write(damage.bytes())));
+    const qint64 counted = cost.of(hive, [&](guarded_hive &open) { open.data(value_of(key, 0)); });
+    QTEST(counted, "counted");
 }
 
 void tst_counted_readings::tells_the_key_at_which_the_walk_ended()
