@@ -24,6 +24,7 @@ private slots:
     void tells_nothing_of_a_handle_of_another_kind();
     void reads_nothing_while_closed();
     void opens_no_hive_that_ends_within_a_bin_head();
+    void opens_a_hive_with_a_few_bytes_behind_its_bins();
     void opens_no_hive_without_a_root();
     void opens_a_hive_anew();
     void reads_data_of_every_length_data();
@@ -134,6 +135,12 @@ void tst_guarded_hive::opens_no_hive_that_ends_within_a_bin_head()
         guarded_hive hive;
         QCOMPARE(hive.open(write(cut)), behind == 0);
     }
+}
+
+void tst_guarded_hive::opens_a_hive_with_a_few_bytes_behind_its_bins()
+{
+    guarded_hive hive;
+    QVERIFY(hive.open(write(hive_builder().bytes() + "bytes")));
 }
 
 void tst_guarded_hive::opens_no_hive_without_a_root()
