@@ -51,7 +51,7 @@ private:
 subkey_list_head head_of(QByteArrayView bytes)
 {
     if (bytes.size() < list::entries)
-        return {{}, 0};
+        return {};
     return {bytes.sliced(cell_head::signature, cell_head::signature_length).toByteArray(),
             qFromLittleEndian<quint16>(bytes.data() + list::count)};
 }

@@ -27,9 +27,10 @@ qint64 read_at(int file, char *destination, qint64 length, qint64 offset)
     while (done < length) {
         const ssize_t part =
             pread(file, destination + done, static_cast<size_t>(length - done), offset + done);
-        if (part == 0 || (part < 0 && errno != EINTR))
+        if (part > 0)
+            done += part;
+        else if (part == 0 || errno != EINTR)
             break;
-        done += std::max(part, ssize_t(0));
     }
     return done;
 }

@@ -114,6 +114,7 @@ private slots:
     void looks_up_names_as_a_walk_of_each_would();
     void stops_between_two_names_when_cancelled();
     void stops_before_the_next_icon_when_cancelled();
+    void stops_before_the_next_hive_when_cancelled();
     void loses_of_a_damaged_value_its_number_alone();
     void loses_of_a_damaged_icon_its_names_alone();
 };
@@ -487,6 +488,19 @@ void tst_extract_hidden_desktop_icons::stops_before_the_next_icon_when_cancelled
     named_icon_fixture fixture;
     fixture.cancel_at_row(3);
     QCOMPARE(icons_of_run(fixture).size(), 3);
+    QCOMPARE(fixture.log.lines(), whole_run_log(operation).mid(0, 1));
+}
+
+void tst_extract_hidden_desktop_icons::stops_before_the_next_hive_when_cancelled()
+{
+    worker_fixture fixture;
+    for (const QString &account : {u"ann"_s, u"bob"_s}) {
+        start_panel(fixture.volume, account).dword(computer, 1);
+        name_space(fixture.volume, account, computer).text(u""_s, u"of "_s + account);
+    }
+    fixture.find_files();
+    fixture.on_row([&fixture](qint64) { fixture.worker.winos_cancel_extraction(); });
+    QCOMPARE(icons_of_run(fixture), QStringList{u"of ann|YES"_s});
     QCOMPARE(fixture.log.lines(), whole_run_log(operation).mid(0, 1));
 }
 

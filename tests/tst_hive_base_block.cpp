@@ -127,24 +127,27 @@ void tst_hive_base_block::tells_a_hive_that_is_cut_off()
 
 void tst_hive_base_block::tells_a_file_that_ends_within_a_bin_head_data()
 {
+    QTest::addColumn<quint32>("bins_size");
     QTest::addColumn<qint64>("length");
     QTest::addColumn<bool>("ends_within");
-    const auto add_row = [](const char *name, qint64 length, bool ends_within) {
-        QTest::newRow(name) << length << ends_within;
+    const auto add_row = [](const char *name, quint32 bins_size, qint64 length, bool ends_within) {
+        QTest::newRow(name) << bins_size << length << ends_within;
     };
     // The base block tells of two bins of 4,096 bytes.
-    add_row("before the second bin", 8192, false);
-    add_row("after its first byte", 8193, true);
-    add_row("before the last byte that libhivex reads", 8203, true);
-    add_row("after that byte", 8204, false);
-    add_row("within the first bin", 4099, true);
-    add_row("behind the last bin, which is not counted in", 12290, false);
+    add_row("before the second bin", 8192, 8192, false);
+    add_row("after its first byte", 8192, 8193, true);
+    add_row("before the last byte that libhivex reads", 8192, 8203, true);
+    add_row("after that byte", 8192, 8204, false);
+    add_row("within the first bin", 8192, 4099, true);
+    add_row("behind the last bin, which is not counted in", 8192, 12290, false);
+    add_row("within a bin of which one byte is counted in", 4097, 8203, true);
 }
 
 void tst_hive_base_block::tells_a_file_that_ends_within_a_bin_head()
 {
+    QFETCH(const quint32, bins_size);
     QFETCH(const qint64, length);
-    const hive_base_block block = block_of(hive_damage(intact_hive()).bins_size(8192).bytes());
+    const hive_base_block block = block_of(hive_damage(intact_hive()).bins_size(bins_size).bytes());
     QTEST(block.ends_within_a_bin_head(length), "ends_within");
 }
 

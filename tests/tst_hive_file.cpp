@@ -5,17 +5,50 @@
 #include "test_main.h"
 
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <cerrno>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace test_support;
+
+namespace {
+
+/// What the system does when a part of a file is read.
+struct file_reading
+{
+    size_t most_bytes = SIZE_MAX; ///< that it gives at once
+    int interruptions = 0;        ///< before it gives any
+    bool fails = false;
+    QSet<qint64> ends; ///< up to where it was asked
+};
+
+file_reading reading;
+
+} // namespace
+
+/// Takes the place of the system's operation in this program.
+extern "C" ssize_t pread(int file, void *destination, size_t length, off_t offset)
+{
+    reading.ends.insert(offset + static_cast<qint64>(length));
+    if (reading.fails || reading.interruptions-- > 0) {
+        errno = reading.fails ? EIO : EINTR;
+        return -1;
+    }
+    lseek(file, offset, SEEK_SET);
+    return read(file, destination, std::min(length, reading.most_bytes));
+}
 
 class tst_hive_file : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void init() { reading = {}; }
+
     void opens_a_regular_file();
     void opens_nothing_else_data();
     void opens_nothing_else();
@@ -23,6 +56,8 @@ private slots:
     void knows_what_lies_inside_the_file();
     void holds_nothing_while_closed();
     void reads_bytes_in_any_order();
+    void reads_on_where_the_system_stops();
+    void reads_nothing_that_the_system_refuses();
     void reads_numbers();
     void tells_where_a_cell_lies();
     void reads_no_more_than_there_is();
@@ -120,6 +155,26 @@ void tst_hive_file::reads_bytes_in_any_order()
         const qsizetype wanted = i % 5 == 0 ? 20000 : i;
         QCOMPARE(file.bytes_at(offset, wanted).toByteArray(), content.mid(offset, wanted));
     }
+}
+
+void tst_hive_file::reads_on_where_the_system_stops()
+{
+    write_file(path(), "0123456789"_ba);
+    hive_file file;
+    QVERIFY(file.open(path()));
+    reading.interruptions = 3;
+    reading.most_bytes = 1;
+    QCOMPARE(file.bytes_at(2, 5).toByteArray(), "23456"_ba);
+    QCOMPARE(reading.ends.size(), 1);
+}
+
+void tst_hive_file::reads_nothing_that_the_system_refuses()
+{
+    write_file(path(), "0123456789"_ba);
+    hive_file file;
+    QVERIFY(file.open(path()));
+    reading.fails = true;
+    QCOMPARE(file.bytes_at(2, 5).size(), 0);
 }
 
 void tst_hive_file::reads_numbers()

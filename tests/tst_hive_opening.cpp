@@ -1,6 +1,7 @@
 #include "application_keys.h"
 #include "evidence_volume.h"
 #include "files.h"
+#include "guarded_hive.h"
 #include "hive_precheck.h"
 #include "host_double.h"
 #include "key_check.h"
@@ -40,6 +41,9 @@ struct hive_opening
 
 QList<hive_opening> openings;
 
+/// The handles that were not closed.
+QSet<hive_h *> open_hives;
+
 /// How a file was opened, by whomever, until it was closed again.
 struct file_use
 {
@@ -58,7 +62,19 @@ extern "C" __attribute__((visibility("default"))) hive_h *hivex_open(const char 
     using open_operation = hive_h *(*)(const char *, int);
     static const auto open = reinterpret_cast<open_operation>(dlsym(RTLD_NEXT, "hivex_open"));
     openings.append({QFile::decodeName(filename), flags});
-    return open(filename, flags);
+    hive_h *const hive = open(filename, flags);
+    if (hive != nullptr)
+        open_hives.insert(hive);
+    return hive;
+}
+
+/// The same of its counterpart.
+extern "C" __attribute__((visibility("default"))) int hivex_close(hive_h *hive)
+{
+    using close_operation = int (*)(hive_h *);
+    static const auto close = reinterpret_cast<close_operation>(dlsym(RTLD_NEXT, "hivex_close"));
+    open_hives.remove(hive);
+    return close(hive);
 }
 
 namespace {
@@ -127,6 +143,8 @@ private slots:
     void sees_a_file_opened_for_writing();
     void reads_a_hive_into_memory_data();
     void reads_a_hive_into_memory();
+    void closes_a_hive_with_its_walk();
+    void closes_a_hive_where_another_is_opened();
     void reads_every_hive_of_a_run_into_memory();
 };
 
@@ -184,6 +202,7 @@ void tst_hive_opening::initTestCase()
 void tst_hive_opening::init()
 {
     openings.clear();
+    open_hives.clear();
 }
 
 void tst_hive_opening::sees_other_flags()
@@ -194,6 +213,7 @@ void tst_hive_opening::sees_other_flags()
     for (const int flags : {0, HIVEX_OPEN_UNSAFE | HIVEX_OPEN_WRITE}) {
         hive_h *const hive = hivex_open(QFile::encodeName(path).constData(), flags);
         QVERIFY(hive != nullptr);
+        QCOMPARE(open_hives, QSet<hive_h *>{hive});
         hivex_close(hive);
     }
     QCOMPARE(flags_for(path), (QSet<int>{0, 12}));
@@ -244,6 +264,33 @@ void tst_hive_opening::reads_a_hive_into_memory()
     QCOMPARE(flags_for(path), QSet<int>{read_into_memory});
     QVERIFY(use.reading);
     QVERIFY(!use.writing);
+    QVERIFY(open_hives.isEmpty());
+}
+
+void tst_hive_opening::closes_a_hive_with_its_walk()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"hive"_s);
+    hive_builder().write_to(path);
+    registry walker;
+    QCOMPARE(walker.start_registry_parse(path, u"\\"_s, true), 0);
+    QCOMPARE(openings.size(), 1);
+    QVERIFY(open_hives.isEmpty());
+}
+
+void tst_hive_opening::closes_a_hive_where_another_is_opened()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"hive"_s);
+    hive_builder().write_to(path);
+    {
+        guarded_hive hive;
+        QVERIFY(hive.open(path));
+        QVERIFY(hive.open(path));
+        QCOMPARE(open_hives, QSet<hive_h *>{hive.handle()});
+    }
+    QCOMPARE(openings.size(), 2);
+    QVERIFY(open_hives.isEmpty());
 }
 
 // All tabs are filled, and the host looks at the volume before and after.
@@ -263,6 +310,7 @@ void tst_hive_opening::reads_every_hive_of_a_run_into_memory()
     precheck_warnings(source, volume.accounts(), host_tabs());
     host_double(volume).run();
     QVERIFY(!openings.isEmpty());
+    QVERIFY(open_hives.isEmpty());
     unread_key_warnings(source, volume.accounts(), host_tabs());
 
     for (const hive_opening &opening : std::as_const(openings))

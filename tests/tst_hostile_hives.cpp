@@ -340,6 +340,8 @@ void tst_hostile_hives::ends_where_fields_share_one_large_value()
     for (const registry::struct_installed_apps &record : records)
         QCOMPARE(record.display_name.size(), 8000000);
     QVERIFY(!walked.walker.early_end().isEmpty());
+    QCOMPARE(walked.walk(uninstall_key, false), 0); // the hive before the damage
+    QCOMPARE(walked.walker.early_end(), QString());
 }
 
 // Data of 100 bytes that claim 4,000 blocks cost libhivex as much as 4,000 values.

@@ -31,6 +31,21 @@ private:
     const QString m_path = m_folder.filePath(u"hive"_s);
 };
 
+/// A list of one key again and again, which the budget of a walk ends.
+QByteArray hive_with_endless_list(const QString &beside)
+{
+    hive_builder hive;
+    hive_key &parent = hive.key(u"A"_s).list_kind(subkey_list::li);
+    const hive_key &key = parent.add_key(hive_name::raw(QByteArray(65535, 'x'), true));
+    for (int i = 1; i < 60000; ++i)
+        parent.add_key(u"x"_s);
+    const hive_key &refused = hive.key(beside).text(u"value"_s, u"text"_s);
+    hive_damage damage(hive.bytes());
+    damage.list_only(parent.cells().subkey_list, key.cells().key);
+    damage.value_count(refused.cells().key, 1000);
+    return damage.bytes();
+}
+
 } // namespace
 
 class tst_key_check : public QObject
@@ -48,9 +63,13 @@ private slots:
     void finds_nothing_in_large_intact_hives();
     void tells_what_hides_the_name_of_an_icon();
     void says_nothing_of_lists_that_are_read_again_and_again();
+    void looks_at_each_key_anew();
     void takes_an_intact_index_as_it_is();
     void tells_of_keys_that_are_listed_again();
     void takes_names_that_libhivex_refuses_as_intact();
+    void names_eight_levels_of_a_deep_place_data();
+    void names_eight_levels_of_a_deep_place();
+    void names_no_place_beyond_measure_data();
     void names_no_place_beyond_measure();
     void tells_when_the_hive_does_not_open();
 };
@@ -95,13 +114,14 @@ void tst_key_check::tells_what_hides_a_key()
 void tst_key_check::tells_each_reason_once()
 {
     hive_builder hive;
-    hive_key &key = hive.key(u"A"_s).text(u"value"_s, u"text"_s);
-    hive.bytes();
-    const QByteArray damaged = hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes();
-    const QTemporaryDir folder;
-    write_file(folder.filePath(u"hive"_s), damaged);
-    QCOMPARE(key_findings(folder.filePath(u"hive"_s), {{u"A"_s, 0, 1}, {u"A"_s, 0, 1}}),
-             QStringList{u"the content of A cannot be listed, so it is not read"_s});
+    hive_key &first = hive.key(u"A"_s).text(u"value"_s, u"text"_s);
+    hive_key &second = hive.key(u"B"_s).text(u"value"_s, u"text"_s);
+    hive_damage damage(hive.bytes());
+    damage.value_count(first.cells().key, 1000).value_count(second.cells().key, 1000);
+    const checked_file file(damage.bytes());
+    QCOMPARE(key_findings(file.path(), {{u"A"_s, 0, 1}, {u"B"_s, 0, 1}, {u"A"_s, 0, 1}}),
+             (QStringList{u"the content of A cannot be listed, so it is not read"_s,
+                          u"the content of B cannot be listed, so it is not read"_s}));
 }
 
 void tst_key_check::looks_at_the_levels_that_are_listed_data()
@@ -114,6 +134,8 @@ void tst_key_check::looks_at_the_levels_that_are_listed_data()
     QTest::newRow("values of a subkey, which are not listed") << 0 << 0 << u"A\\B"_s << false;
     QTest::newRow("values of a subkey") << 1 << 1 << u"A\\B"_s << true;
     QTest::newRow("values of the key itself, which are not listed") << 1 << 1 << u"A"_s << false;
+    QTest::newRow("values of a subkey above those that are listed")
+        << 2 << listed_key::all_levels << u"A\\B"_s << false;
     QTest::newRow("values two keys below") << 2 << listed_key::all_levels << u"A\\B\\C"_s << true;
     QTest::newRow("values four keys below")
         << 2 << listed_key::all_levels << u"A\\B\\C\\D\\E"_s << true;
@@ -205,17 +227,16 @@ void tst_key_check::tells_what_hides_the_name_of_an_icon()
 // The plug-in says where it stops reading such a key. What stands behind is not looked at.
 void tst_key_check::says_nothing_of_lists_that_are_read_again_and_again()
 {
-    hive_builder hive;
-    hive_key &parent = hive.key(u"A"_s).list_kind(subkey_list::li);
-    const hive_key &key = parent.add_key(hive_name::raw(QByteArray(65535, 'x'), true));
-    for (int i = 1; i < 60000; ++i)
-        parent.add_key(u"x"_s);
-    hive.bytes();
-    hive_damage damage(hive.bytes());
-    damage.list_only(parent.cells().subkey_list, key.cells().key);
-    const checked_file file(damage.bytes());
+    const checked_file file(hive_with_endless_list(u"B"_s));
     QCOMPARE(file.findings({u"A\\B"_s, 0, 0}), QStringList());
     QCOMPARE(file.findings({u"A"_s, 1, 1}), QStringList());
+}
+
+void tst_key_check::looks_at_each_key_anew()
+{
+    const checked_file file(hive_with_endless_list(u"B"_s));
+    QCOMPARE(key_findings(file.path(), {{u"A"_s, 1, 1}, {u"B"_s, 0, 0}}),
+             QStringList{u"the content of B cannot be listed, so it is not read"_s});
 }
 
 void tst_key_check::takes_an_intact_index_as_it_is()
@@ -251,16 +272,44 @@ void tst_key_check::takes_names_that_libhivex_refuses_as_intact()
         QStringList{u"the content of A holds names that cannot be read, so part is not read"_s});
 }
 
+void tst_key_check::names_eight_levels_of_a_deep_place_data()
+{
+    QTest::addColumn<QString>("below");
+    QTest::newRow("eight levels") << u"\\1\\2\\3\\4\\5\\6\\7\\8"_s;
+    QTest::newRow("nine levels") << u"\\1\\2\\3\\4\\5\\6\\7\\8\\9"_s;
+}
+
+void tst_key_check::names_eight_levels_of_a_deep_place()
+{
+    QFETCH(const QString, below);
+    hive_builder hive;
+    const hive_key &key = hive.key(u"A"_s + below).text(u"value"_s, u"text"_s);
+    checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
+    QCOMPARE(file.findings({u"A"_s, 0, listed_key::all_levels}),
+             QStringList{u"the content of A\\1\\2\\3\\4\\5\\6\\7\\8 cannot be listed, "
+                         "so it is not read"_s});
+}
+
+void tst_key_check::names_no_place_beyond_measure_data()
+{
+    QTest::addColumn<int>("name_length");
+    QTest::addColumn<QString>("shown_name");
+    QTest::newRow("the longest that is shown whole") << 498 << QString(498, u'x');
+    QTest::newRow("one letter more") << 499 << QString(498, u'x') + u'…';
+    QTest::newRow("the longest") << 65535 << QString(498, u'x') + u'…';
+}
+
 void tst_key_check::names_no_place_beyond_measure()
 {
+    QFETCH(const int, name_length);
+    QFETCH(const QString, shown_name);
     hive_builder hive;
-    hive_key &key = hive.key(u"A"_s).add_key(hive_name::raw(QByteArray(65535, 'x'), true));
+    hive_key &key = hive.key(u"A"_s).add_key(hive_name::raw(QByteArray(name_length, 'x'), true));
     key.text(u"value"_s, u"text"_s);
     hive.bytes();
     checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
-    QCOMPARE(file.findings({u"A"_s, 1, 1}),
-             QStringList{u"the content of A\\"_s + QString(498, u'x') +
-                         u"… cannot be listed, so it is not read"_s});
+    QCOMPARE(file.findings({u"A"_s, 1, 1}), QStringList{u"the content of A\\"_s + shown_name +
+                                                        u" cannot be listed, so it is not read"_s});
 }
 
 void tst_key_check::tells_when_the_hive_does_not_open()

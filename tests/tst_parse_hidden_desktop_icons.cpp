@@ -30,6 +30,9 @@ private slots:
     void records_nothing_of_a_missing_key();
     void records_nothing_when_the_key_is_walked_the_other_way();
 
+    void looks_up_the_names_of_icons();
+    void forgets_the_keys_of_a_hive_whose_names_were_looked_up();
+    void looks_up_no_names_without_a_hive();
     void keeps_the_key_path();
     void accumulates_records_over_walks();
     void keeps_the_records_of_one_walker_while_another_walks();
@@ -233,6 +236,57 @@ void tst_parse_hidden_desktop_icons::records_nothing_when_the_key_is_walked_the_
     QCOMPARE(walked.walk(icon_key, false), 0);
     QVERIFY(walked.walker.data_records.isEmpty());
     QVERIFY(walked.walker.hidden_icons_records.isEmpty());
+}
+
+void tst_parse_hidden_desktop_icons::looks_up_the_names_of_icons()
+{
+    walked_hive<parse_hidden_desktop_icons> icons;
+    const hive_key &bin = icons.hive.key(name_space_key + u"\\{bin}"_s)
+                              .text(u""_s, u"Bin"_s)
+                              .text(u"more"_s, u"Can"_s);
+    icons.hive.write_to(icons.path());
+    QStringList visits;
+    const auto visit = [&](qsizetype position, unsigned long key) {
+        QStringList names;
+        for (const auto &record : std::as_const(icons.walker.hidden_icons_records))
+            names.append(record.value);
+        const QString found = key == node_of(bin) ? u"bin"_s : QString::number(key);
+        visits.append(QString::number(position) + u' ' + found + u' ' + names.join(u','));
+        return position < 2;
+    };
+    const QList<registry::struct_data> class_ids{
+        {u"{bin}"_s, {}, {}}, {u"{none}"_s, {}, {}}, {u"{BIN}"_s, {}, {}}, {u"{bin}"_s, {}, {}}};
+    QCOMPARE(icons.walker.look_up_icon_names(icons.path(), class_ids, visit), 0);
+    QCOMPARE(visits, (QStringList{u"0 bin Bin,Can"_s, u"1 0 "_s, u"2 bin Bin,Can"_s}));
+}
+
+void tst_parse_hidden_desktop_icons::forgets_the_keys_of_a_hive_whose_names_were_looked_up()
+{
+    parse_hidden_desktop_icons walker;
+    const auto look_no_further = [](qsizetype, unsigned long) { return false; };
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"hive"_s);
+    hive_builder first;
+    first.key(name_space_key + u"\\{bin}"_s);
+    first.write_to(path);
+    QCOMPARE(walker.look_up_icon_names(path, {{u"{bin}"_s, {}, {}}}, look_no_further), 0);
+    hive_builder second;
+    second.key(name_space_key + u"\\{can}"_s).text(u""_s, u"Can"_s);
+    second.write_to(path);
+    QCOMPARE(walker.start_registry_parse(path, name_space_key + u"\\{can}"_s, true), 0);
+    QCOMPARE(walker.hidden_icons_records.size(), 1);
+}
+
+void tst_parse_hidden_desktop_icons::looks_up_no_names_without_a_hive()
+{
+    parse_hidden_desktop_icons walker;
+    const QTemporaryDir folder;
+    for (const QString &path : {QString(), folder.filePath(u"missing"_s)}) {
+        bool is_visited = false;
+        const auto visit = [&is_visited](qsizetype, unsigned long) { return is_visited = true; };
+        QCOMPARE(walker.look_up_icon_names(path, {{u"{bin}"_s, {}, {}}}, visit), -1);
+        QVERIFY(!is_visited);
+    }
 }
 
 void tst_parse_hidden_desktop_icons::keeps_the_key_path()

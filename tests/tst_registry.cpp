@@ -32,6 +32,7 @@ private slots:
     void carries_fields_from_descendants_to_later_siblings();
     void forgets_the_record_after_a_level();
     void tells_the_time_of_a_key_without_subkeys();
+    void tells_the_time_of_a_key_that_is_not_searched_for_subkeys();
     void reads_the_values_of_all_descendants();
     void takes_the_subkeys_that_it_is_given_as_read();
     void goes_over_damaged_neighbours();
@@ -265,6 +266,19 @@ void tst_registry::tells_the_time_of_a_key_without_subkeys()
     QCOMPARE(noted.walker.current_key_timestamp, u"77"_s);
     QVERIFY(noted.walker.values.isEmpty());
     QVERIFY(noted.walker.data_records.isEmpty());
+}
+
+// A walker that does not look for subkeys is told the time all the same.
+void tst_registry::tells_the_time_of_a_key_that_is_not_searched_for_subkeys()
+{
+    struct walker_of_lone_keys : registry
+    {
+        bool run_only_multiple(hive_h * /*hive*/, int /*node*/) override { return false; }
+    };
+    walked_hive<walker_of_lone_keys> walked;
+    walked.hive.key(u"a\\b"_s).last_write_unix(78);
+    QCOMPARE(walked.walk(u"a"_s, false), 0);
+    QCOMPARE(walked.walker.current_key_timestamp, u"78"_s);
 }
 
 void tst_registry::reads_the_values_of_all_descendants()

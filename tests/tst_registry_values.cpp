@@ -239,10 +239,12 @@ void tst_registry_values::converts_data_to_text_data()
     row("an unknown type", 0xfffffff0, "type"_ba, u"type"_s);
     row("a text without terminator", reg_sz, utf16le(u"ABC"_s), u"ABC"_s);
     row("a text of odd length", reg_sz, utf16le(u"ABC"_s) + 'D', u"ABCD"_s);
+    row("a text of three bytes", reg_sz, "A\0B"_ba, u"AB"_s);
     row("what follows the terminator", reg_sz, registry_text(u"AB"_s) + "j\0k\0"_ba, u"ABjk"_s);
     row("a zero in front", reg_sz, "\0\0A\0"_ba, u"A"_s);
     row("a text in the other byte order", reg_sz, "\0A\0B"_ba, u"AB"_s);
     row("the last ASCII character", reg_sz, "\x7f\0"_ba, u"\x7f"_s);
+    row("the first character beyond is altered", reg_sz, "\x80\0"_ba, u"\ufffd"_s);
     row("one byte", reg_sz, "A"_ba, u"A"_s);
     row("no bytes", reg_sz, {}, u""_s);
     row("UTF-8 in bytes", reg_binary, "h\xc3\xa9!"_ba, u"hé!"_s);

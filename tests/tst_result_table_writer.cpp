@@ -478,6 +478,7 @@ void tst_result_table_writer::report_as_a_statement_of_its_own(int row_of_the_fa
     for (int row = 0; row < row_of_the_fault + 3; ++row)
         rows.append({u'r' + QString::number(row), QString(3000, u'x')}); // a page for each row
     rows[row_of_the_fault][0] = u"the one"_s;
+    rows[row_of_the_fault + 2][0] = u"the one"_s; // behind a row that went in
 
     striking_fault plain_fault(row_of_the_fault, statement, locks);
     const QList<insert_outcome> outcomes =

@@ -10,6 +10,8 @@ private slots:
     void a_further_reading_counts_data();
     void a_further_reading_counts();
     void readings_beyond_the_file_are_free();
+    void counts_up_to_the_end_of_the_file_data();
+    void counts_up_to_the_end_of_the_file();
     void ends_after_a_few_lengths_of_the_hive();
     void lasts_for_64_mib_in_a_short_hive();
     void stays_spent();
@@ -69,6 +71,25 @@ void tst_walk_budget::readings_beyond_the_file_are_free()
         QVERIFY(budget.read(qint64(1) << 33, 8));
     }
     QCOMPARE(budget.read_again(), 0);
+}
+
+void tst_walk_budget::counts_up_to_the_end_of_the_file_data()
+{
+    QTest::addColumn<qint64>("hive_length");
+    QTest::addColumn<qint64>("read_again");
+    // The byte that is read is number 512, of the first unit behind one word of the bitmap.
+    QTest::newRow("the last byte") << qint64(513) << qint64(8);
+    QTest::newRow("the first byte behind the file") << qint64(512) << qint64(0);
+}
+
+void tst_walk_budget::counts_up_to_the_end_of_the_file()
+{
+    QFETCH(const qint64, hive_length);
+    walk_budget budget;
+    budget.start(hive_length);
+    QVERIFY(budget.read(512, 1));
+    QVERIFY(budget.read(512, 1));
+    QTEST(budget.read_again(), "read_again");
 }
 
 void tst_walk_budget::ends_after_a_few_lengths_of_the_hive()
