@@ -167,8 +167,10 @@ QByteArray very_many_programs()
 QByteArray longest_names(QChar letter)
 {
     hive_builder hive;
-    for (int i = 0; i < 300; ++i)
-        add_user_findings(hive, QString(longest_name - 10, letter) + QString::number(i));
+    for (int i = 0; i < 300; ++i) {
+        const QString number = QString::number(i);
+        add_user_findings(hive, QString(longest_name - number.size(), letter) + number);
+    }
     return hive.bytes();
 }
 
@@ -247,8 +249,14 @@ QList<intact_hive> shapes_of_software()
         {u"60,000 empty values at offset 0"_s, software, registered, empty(0)},
         {u"60,000 empty values at no offset"_s, software, registered, empty(0xffffffff)},
         {u"20,000 values that share 1,000 bytes"_s, software, registered, values_of_one_cell},
-        {u"values of 1 MB in one cell"_s, software, registered, [] { return large_data(3); }},
-        {u"values of 1 MB in blocks"_s, software, registered, [] { return large_data(5); }},
+        {u"values of 1 MB in one cell, version 1.3"_s, software, registered,
+         [] { return large_data(3); }},
+        {u"values of 1 MB in blocks, version 1.4"_s, software, registered,
+         [] { return large_data(4); }},
+        {u"values of 1 MB in blocks, version 1.5"_s, software, registered,
+         [] { return large_data(5); }},
+        {u"values of 1 MB in blocks, version 1.6"_s, software, registered,
+         [] { return large_data(6); }},
     };
 }
 
