@@ -96,6 +96,7 @@ void guarded_hive::close()
         hivex_close(handle()); // nothing was ever changed, so closing cannot lose anything
     set_handle(nullptr);
     m_file.close();
+    m_listed = {};
 }
 
 void guarded_hive::begin_walk()

@@ -67,12 +67,12 @@ QList<tab_key> tab_keys()
     };
 }
 
-/// The key lists a value of 1 MB as often as `count` says.
-QByteArray hive_sharing_a_value(const QString &key_path, const hive_name &name, int count)
+/// Lets the key list one value of 1 MB as often as `count` says; the hive is laid out then.
+QByteArray with_value_listed_often(hive_builder &hive, hive_key &key, const hive_name &name,
+                                   int count)
 {
-    hive_builder hive;
     hive.minor_version(3); // data of any size in one cell
-    hive_key &key = hive.key(key_path).binary(name, QByteArray(1000000, 'x'));
+    key.binary(name, QByteArray(1000000, 'x'));
     for (int i = 1; i < count; ++i)
         key.binary(u"v"_s, {});
     hive_damage damage(hive.bytes());
@@ -81,7 +81,27 @@ QByteArray hive_sharing_a_value(const QString &key_path, const hive_name &name, 
     return damage.bytes();
 }
 
+QByteArray hive_sharing_a_value(const QString &key_path, const hive_name &name, int count)
+{
+    hive_builder hive;
+    return with_value_listed_often(hive, hive.key(key_path), name, count);
+}
+
 constexpr int too_often = 100; // the allowance is 64 MiB
+
+/// A worker over a volume with empty hives, of which the tab's is to be replaced.
+struct tab_fixture : worker_fixture
+{
+    explicit tab_fixture(const tab_key &tab)
+    {
+        volume.user(u"ann"_s);
+        volume.software();
+        find_files();
+        hive_path = tab.is_users ? volume.ntuser_path(u"ann"_s) : volume.software_path();
+    }
+
+    QString hive_path;
+};
 
 QStringList whole_log_of(const tab_key &tab)
 {
@@ -112,12 +132,8 @@ void tst_early_ends::are_logged_with_hive_and_key()
 {
     QFETCH(const int, number);
     const tab_key tab = tab_keys().at(number);
-    worker_fixture fixture;
-    fixture.volume.user(u"ann"_s);
-    fixture.volume.software();
-    fixture.find_files();
-    const QString path =
-        tab.is_users ? fixture.volume.ntuser_path(u"ann"_s) : fixture.volume.software_path();
+    tab_fixture fixture(tab);
+    const QString path = fixture.hive_path;
     write_file(path, hive_sharing_a_value(tab.key, tab.value, too_often));
     fixture.extract(tab.table);
     QCOMPARE(fixture.log.lines(),
@@ -135,12 +151,8 @@ void tst_early_ends::are_logged_at_the_root_key()
 {
     QFETCH(const int, number);
     const tab_key tab = tab_keys().at(number);
-    worker_fixture fixture;
-    fixture.volume.user(u"ann"_s);
-    fixture.volume.software();
-    fixture.find_files();
-    const QString path =
-        tab.is_users ? fixture.volume.ntuser_path(u"ann"_s) : fixture.volume.software_path();
+    tab_fixture fixture(tab);
+    const QString path = fixture.hive_path;
     hive_builder hive;
     hive.root().list_kind(subkey_list::li);
     const hive_key &repeated = hive.root().add_key(hive_name::raw(QByteArray(65000, 'x'), true));
@@ -160,21 +172,13 @@ void tst_early_ends::are_logged_at_the_root_key()
 void tst_early_ends::leave_out_applications_that_were_not_read()
 {
     const tab_key tab = tab_keys().first();
-    worker_fixture fixture;
-    fixture.volume.software();
-    fixture.find_files();
+    tab_fixture fixture(tab);
     hive_builder hive;
-    hive.minor_version(3);
     hive.key(uninstall_key + u"\\a"_s).text(u"DisplayName"_s, u"Intact"_s);
-    hive_key &repeating = hive.key(uninstall_key + u"\\b"_s);
-    repeating.binary(u"DisplayName"_s, QByteArray(1000000, 'x'));
-    for (int i = 1; i < too_often; ++i)
-        repeating.binary(u"v"_s, {});
     hive.key(uninstall_key + u"\\c"_s).text(u"DisplayName"_s, u"Behind"_s);
-    hive_damage damage(hive.bytes());
-    for (int i = 1; i < too_often; ++i)
-        damage.offset_entry(repeating.cells().value_list, i, repeating.cells_of_value(0).value);
-    write_file(fixture.volume.software_path(), damage.bytes());
+    hive_key &repeating = hive.key(uninstall_key + u"\\b"_s);
+    write_file(fixture.hive_path,
+               with_value_listed_often(hive, repeating, u"DisplayName"_s, too_often));
     fixture.extract(tab.table);
     QCOMPARE(fixture.database().column(tab.table, u"display_name"_s), QStringList{u"Intact"_s});
     QCOMPARE(fixture.log.lines().size(), 3);
@@ -216,21 +220,12 @@ void tst_early_ends::are_logged_with_the_backup_that_was_read()
 void tst_early_ends::are_logged_while_icons_are_named()
 {
     const tab_key tab = tab_keys().last();
-    worker_fixture fixture;
-    fixture.volume.user(u"ann"_s);
-    fixture.find_files();
+    tab_fixture fixture(tab);
+    const QString path = fixture.hive_path;
     hive_builder hive;
-    hive.minor_version(3);
-    hive_key &names = hive.key(name_space_key + u'\\' + class_id);
-    names.binary(u""_s, QByteArray(1000000, 'x'));
-    for (int i = 1; i < too_often; ++i)
-        names.binary(u""_s, {});
     hive.key(hide_desktop_icons_key + u"\\NewStartPanel"_s).dword(class_id, 1);
-    hive_damage damage(hive.bytes());
-    for (int i = 1; i < too_often; ++i)
-        damage.offset_entry(names.cells().value_list, i, names.cells_of_value(0).value);
-    const QString path = fixture.volume.ntuser_path(u"ann"_s);
-    write_file(path, damage.bytes());
+    hive_key &names = hive.key(name_space_key + u'\\' + class_id);
+    write_file(path, with_value_listed_often(hive, names, u""_s, too_often));
     fixture.extract(tab.table);
     const QString key = name_space_key + u'\\' + class_id;
     QCOMPARE(fixture.log.lines(), log_with(tab, {early_end_line(tab.operation, path, key, again)}));

@@ -1,7 +1,7 @@
 #include "files.h"
 #include "plugin_static_function.h"
 #include "result_file.h"
-#include "sample_evidence.h"
+#include "sample_fixture.h"
 #include "tab_rows.h"
 #include "test_main.h"
 #include "volume_snapshot.h"
@@ -19,20 +19,6 @@ using namespace test_support;
 // What all extractors have in common, over evidence that gives each table three rows.
 
 namespace {
-
-struct sample_fixture : worker_fixture
-{
-    sample_fixture()
-    {
-        add_sample_evidence(volume);
-        find_files();
-    }
-};
-
-QString end_line(const result_tab &tab)
-{
-    return tab.log_tag + "---ENDS---"_L1;
-}
 
 QStringList failure_lines(const result_tab &tab, const QString &path, const insert_outcome &outcome)
 {

@@ -1,5 +1,5 @@
 #include "log_line_hook.h"
-#include "sample_evidence.h"
+#include "sample_fixture.h"
 #include "tab_rows.h"
 #include "test_main.h"
 #include "worker_fixture.h"
@@ -14,20 +14,6 @@ using namespace test_support;
 // that gives each table three rows.
 
 namespace {
-
-struct sample_fixture : worker_fixture
-{
-    sample_fixture()
-    {
-        add_sample_evidence(volume);
-        find_files();
-    }
-};
-
-QString end_line(const result_tab &tab)
-{
-    return tab.log_tag + "---ENDS---"_L1;
-}
 
 bool comes_from_users(const result_tab &tab)
 {
