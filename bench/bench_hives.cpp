@@ -7,7 +7,7 @@
 #include <QUuid>
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

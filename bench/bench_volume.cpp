@@ -4,7 +4,7 @@
 #include "evidence_volume.h"
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

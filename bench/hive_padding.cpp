@@ -1,7 +1,7 @@
 #include "hive_padding.h"
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

@@ -5,6 +5,6 @@
 
 /// Adds keys and values that no walk looks for below the key at `path`, until the hive is about as
 /// long as wanted. A longer hive stays as it is.
-void pad_hive(test_support::hive_builder &hive, const QString &path, int megabytes);
+void pad_hive(evidence::hive_builder &hive, const QString &path, int megabytes);
 
 #endif

@@ -9,19 +9,19 @@ namespace demo {
 // the hives to be written.
 
 /// SOFTWARE: Uninstall in both views, RegisteredApplications.
-void add_software(test_support::evidence_volume &volume);
+void add_software(evidence::evidence_volume &volume);
 
 /// SYSTEM: what tells the machine's name and its current control set.
-void add_system(test_support::evidence_volume &volume);
+void add_system(evidence::evidence_volume &volume);
 
 /// The users' hives: UserAssist, Compatibility Assistant, desktop icons.
-void add_users(test_support::evidence_volume &volume);
+void add_users(evidence::evidence_volume &volume);
 
 /// The users' store packages.
-void add_packages(test_support::evidence_volume &volume);
+void add_packages(evidence::evidence_volume &volume);
 
 /// Program files that the users' hives name, with their modification times.
-void add_programs(test_support::evidence_volume &volume);
+void add_programs(evidence::evidence_volume &volume);
 
 } // namespace demo
 

@@ -3,7 +3,7 @@
 namespace demo {
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 void add_system(evidence_volume &volume)
 {

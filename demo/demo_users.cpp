@@ -6,7 +6,7 @@
 namespace demo {
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

@@ -6,7 +6,7 @@ namespace demo {
 
 QStringList write_demo_volume(const QString &folder)
 {
-    test_support::evidence_volume volume(folder);
+    evidence::evidence_volume volume(folder);
     add_system(volume);
     add_software(volume);
     add_users(volume);

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

@@ -11,7 +11,7 @@
 // Writes the inputs that the fuzzers begin with, one folder for each fuzzer: make_seeds FOLDER
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

@@ -122,8 +122,8 @@ void tst_adhoc_copies::live_database_is_read_back_from_its_copy()
     const QString copy = helper->get_adhoc_path_for_database(source(u"live.sqlite"_s));
     QCOMPARE(copy, source(u"adhoc/live.sqlite"_s));
     QCOMPARE(copies(), (QStringList{u"live.sqlite"_s, u"live.sqlite-shm"_s, u"live.sqlite-wal"_s}));
-    QCOMPARE(test_support::read_file(copy + u"-wal"_s),
-             test_support::read_file(source(u"live.sqlite-wal"_s)));
+    QCOMPARE(evidence::read_file(copy + u"-wal"_s),
+             evidence::read_file(source(u"live.sqlite-wal"_s)));
     const connection copied(copy);
     QCOMPARE(copied.run(u"SELECT name FROM fruit"_s), (QStringList{u"apple"_s, u"pear"_s}));
     QCOMPARE(copied.run(u"PRAGMA integrity_check"_s), QStringList{u"ok"_s});
@@ -132,7 +132,7 @@ void tst_adhoc_copies::live_database_is_read_back_from_its_copy()
 void tst_adhoc_copies::copy_of_a_read_only_database_is_writable()
 {
     const QString path = source(u"evidence.sqlite"_s);
-    test_support::write_file(path, "bytes");
+    evidence::write_file(path, "bytes");
     QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner));
     const QString copy = helper->get_adhoc_path_for_database(path);
     QVERIFY(QFile::permissions(copy).testFlag(QFileDevice::WriteOwner));
@@ -141,8 +141,8 @@ void tst_adhoc_copies::copy_of_a_read_only_database_is_writable()
 
 void tst_adhoc_copies::only_companions_that_exist_are_copied()
 {
-    test_support::write_file(source(u"a.sqlite"_s), "main");
-    test_support::write_file(source(u"a.sqlite-shm"_s), "shared");
+    evidence::write_file(source(u"a.sqlite"_s), "main");
+    evidence::write_file(source(u"a.sqlite-shm"_s), "shared");
     helper->get_adhoc_path_for_database(source(u"a.sqlite"_s));
     QCOMPARE(copies(), (QStringList{u"a.sqlite"_s, u"a.sqlite-shm"_s}));
 }
@@ -159,35 +159,35 @@ void tst_adhoc_copies::name_is_free_for_the_companions_too_data()
 void tst_adhoc_copies::name_is_free_for_the_companions_too()
 {
     QFETCH(const QString, occupant);
-    test_support::write_file(source(u"a.sqlite"_s), "main");
-    test_support::write_file(source(u"a.sqlite-wal"_s), "log");
-    test_support::make_folder(source(u"adhoc"_s));
-    test_support::write_file(source(u"adhoc/"_s + occupant), "somebody's");
+    evidence::write_file(source(u"a.sqlite"_s), "main");
+    evidence::write_file(source(u"a.sqlite-wal"_s), "log");
+    evidence::make_folder(source(u"adhoc"_s));
+    evidence::write_file(source(u"adhoc/"_s + occupant), "somebody's");
     QCOMPARE(helper->get_adhoc_path_for_database(source(u"a.sqlite"_s)),
              source(u"adhoc/1_a.sqlite"_s));
     QCOMPARE(copies(), (QStringList{u"1_a.sqlite"_s, u"1_a.sqlite-wal"_s, occupant}));
-    QCOMPARE(test_support::read_file(source(u"adhoc/"_s + occupant)), QByteArray("somebody's"));
+    QCOMPARE(evidence::read_file(source(u"adhoc/"_s + occupant)), QByteArray("somebody's"));
 }
 
 void tst_adhoc_copies::regular_file_is_copied_without_companions()
 {
-    test_support::write_file(source(u"a.sqlite"_s), "main");
-    test_support::write_file(source(u"a.sqlite-wal"_s), "log");
+    evidence::write_file(source(u"a.sqlite"_s), "main");
+    evidence::write_file(source(u"a.sqlite-wal"_s), "log");
     const QString copy = helper->get_adhoc_path_for_regular_file(source(u"a.sqlite"_s));
     QCOMPARE(copy, source(u"adhoc/a.sqlite"_s));
     QCOMPARE(copies(), QStringList{u"a.sqlite"_s});
-    QCOMPARE(test_support::read_file(copy), QByteArray("main"));
+    QCOMPARE(evidence::read_file(copy), QByteArray("main"));
 }
 
 void tst_adhoc_copies::copies_of_like_names_stand_side_by_side()
 {
     const QString path = source(u"a.bin"_s);
-    test_support::write_file(path, "first");
+    evidence::write_file(path, "first");
     QCOMPARE(helper->get_adhoc_path_for_regular_file(path), source(u"adhoc/a.bin"_s));
-    test_support::write_file(path, "second");
+    evidence::write_file(path, "second");
     QCOMPARE(helper->get_adhoc_path_for_regular_file(path), source(u"adhoc/1_a.bin"_s));
-    QCOMPARE(test_support::read_file(source(u"adhoc/a.bin"_s)), QByteArray("first"));
-    QCOMPARE(test_support::read_file(source(u"adhoc/1_a.bin"_s)), QByteArray("second"));
+    QCOMPARE(evidence::read_file(source(u"adhoc/a.bin"_s)), QByteArray("first"));
+    QCOMPARE(evidence::read_file(source(u"adhoc/1_a.bin"_s)), QByteArray("second"));
 }
 
 void tst_adhoc_copies::copy_is_refused_data()
@@ -204,7 +204,7 @@ void tst_adhoc_copies::copy_is_refused()
 {
     QFETCH(const QString, path);
     QFETCH(const QString, parent);
-    test_support::write_file(source(u"a.bin"_s), "content");
+    evidence::write_file(source(u"a.bin"_s), "content");
     const QString previous = QDir::currentPath();
     QVERIFY(QDir::setCurrent(folder->path()));
     helper->set_adhoc_parent_path(parent.isEmpty() ? parent : folder->path() + parent);
@@ -220,7 +220,7 @@ void tst_adhoc_copies::copy_is_refused()
 
 void tst_adhoc_copies::copy_is_refused_when_cancelled()
 {
-    test_support::write_file(source(u"a.bin"_s), "content");
+    evidence::write_file(source(u"a.bin"_s), "content");
     helper->set_cancel_extraction(true);
     QCOMPARE(helper->get_adhoc_path_for_regular_file(source(u"a.bin"_s)), QString());
     helper->set_cancel_extraction(false);
@@ -250,9 +250,9 @@ void tst_adhoc_copies::failed_companion_is_logged_and_the_copy_kept()
     QFETCH(const QString, failing);
     QFETCH(const QString, other);
     const QString path = source(u"a.sqlite"_s);
-    test_support::write_file(path, "main");
-    test_support::make_folder(path + failing);
-    test_support::write_file(path + other, "other");
+    evidence::write_file(path, "main");
+    evidence::make_folder(path + failing);
+    evidence::write_file(path + other, "other");
     const test_support::log_capture log;
     QCOMPARE(helper->get_adhoc_path_for_database(path), source(u"adhoc/a.sqlite"_s));
     QCOMPARE(copies(), (QStringList{u"a.sqlite"_s, u"a.sqlite"_s + other}));
@@ -268,9 +268,9 @@ void tst_adhoc_copies::failed_companion_is_logged_and_the_copy_kept()
 void tst_adhoc_copies::cancel_between_the_parts_leaves_nothing()
 {
     const QString path = source(u"a.sqlite"_s);
-    test_support::write_file(path, "main");
-    test_support::make_folder(path + u"-shm"_s);
-    test_support::write_file(path + u"-wal"_s, "log");
+    evidence::write_file(path, "main");
+    evidence::make_folder(path + u"-shm"_s);
+    evidence::write_file(path + u"-wal"_s, "log");
     const test_support::log_capture log;
     const test_support::log_line_hook hook(
         [this](const QString & /*line*/) { helper->set_cancel_extraction(true); });
@@ -280,7 +280,7 @@ void tst_adhoc_copies::cancel_between_the_parts_leaves_nothing()
 
 void tst_adhoc_copies::file_that_does_not_fit_leaves_nothing()
 {
-    test_support::write_file(source(u"big.bin"_s), QByteArray(100000, 'x'));
+    evidence::write_file(source(u"big.bin"_s), QByteArray(100000, 'x'));
     const test_support::file_size_limit limit(50000);
     QCOMPARE(helper->get_adhoc_path_for_regular_file(source(u"big.bin"_s)), QString());
     QCOMPARE(copies(), QStringList());

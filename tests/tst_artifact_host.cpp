@@ -17,6 +17,7 @@
 #include <memory>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

@@ -11,6 +11,7 @@
 #include <numeric>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What one hostile hive of 10 MB may cost: 1 GiB of memory, as much of results as a table takes

@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What the reference host chooses to read of a source, and when it finds nothing to read there.

@@ -10,6 +10,7 @@
 #include <functional>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What a guarded hive counts as read again, before libhivex is asked.

@@ -108,7 +108,7 @@ private slots:
     void instance_belongs_to_its_parent();
 
 private:
-    QString logged() const { return QString::fromLocal8Bit(test_support::read_file(log_path)); }
+    QString logged() const { return QString::fromLocal8Bit(evidence::read_file(log_path)); }
     QString log_path;
     std::optional<QTemporaryDir> folder;
     std::optional<test_support::run_context_backup> context;
@@ -119,7 +119,7 @@ void tst_debug_log::init()
     context.emplace();
     folder.emplace();
     log_path = folder->filePath(u"debug.log"_s);
-    test_support::write_file(log_path, {});
+    evidence::write_file(log_path, {});
     library::set_engine_type(0);
 }
 
@@ -250,7 +250,7 @@ void tst_debug_log::time_is_the_current_local_time()
 
 void tst_debug_log::file_keeps_what_it_held()
 {
-    test_support::write_file(log_path, "earlier\n");
+    evidence::write_file(log_path, "earlier\n");
     switch_log(true, false, true, log_path);
     library::app_debug(u"first"_s, u"void a()"_s);
     library::app_debug(u"second"_s, u"void a()"_s);
@@ -267,7 +267,7 @@ void tst_debug_log::text_is_written_in_the_local_encoding()
     const QString text = u"Größe 大小"_s;
     switch_log(true, false, true, log_path);
     library::app_debug(text, u"void a()"_s);
-    QVERIFY(test_support::read_file(log_path).endsWith("]:-- " + text.toLocal8Bit() + '\n'));
+    QVERIFY(evidence::read_file(log_path).endsWith("]:-- " + text.toLocal8Bit() + '\n'));
 }
 
 void tst_debug_log::absent_file_stays_absent_without_a_message()

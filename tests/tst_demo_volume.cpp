@@ -10,6 +10,7 @@
 #include <QProcess>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 class tst_demo_volume : public QObject

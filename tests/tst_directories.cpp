@@ -205,8 +205,8 @@ void tst_directories::copies_a_tree_with_hidden_entries()
     const test_support::log_capture log;
     library::copy_directory(work.path(u"from"_s), work.path(u"new/to"_s));
     QCOMPARE(work.entries(u"new/to"_s), work.entries(u"from"_s));
-    QCOMPARE(test_support::read_file(work.path(u"new/to/a.txt"_s)), QByteArray("first"));
-    QCOMPARE(test_support::read_file(work.path(u"new/to/b/c/deep.bin"_s)),
+    QCOMPARE(evidence::read_file(work.path(u"new/to/a.txt"_s)), QByteArray("first"));
+    QCOMPARE(evidence::read_file(work.path(u"new/to/b/c/deep.bin"_s)),
              QByteArray(3 * 1024 * 1024 + 1, '\x7f'));
     QCOMPARE(log.lines(), QStringList());
 }
@@ -218,8 +218,8 @@ void tst_directories::copy_replaces_files_and_keeps_others()
     work.file(u"to/a.txt"_s, "older and longer");
     work.file(u"to/b.txt"_s, "kept");
     library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
-    QCOMPARE(test_support::read_file(work.path(u"to/a.txt"_s)), QByteArray("new"));
-    QCOMPARE(test_support::read_file(work.path(u"to/b.txt"_s)), QByteArray("kept"));
+    QCOMPARE(evidence::read_file(work.path(u"to/a.txt"_s)), QByteArray("new"));
+    QCOMPARE(evidence::read_file(work.path(u"to/b.txt"_s)), QByteArray("kept"));
 }
 
 void tst_directories::copy_of_a_missing_directory_logs_it_data()
@@ -271,7 +271,7 @@ void tst_directories::copy_follows_a_link_to_a_file_inside_the_tree()
     work.link(u"from/link.txt"_s, u"a/file.txt"_s);
     library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
     QVERIFY(!QFileInfo(work.path(u"to/link.txt"_s)).isSymLink());
-    QCOMPARE(test_support::read_file(work.path(u"to/link.txt"_s)), QByteArray("inside"));
+    QCOMPARE(evidence::read_file(work.path(u"to/link.txt"_s)), QByteArray("inside"));
 }
 
 void tst_directories::copy_leaves_special_files_out()
@@ -299,7 +299,7 @@ void tst_directories::copy_onto_itself_changes_nothing()
 {
     const workspace work;
     work.file(u"from/file.txt"_s);
-    test_support::set_modification_time(work.path(u"from/file.txt"_s), 1500000000);
+    evidence::set_modification_time(work.path(u"from/file.txt"_s), 1500000000);
     library::copy_directory(work.path(u"from"_s), work.path(u"from/"_s));
     QCOMPARE(QFileInfo(work.path(u"from/file.txt"_s)).lastModified().toSecsSinceEpoch(),
              1500000000);
@@ -323,7 +323,7 @@ void tst_directories::copy_logs_a_destination_that_does_not_open()
     const workspace work;
     work.file(u"from/a.txt"_s);
     work.file(u"from/b.txt"_s);
-    test_support::make_folder(work.path(u"to/a.txt"_s));
+    evidence::make_folder(work.path(u"to/a.txt"_s));
     const test_support::log_capture log;
     library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
     const QStringList lines = log.lines();
@@ -355,12 +355,12 @@ void tst_directories::copy_follows_links_in_the_destination()
     work.file(u"from/a.txt"_s, "new");
     work.file(u"from/b/c.txt"_s, "new");
     work.file(u"elsewhere/target.txt"_s, "old");
-    test_support::make_folder(work.path(u"to"_s));
+    evidence::make_folder(work.path(u"to"_s));
     work.link(u"to/a.txt"_s, work.path(u"elsewhere/target.txt"_s));
     work.link(u"to/b"_s, work.path(u"elsewhere"_s));
     library::copy_directory(work.path(u"from"_s), work.path(u"to"_s));
     QVERIFY(QFileInfo(work.path(u"to/a.txt"_s)).isSymLink());
-    QCOMPARE(test_support::read_file(work.path(u"elsewhere/target.txt"_s)), QByteArray("new"));
+    QCOMPARE(evidence::read_file(work.path(u"elsewhere/target.txt"_s)), QByteArray("new"));
     QCOMPARE(work.entries(u"elsewhere"_s), (QStringList{u"c.txt"_s, u"target.txt"_s}));
 }
 
@@ -387,7 +387,7 @@ void tst_directories::cancelled_file_copy_leaves_the_destination_as_it_was()
     QFETCH(const QStringList, before);
     const workspace work;
     work.file(u"from.txt"_s, "new");
-    test_support::make_folder(work.path(u"to"_s));
+    evidence::make_folder(work.path(u"to"_s));
     for (const QString &name : before)
         work.file(u"to/"_s + name, "old");
     const auto result =
@@ -396,7 +396,7 @@ void tst_directories::cancelled_file_copy_leaves_the_destination_as_it_was()
     QCOMPARE(result.error, QString());
     QCOMPARE(work.entries(u"to"_s), before);
     for (const QString &name : before)
-        QCOMPARE(test_support::read_file(work.path(u"to/"_s + name)), QByteArray("old"));
+        QCOMPARE(evidence::read_file(work.path(u"to/"_s + name)), QByteArray("old"));
 }
 
 TEST_MAIN(tst_directories)

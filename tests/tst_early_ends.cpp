@@ -8,6 +8,7 @@
 #include <QDir>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // Where reading ends early, the log says so, and the reference host tells the examiner.

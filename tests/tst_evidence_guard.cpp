@@ -16,7 +16,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 using kind = evidence_relation::kind;
 

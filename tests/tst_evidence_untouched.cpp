@@ -12,6 +12,7 @@
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // Evidence is read and nothing else.

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 using change = void (*)(evidence_volume &);

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

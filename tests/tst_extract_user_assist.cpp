@@ -10,6 +10,7 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 using worker = windows_installed_applications_winos;

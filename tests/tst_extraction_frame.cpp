@@ -14,6 +14,7 @@
 #include <QSqlError>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What all extractors have in common, over evidence that gives each table three rows.

@@ -8,6 +8,7 @@
 #include <QSqlDatabase>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // When an extraction tells of its progress, and where it stops when it is cancelled, over evidence

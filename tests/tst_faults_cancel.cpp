@@ -11,6 +11,7 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // The examiner cancels from within every signal, and before every operation of the plug-in object.

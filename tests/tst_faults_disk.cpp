@@ -17,6 +17,7 @@
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // The result disk fills up, the database is locked, cannot be written or is not as it was made. The

@@ -11,6 +11,7 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // The process is killed while it writes. Whatever the moment, the database opens, is sound, and

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // Another process holds a lock on the result database for as long as the run lasts. SQLite's

@@ -8,6 +8,7 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // There is too little memory. A hive that does not fit is one that cannot be opened; where even

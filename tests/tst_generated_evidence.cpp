@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What the fuzzers do, with seeds that never change: the walkers over generated hives, and the

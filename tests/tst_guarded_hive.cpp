@@ -12,6 +12,7 @@
 #include <QtEndian>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What libhivex must not be asked for.

@@ -5,7 +5,7 @@
 #include "test_main.h"
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 class tst_hive_base_block : public QObject
 {

@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 class tst_hive_damage : public QObject

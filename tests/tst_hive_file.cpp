@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

@@ -28,6 +28,7 @@
 #endif
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

@@ -9,7 +9,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 class tst_host_double : public QObject

@@ -7,6 +7,7 @@
 #include "test_main.h"
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // What the host knows of the tabs agrees with what the plug-in does.

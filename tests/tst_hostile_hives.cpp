@@ -10,6 +10,7 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // Hives that nothing but malice writes: loops, shared cells, counts without measure. Each test

@@ -5,6 +5,7 @@
 #include "worker_fixture.h"
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // No row of an intact hive is lost, whatever it costs: each table has to hold what libhivex alone

@@ -53,7 +53,7 @@ const QString helper_header = u"plugin_helper_functions.h"_s;
 
 QString text_of(const QString &path)
 {
-    return QString::fromUtf8(test_support::read_file(path));
+    return QString::fromUtf8(evidence::read_file(path));
 }
 
 QString header_text(const QString &header)

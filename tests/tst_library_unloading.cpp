@@ -15,7 +15,7 @@
 #include <memory>
 
 using namespace Qt::StringLiterals;
-using namespace test_support;
+using namespace evidence;
 
 namespace {
 

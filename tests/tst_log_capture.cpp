@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 class tst_log_capture : public QObject

@@ -14,6 +14,7 @@
 #include <filesystem>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // The reference host writes to no evidence that has a second name: a hard link, a bind mount, or a

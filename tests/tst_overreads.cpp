@@ -22,6 +22,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // No hive makes the walkers or the host's check of keys, or libhivex on their behalf, read past the

@@ -4,6 +4,7 @@
 #include "walked_hive.h"
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 using icons_hive = walked_hive<parse_hidden_desktop_icons>;

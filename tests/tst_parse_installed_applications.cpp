@@ -4,6 +4,7 @@
 #include "walked_hive.h"
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 using applications_hive = walked_hive<parse_installed_applications>;

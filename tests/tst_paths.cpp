@@ -177,7 +177,7 @@ void tst_paths::size_is_shown()
 void tst_paths::available_file_counts_up()
 {
     const workspace work;
-    test_support::make_folder(work.path(u"copies"_s));
+    evidence::make_folder(work.path(u"copies"_s));
     const auto next = [&work] {
         return library::get_available_file(u"/evidence/x.sqlite"_s, work.path(u"copies"_s),
                                            u"void caller()"_s);

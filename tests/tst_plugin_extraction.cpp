@@ -7,6 +7,7 @@
 #include "windows_installed_applications.h"
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

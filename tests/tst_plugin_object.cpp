@@ -15,6 +15,7 @@
 #include <QTranslator>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 using unique_walker = std::unique_ptr<registry>;

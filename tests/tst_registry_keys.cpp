@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 using make_path = void (*)(const QString &path);

@@ -6,6 +6,7 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 class tst_registry_values : public QObject

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 class tst_result_database_reader : public QObject

@@ -15,6 +15,7 @@
 #include <QSqlQuery>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

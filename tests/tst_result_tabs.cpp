@@ -7,6 +7,7 @@
 #include <QSet>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // The contract that every result table and its extractor keep.

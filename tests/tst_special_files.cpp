@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 // Something stands where a hive should that is no regular file. Opening it could wait for ever;

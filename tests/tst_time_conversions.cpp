@@ -95,7 +95,7 @@ void tst_time_conversions::file_times_are_those_of_the_file()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"app.exe"_s);
-    test_support::write_file(path, "x");
+    evidence::write_file(path, "x");
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadWrite));
     const auto time = [](qint64 ms) { return QDateTime::fromMSecsSinceEpoch(ms); };
@@ -136,8 +136,8 @@ void tst_time_conversions::file_times_take_the_path_trimmed()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"app.exe"_s);
-    test_support::write_file(path, "x");
-    test_support::set_modification_time(path, 1500000000);
+    evidence::write_file(path, "x");
+    evidence::set_modification_time(path, 1500000000);
     QCOMPARE(library::get_posix_timestamp(u" app.exe "_s, u' ' + folder.path() + u"/ "_s)
                  .last_modification_time,
              1500000000);

@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

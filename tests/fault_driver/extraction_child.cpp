@@ -24,6 +24,7 @@
 // the end what the run took. The options let the run fail; see extraction_process.h.
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 using namespace test_support;
 
 namespace {

@@ -7,6 +7,7 @@
 namespace test_support {
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 
 namespace {
 

@@ -38,7 +38,7 @@ struct extraction_outcome
 class extraction_process
 {
 public:
-    extraction_process(const evidence_volume &volume, const QString &result_folder);
+    extraction_process(const evidence::evidence_volume &volume, const QString &result_folder);
 
     /// Accounts besides those that the volume knows.
     extraction_process &accounts(const QStringList &names);

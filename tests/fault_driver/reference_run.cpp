@@ -12,6 +12,7 @@
 namespace test_support {
 
 using namespace Qt::StringLiterals;
+using namespace evidence;
 
 reference_run::reference_run() : reference_run(add_sample_evidence)
 {

@@ -18,9 +18,9 @@ public:
     reference_run();
 
     /// A volume with whatever evidence `add_evidence` adds.
-    explicit reference_run(const std::function<void(evidence_volume &)> &add_evidence);
+    explicit reference_run(const std::function<void(evidence::evidence_volume &)> &add_evidence);
 
-    const evidence_volume &volume() const { return m_volume; }
+    const evidence::evidence_volume &volume() const { return m_volume; }
 
     /// A result folder that does not exist yet and goes with the object.
     QString fresh_folder();
@@ -38,7 +38,7 @@ public:
     const extraction_outcome &outcome() const { return m_outcome; }
 
 private:
-    evidence_volume m_volume;
+    evidence::evidence_volume m_volume;
     QTemporaryDir m_folder;
     int m_folders = 0;
     QHash<QString, QList<QStringList>> m_rows;
@@ -51,7 +51,7 @@ constexpr int many_row_count = 4000;
 
 /// Adds more rows than SQLite keeps in memory: it writes some into the file while others are still
 /// inserted.
-void add_many_applications(evidence_volume &volume);
+void add_many_applications(evidence::evidence_volume &volume);
 
 /// Where the plug-in puts the database below a result folder.
 QString database_in(const QString &result_folder);

@@ -1,0 +1,24 @@
+#include "hive_generator.h"
+
+#include "grown_hive.h"
+#include "random_damage.h"
+
+namespace evidence {
+
+namespace {
+
+/// A large hive would leave nothing to choose its damage with.
+constexpr qsizetype damage_choices_size = 64;
+
+} // namespace
+
+generated_hive generate_hive(byte_choices &choices, hive_kind kind)
+{
+    byte_choices damage_choices = choices.part(damage_choices_size);
+    grown_hive hive(choices, kind);
+    hive_damage damage(hive.bytes());
+    const QStringList names = damage_by_choices(damage, hive, damage_choices);
+    return {damage.bytes(), names};
+}
+
+} // namespace evidence
