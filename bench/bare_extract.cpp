@@ -45,8 +45,13 @@ void warm_up()
 
 int main(int argc, char *argv[])
 {
+    if (argc == 2 && std::string(argv[1]) == "--tabs") {
+        for (const bare_tab &tab : tabs)
+            std::printf("%s\n", tab.name.c_str());
+        return 0;
+    }
     if (argc != 4) {
-        std::fprintf(stderr, "usage: bare_extract SOURCE/ DATABASE ACCOUNT\n");
+        std::fprintf(stderr, "usage: bare_extract SOURCE/ DATABASE ACCOUNT | --tabs\n");
         return 2;
     }
     try {

@@ -37,7 +37,7 @@ struct driven_run
     QString result_directory;
     QString account;
     QString debug_log; ///< an existing file, or empty
-    QStringList tabs;
+    QStringList tabs;  ///< empty for all
 };
 
 /// Qt loads its SQLite driver when it is first used; a host has long done so.
@@ -90,7 +90,7 @@ driven_run parsed(const QApplication &application)
             arguments.at(2),
             arguments.at(3),
             parser.value(u"debug-log"_s),
-            parser.isSet(u"tab"_s) ? parser.values(u"tab"_s) : host_tab_names()};
+            parser.values(u"tab"_s)};
 }
 
 } // namespace
@@ -106,12 +106,14 @@ int main(int argc, char *argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
-    const driven_run run = parsed(application);
+    driven_run run = parsed(application);
     const loaded_plugin plugin = load_plugin(run.plugin_file);
     if (plugin.object == nullptr) {
         std::fprintf(stderr, "extract_driver: %s\n", qPrintable(plugin.failure));
         return 1;
     }
+    if (run.tabs.isEmpty())
+        run.tabs = names_of(tabs_of(*plugin.object));
     warm_up();
     set_up(*plugin.object, run);
     const tab_meter meter(run.tabs);

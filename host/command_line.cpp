@@ -1,9 +1,6 @@
 #include "command_line.h"
 
 #include <QCommandLineParser>
-
-#include "host_tabs.h"
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -37,8 +34,7 @@ Options:
   --user NAME       Account to read: the name of its folder in SOURCE/Users. May
                     be repeated. Without it, all that hold an NTUSER.DAT or a
                     package folder.
-  --tab NAME        Tab to fill. May be repeated. Without it, all of:
-                    %1
+  --tab NAME        Tab to fill. May be repeated. Without it, all%1
   --debug-log FILE  Append the plug-in's debug log to FILE.
   --plugin FILE     Plug-in library to load. Without it, the one beside this
                     program, or in ../plugin or ../lib from there.
@@ -82,11 +78,6 @@ QString misuse_of(const extract_options &options)
             return u"\"%1\" is no account name: give the name of a folder in SOURCE/Users"_s.arg(
                 user);
     }
-    const QStringList known = host_tab_names();
-    for (const QString &tab : options.tabs) {
-        if (!known.contains(tab))
-            return u"unknown tab \"%1\"; the tabs are %2"_s.arg(tab, known.join(", "_L1));
-    }
     return {};
 }
 
@@ -106,8 +97,7 @@ public:
         if (!m_parser.parse(QStringList(u"artifact_host"_s) + arguments))
             return misused(m_parser.errorText());
         if (m_parser.isSet(m_help))
-            return shown(extract_help.arg(host_tab_names().join("\n                    "_L1)) +
-                         exit_code_help);
+            return {std::nullopt, {}, exit_complete, m_parser.value(m_plugin)};
         const QStringList sources = m_parser.positionalArguments();
         if (sources.size() != 1)
             return misused(u"extract takes one SOURCE, but %1 were given"_s.arg(sources.size()));
@@ -128,7 +118,7 @@ private:
         options.result_directory = m_parser.value(m_result);
         options.users = m_parser.values(m_user);
         options.users.removeDuplicates();
-        options.tabs = m_parser.isSet(m_tab) ? m_parser.values(m_tab) : host_tab_names();
+        options.tabs = m_parser.values(m_tab);
         options.debug_log = m_parser.value(m_debug_log);
         options.plugin_file = m_parser.value(m_plugin);
         options.keep_rows = m_parser.isSet(m_keep_rows);
@@ -156,6 +146,13 @@ private:
 };
 
 } // namespace
+
+QString extract_help_text(const QStringList &tabs)
+{
+    const QString indent = u"\n                    "_s;
+    return extract_help.arg(tabs.isEmpty() ? u"."_s : " of:"_L1 + indent + tabs.join(indent)) +
+           exit_code_help;
+}
 
 command_line parse_command_line(const QStringList &arguments)
 {

@@ -14,20 +14,26 @@ struct extract_options
     QString source;
     QString result_directory;
     QStringList users;   ///< account folder names, each once; empty for all that are found
-    QStringList tabs;    ///< known tab names, never empty
+    QStringList tabs;    ///< as they were given; empty for all
     QString debug_log;   ///< empty for none
     QString plugin_file; ///< empty to look beside the program
     bool keep_rows = false;
     bool quiet = false;
 };
 
-/// A command line, understood: either a run to make or a text to show.
+/// A command line, understood: a run to make, help that names the plug-in's tabs, or a text to
+/// show.
 struct command_line
 {
-    std::optional<extract_options> extract; ///< set when a run is asked for
-    QString text;                           ///< otherwise help, the version, or what is wrong
-    exit_code code = exit_complete;
+    std::optional<extract_options> extract;       ///< set when a run is asked for
+    QString text;                                 ///< help, the version, or what is wrong
+    exit_code code = exit_complete;               ///< what the program ends with after the text
+    std::optional<QString> help_with_plugin = {}; ///< the plug-in whose tabs the help shall name
 };
+
+/// The help of the `extract` command; `tabs` are those that the plug-in fills, if it could be
+/// asked.
+QString extract_help_text(const QStringList &tabs);
 
 /// Reads the program's arguments, without the program's own name. It touches no file.
 command_line parse_command_line(const QStringList &arguments);

@@ -70,18 +70,40 @@ qint64 size_of_largest_hive(const source_volume &volume, const QStringList &acco
     return largest;
 }
 
+/// The tabs to fill, or why there are none.
+struct chosen_tabs
+{
+    QList<host_tab> tabs;
+    std::optional<refusal> refused;
+};
+
+chosen_tabs choose_tabs(const artifact_plugin &plugin, const QStringList &names)
+{
+    const QList<host_tab> tabs = tabs_of(plugin);
+    if (tabs.isEmpty())
+        return {{}, refusal{exit_plugin, u"the plug-in does not tell which tabs it fills"_s}};
+    const QStringList known = names_of(tabs);
+    for (const QString &name : names) {
+        if (!known.contains(name))
+            return {{},
+                    refusal{exit_usage, u"unknown tab \"%1\"; the tabs are %2"_s.arg(
+                                            name, known.join(", "_L1))}};
+    }
+    return {names.isEmpty() ? tabs : tabs_named(tabs, names), std::nullopt};
+}
+
 /// Chooses what to read; the accounts and tabs that a link leads out of are not among it.
-prepared_run choose_input(const source_volume &volume, const extract_options &options)
+prepared_run choose_input(const source_volume &volume, const extract_options &options,
+                          const QList<host_tab> &tabs)
 {
     prepared_run run;
     account_selection selection = select_accounts(volume, options.users);
     run.warnings = selection.warnings;
-    run.tabs = tabs_within(volume, tabs_named(options.tabs), run.warnings);
+    run.tabs = tabs_within(volume, tabs, run.warnings);
     run.warnings += precheck_warnings(volume, selection.accounts, run.tabs);
     run.plan.source_root = volume.root();
     run.plan.accounts = selection.accounts;
-    for (const host_tab &tab : std::as_const(run.tabs))
-        run.plan.tabs.append(tab.name);
+    run.plan.tabs = names_of(run.tabs);
     run.plan.keep_rows = options.keep_rows;
     return run;
 }
@@ -149,15 +171,18 @@ exit_code extract(const extract_options &options)
     if (const auto refused = check_source(options.source))
         return refuse(*refused);
     const source_volume volume(options.source);
-    prepared_run run = choose_input(volume, options);
+    const loaded_plugin plugin = load_plugin(options.plugin_file);
+    if (plugin.object == nullptr)
+        return refuse({exit_plugin, plugin.failure});
+    const chosen_tabs chosen = choose_tabs(*plugin.object, options.tabs);
+    if (chosen.refused)
+        return refuse(*chosen.refused);
+    prepared_run run = choose_input(volume, options, chosen.tabs);
     if (!is_anything_to_read(volume, run)) {
         print_warnings(run.warnings); // they may tell why
         return refuse(nothing_to_read(volume));
     }
     keep_hive_memory_mapped(size_of_largest_hive(volume, run.plan.accounts));
-    const loaded_plugin plugin = load_plugin(options.plugin_file);
-    if (plugin.object == nullptr)
-        return refuse({exit_plugin, plugin.failure});
     if (const auto refused =
             choose_output(volume, options, plugin.object->pub_get_artifact_name(), run))
         return refuse(*refused);

@@ -1,76 +1,80 @@
 #include "host_tabs.h"
 
+#include <QObject>
+#include <QVariant>
+
 #include <algorithm>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QString explorer_key(const QString &name)
+std::optional<tab_input> input_named(const QString &name)
 {
-    return u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"_s + name;
+    if (name == "software_hive"_L1)
+        return tab_input::software_hive;
+    if (name == "user_hives"_L1)
+        return tab_input::user_hive;
+    if (name == "package_folders"_L1)
+        return tab_input::package_folder;
+    return std::nullopt;
 }
 
-listed_key values_of(const QString &key_path)
+listed_key key_of(const QVariantMap &description)
 {
-    return {key_path, 0, 0};
+    return {description.value(u"path"_s).toString(),
+            description.value(u"first_value_level"_s).toInt(),
+            description.value(u"last_level"_s).toInt()};
 }
 
-listed_key values_of_subkeys_of(const QString &key_path)
+std::optional<host_tab> tab_of(const QVariantMap &description)
 {
-    return {key_path, 1, 1};
-}
-
-/// Class ids, whose own values count for nothing, and everything below their subkeys.
-listed_key user_assist()
-{
-    return {explorer_key(u"UserAssist"_s), 2, listed_key::all_levels};
+    const QString name = description.value(u"name"_s).toString();
+    const auto input = input_named(description.value(u"input"_s).toString());
+    if (name.isEmpty() || !input)
+        return std::nullopt;
+    host_tab tab{name, *input, {}};
+    for (const QVariant &key : description.value(u"keys"_s).toList())
+        tab.keys.append(key_of(key.toMap()));
+    return tab;
 }
 
 } // namespace
 
-const QList<host_tab> &host_tabs()
+QList<host_tab> tabs_of(const QObject &plugin)
 {
-    static const QList<host_tab> tabs{
-        {u"install_apps_64"_s,
-         tab_input::software_hive,
-         {values_of_subkeys_of(u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)}},
-        {u"install_apps_32"_s,
-         tab_input::software_hive,
-         {values_of_subkeys_of(u"WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_s)}},
-        {u"uninstall_apps"_s, tab_input::user_hive, {user_assist()}},
-        {u"registered_apps"_s, tab_input::software_hive, {values_of(u"RegisteredApplications"_s)}},
-        {u"metro_apps"_s, tab_input::package_folder, {}},
-        {u"previously_executed_apps"_s, tab_input::user_hive, {user_assist()}},
-        {u"third_party_applications"_s,
-         tab_input::user_hive,
-         {values_of(
-             u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\AppCompatFlags\\Compatibility Assistant\\Store"_s)}},
-        // The icons, and the keys that name them.
-        {u"hidden_desktop_icons_app"_s,
-         tab_input::user_hive,
-         {values_of_subkeys_of(explorer_key(u"HideDesktopIcons"_s)),
-          values_of_subkeys_of(explorer_key(u"Desktop\\NameSpace"_s))}},
-    };
+    return described_tabs(plugin.property("artifacts").toList());
+}
+
+QList<host_tab> described_tabs(const QVariantList &descriptions)
+{
+    QList<host_tab> tabs;
+    for (const QVariant &description : descriptions) {
+        const auto tab = tab_of(description.toMap());
+        if (!tab)
+            return {};
+        tabs.append(*tab);
+    }
     return tabs;
 }
 
-QStringList host_tab_names()
+QStringList names_of(const QList<host_tab> &tabs)
 {
     QStringList names;
-    for (const host_tab &tab : host_tabs())
+    for (const host_tab &tab : tabs)
         names.append(tab.name);
     return names;
 }
 
-QList<host_tab> tabs_named(const QStringList &names)
+QList<host_tab> tabs_named(const QList<host_tab> &tabs, const QStringList &names)
 {
-    QList<host_tab> tabs;
-    for (const host_tab &tab : host_tabs()) {
+    QList<host_tab> named;
+    for (const host_tab &tab : tabs) {
         if (names.contains(tab.name))
-            tabs.append(tab);
+            named.append(tab);
     }
-    return tabs;
+    return named;
 }
 
 bool any_reads(const QList<host_tab> &tabs, tab_input input)

@@ -4,8 +4,11 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 
 #include "key_check.h"
+
+class QObject;
 
 /// What a tab is filled from.
 enum class tab_input
@@ -23,14 +26,18 @@ struct host_tab
     QList<listed_key> keys; ///< the registry keys that it lists; none when it reads no hive
 };
 
-/// All tabs, in the order in which the plug-in fills them.
-const QList<host_tab> &host_tabs();
+/// The tabs that the plug-in object tells of in its property "artifacts", in the order in which it
+/// fills them. Empty when it tells of none, or of one that this program does not understand.
+QList<host_tab> tabs_of(const QObject &plugin);
 
-/// The names of all tabs, in that order.
-QStringList host_tab_names();
+/// The tabs that such a property describes.
+QList<host_tab> described_tabs(const QVariantList &descriptions);
 
-/// The tabs among `names`, each once and in the order in which the plug-in fills them.
-QList<host_tab> tabs_named(const QStringList &names);
+/// The names of the tabs.
+QStringList names_of(const QList<host_tab> &tabs);
+
+/// The tabs among those of the plug-in that `names` has, each once and in the plug-in's order.
+QList<host_tab> tabs_named(const QList<host_tab> &tabs, const QStringList &names);
 
 /// Whether one of `tabs` is filled from `input`.
 bool any_reads(const QList<host_tab> &tabs, tab_input input);

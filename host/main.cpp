@@ -5,6 +5,8 @@
 #include "command_line.h"
 #include "console.h"
 #include "extract_command.h"
+#include "host_tabs.h"
+#include "plugin_library.h"
 
 using namespace Qt::StringLiterals;
 
@@ -35,10 +37,20 @@ exit_code show(const command_line &command)
     return command.code;
 }
 
+/// Help is shown whether or not the plug-in can be asked for its tabs.
+exit_code show_help(const QString &plugin_file)
+{
+    const loaded_plugin plugin = load_plugin(plugin_file);
+    const QList<host_tab> tabs =
+        plugin.object == nullptr ? QList<host_tab>() : tabs_of(*plugin.object);
+    write_line(stdout, extract_help_text(names_of(tabs)));
+    return exit_complete;
+}
+
 exit_code run(int argc, char **argv)
 {
     const command_line command = parse_command_line(arguments_of(argc, argv));
-    if (!command.extract)
+    if (!command.extract && !command.help_with_plugin)
         return show(command);
     qInstallMessageHandler(show_qt_message);
     // A plug-in is a widget, which no examiner needs to see.
@@ -47,7 +59,7 @@ exit_code run(int argc, char **argv)
     // Qt would take options of its own out of the arguments, which are the examiner's alone.
     int program_name_only = 1;
     const QApplication application(program_name_only, argv);
-    return extract(*command.extract);
+    return command.extract ? extract(*command.extract) : show_help(*command.help_with_plugin);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "windows_installed_applications.h"
 
+#include "artifact_list.h"
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
 #include "ui_windows_installed_applications.h"
@@ -37,6 +38,7 @@ windows_installed_applications::windows_installed_applications(QWidget *parent)
             this, &windows_installed_applications::slot_total_tabs_processed);
 
     helper_obj = new plugin_helper_functions(this);
+    setProperty("artifacts", described_artifacts());
 }
 
 windows_installed_applications::~windows_installed_applications()

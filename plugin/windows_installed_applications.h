@@ -23,6 +23,9 @@ class windows_installed_applications_winos;
 /// them, pub_set_essentials() first and pub_find_source_file() before pub_extract_artifacts();
 /// nothing is checked. Nothing is thrown and nothing returned: failures are lines of the debug log.
 /// All calls come on one thread, and signals are delivered synchronously.
+///
+/// A host that wants to know what the plug-in extracts reads the object's dynamic property
+/// "artifacts", see described_artifacts().
 class windows_installed_applications : public QFrame
 {
     Q_OBJECT
@@ -80,7 +83,7 @@ public:
     void set_destination_location(QString result_dir);
     /// Logs its start, runs create_db_tables() and logs its end.
     void create_destination_database();
-    /// Creates those of the eight tables that are missing. A failure is logged and the next table
+    /// Creates those of the tables that are missing. A failure is logged and the next table
     /// tried.
     void create_db_tables();
     /// Deletes all rows of the selected tables; stops when cancelled.

@@ -1,3 +1,4 @@
+#include "artifact_list.h"
 #include "named_connection.h"
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
@@ -64,10 +65,11 @@ void windows_installed_applications::create_db_tables()
     }
     database.transaction();
     lock_wait wait;
-    for (const result_tab *tab : windows_installed_applications_winos::result_tabs()) {
-        if (!execute_in_operation_by_dbreference(tab->create_statement, database, caller, wait))
+    for (const artifact *extracted : artifact_list()) {
+        const result_tab &table = extracted->table;
+        if (!execute_in_operation_by_dbreference(table.create_statement, database, caller, wait))
             plugin_static_function::app_debug(
-                " table creation -----FAILED---- "_L1 + QString(tab->name), caller);
+                " table creation -----FAILED---- "_L1 + QString(table.name), caller);
     }
     // There is nothing to commit under the lock that kept the tables out; a reader may keep the
     // commit of what was created.

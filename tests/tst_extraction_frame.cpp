@@ -288,16 +288,15 @@ void tst_extraction_frame::tells_user_and_source_file_by_the_root_as_it_stands_d
         row("another root of this length", u"OTHER/"_s, u"ann"_s, source_file_elsewhere);
     };
     const QString software = u"/Windows/System32/config/SOFTWARE"_s;
-    for (const QString &tab : {u"install_apps_64"_s, u"install_apps_32"_s, u"registered_apps"_s})
+    for (const QString &tab : tabs_read_from(artifact_input::software_hive))
         rows_of_tab(tab, software, u"ROOT"_s + software);
     const QString hive = u"/Users/ann/NTUSER.DAT"_s;
-    for (const QString &tab :
-         {u"uninstall_apps"_s, u"previously_executed_apps"_s, u"hidden_desktop_icons_app"_s})
-        rows_of_tab(tab, hive, u"ROOT"_s + hive);
+    for (const QString &tab : tabs_read_from(artifact_input::user_hives)) {
+        const bool is_cut = artifact_named(tab).source_file_path == root_removal::by_its_length;
+        rows_of_tab(tab, hive, is_cut ? hive : u"ROOT"_s + hive);
+    }
     const QString packages = u"/Users/ann/AppData/Local/Packages/"_s;
     rows_of_tab(u"metro_apps"_s, packages, u"ROOT"_s + packages);
-    // The one extractor that cuts by length alone.
-    rows_of_tab(u"third_party_applications"_s, hive, hive);
 }
 
 void tst_extraction_frame::tells_user_and_source_file_by_the_root_as_it_stands()

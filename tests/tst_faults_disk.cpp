@@ -137,7 +137,7 @@ bool begins_like_a_failure(const QString &message)
 {
     static const QStringList beginnings = [] {
         QStringList all = failure_beginnings() + error_beginnings();
-        for (const result_tab *tab : windows_installed_applications_winos::result_tabs())
+        for (const result_tab *tab : result_tabs())
             all << tab->log_line(tab->insert_failure) << opening_failure(*tab);
         return all;
     }();
@@ -544,7 +544,7 @@ void tst_faults_disk::result_folder_removed_after_each_tab()
     host_double host(m_reference->volume());
     const QString moment = tab == 0 ? u"records 0"_s : u"tabs %1"_s.arg(tab);
     const QStringList lines = log_when_the_result_folder_goes(host, moment);
-    const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
+    const QList<const result_tab *> tabs = result_tabs();
     for (qsizetype i = tab; i < tabs.size(); ++i) {
         const QString failure = tabs[i]->log_line("Destination Db opening failed "_L1);
         QCOMPARE(lines.value(lines.indexOf(failure) + 1),
@@ -573,7 +573,7 @@ void tst_faults_disk::result_folder_removed_between_rows()
         many.emplace(add_many_applications);
     host_double host(many ? many->volume() : m_reference->volume(), row_progress::every_row);
     const QStringList lines = log_when_the_result_folder_goes(host, moment);
-    const QList<const result_tab *> tabs = windows_installed_applications_winos::result_tabs();
+    const QList<const result_tab *> tabs = result_tabs();
     QCOMPARE(lines_of_run(lines, *tabs.first()), QStringList());
     for (const result_tab *tab : tabs)
         QCOMPARE(lines.count(tab->log_line("Destination Db opening failed "_L1)),

@@ -9,6 +9,7 @@
 #include "parse_hidden_desktop_icons.h"
 #include "parse_installed_applications.h"
 #include "parse_user_assist.h"
+#include "plugin_tabs.h"
 #include "sample_evidence.h"
 #include "test_main.h"
 #include "unread_keys.h"
@@ -308,11 +309,11 @@ void tst_hive_opening::reads_every_hive_of_a_run_into_memory()
         watches.push_back(std::make_unique<file_watch>(hive));
 
     const source_volume source(volume.root());
-    precheck_warnings(source, volume.accounts(), host_tabs());
+    precheck_warnings(source, volume.accounts(), plugin_tabs());
     host_double(volume).run();
     QVERIFY(!openings.isEmpty());
     QVERIFY(open_hives.isEmpty());
-    unread_key_warnings(source, volume.accounts(), host_tabs());
+    unread_key_warnings(source, volume.accounts(), plugin_tabs());
 
     for (const hive_opening &opening : std::as_const(openings))
         QCOMPARE(opening.flags, read_into_memory);

@@ -4,6 +4,7 @@
 #include "evidence_volume.h"
 #include "files.h"
 #include "hive_damage.h"
+#include "plugin_tabs.h"
 #include "test_main.h"
 
 #include <QTemporaryDir>
@@ -187,7 +188,7 @@ void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read_data()
     QTest::newRow("user assist entries need the users' hives")
         << QStringList{u"uninstall_apps"_s} << users;
     QTest::newRow("packages need no hive") << QStringList{u"metro_apps"_s} << QStringList();
-    QTest::newRow("all tabs need all hives") << host_tab_names() << software + users;
+    QTest::newRow("all tabs need all hives") << names_of(plugin_tabs()) << software + users;
 }
 
 void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read()
@@ -195,9 +196,9 @@ void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read()
     QFETCH(QStringList, tabs);
     QFETCH(QStringList, warnings);
     const evidence_volume volume;
-    QCOMPARE(
-        precheck_warnings(source_volume(volume.root()), {u"ann"_s, u"bob"_s}, tabs_named(tabs)),
-        warnings);
+    QCOMPARE(precheck_warnings(source_volume(volume.root()), {u"ann"_s, u"bob"_s},
+                               tabs_named(plugin_tabs(), tabs)),
+             warnings);
 }
 
 void tst_hive_precheck::looks_at_the_backup_only_when_it_is_needed_data()
@@ -230,7 +231,7 @@ void tst_hive_precheck::looks_at_the_backup_only_when_it_is_needed()
     evidence_volume volume;
     volume.file(u"Windows/System32/config/SOFTWARE"_s, software);
     volume.file(u"Windows/System32/config/RegBack/SOFTWARE"_s, backup);
-    QCOMPARE(precheck_warnings(source_volume(volume.root()), {}, host_tabs()), warnings);
+    QCOMPARE(precheck_warnings(source_volume(volume.root()), {}, plugin_tabs()), warnings);
 }
 
 TEST_MAIN(tst_hive_precheck)

@@ -1,10 +1,10 @@
-#include "host_tabs.h"
-
 #include "host_double.h"
+#include "plugin_tabs.h"
 #include "result_database.h"
 #include "result_file.h"
 #include "sample_evidence.h"
 #include "test_main.h"
+#include "windows_installed_applications.h"
 
 using namespace Qt::StringLiterals;
 using namespace evidence;
@@ -17,13 +17,36 @@ class tst_host_tabs : public QObject
 
 private slots:
     void are_the_tables_of_the_plug_in();
+    void are_none_when_the_plug_in_does_not_tell_them_data();
+    void are_none_when_the_plug_in_does_not_tell_them();
     void name_the_keys_that_the_plug_in_reads();
     void are_chosen_in_their_own_order();
 };
 
 void tst_host_tabs::are_the_tables_of_the_plug_in()
 {
-    QCOMPARE(host_tab_names(), all_tabs());
+    const windows_installed_applications plugin;
+    QCOMPARE(names_of(tabs_of(plugin)), all_tabs());
+}
+
+void tst_host_tabs::are_none_when_the_plug_in_does_not_tell_them_data()
+{
+    QTest::addColumn<QVariant>("told");
+    const QVariantMap known{{u"name"_s, u"a"_s}, {u"input"_s, u"user_hives"_s}};
+    const QVariantMap nameless{{u"input"_s, u"user_hives"_s}};
+    const QVariantMap foreign{{u"name"_s, u"b"_s}, {u"input"_s, u"event_logs"_s}};
+    QTest::newRow("nothing") << QVariant();
+    QTest::newRow("another kind of value") << QVariant(u"install_apps_64"_s);
+    QTest::newRow("a tab without a name") << QVariant(QVariantList{known, nameless});
+    QTest::newRow("an input of a later version") << QVariant(QVariantList{known, foreign});
+}
+
+void tst_host_tabs::are_none_when_the_plug_in_does_not_tell_them()
+{
+    QFETCH(const QVariant, told);
+    QObject plugin;
+    plugin.setProperty("artifacts", told);
+    QCOMPARE(names_of(tabs_of(plugin)), QStringList());
 }
 
 void tst_host_tabs::name_the_keys_that_the_plug_in_reads()
@@ -34,7 +57,7 @@ void tst_host_tabs::name_the_keys_that_the_plug_in_reads()
     host_double host(volume);
     host.run();
     const result_database database(host.database_path());
-    for (const host_tab &tab : host_tabs()) {
+    for (const host_tab &tab : plugin_tabs()) {
         if (tab.input == tab_input::package_folder)
             continue;
         const bool is_users = tab.input == tab_input::user_hive;
@@ -47,10 +70,9 @@ void tst_host_tabs::name_the_keys_that_the_plug_in_reads()
 
 void tst_host_tabs::are_chosen_in_their_own_order()
 {
-    QStringList names;
-    for (const host_tab &tab : tabs_named({u"metro_apps"_s, u"none"_s, u"install_apps_32"_s}))
-        names.append(tab.name);
-    QCOMPARE(names, (QStringList{u"install_apps_32"_s, u"metro_apps"_s}));
+    const QStringList wanted{u"metro_apps"_s, u"none"_s, u"install_apps_32"_s};
+    QCOMPARE(names_of(tabs_named(plugin_tabs(), wanted)),
+             (QStringList{u"install_apps_32"_s, u"metro_apps"_s}));
 }
 
 TEST_MAIN(tst_host_tabs)

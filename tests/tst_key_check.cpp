@@ -4,7 +4,7 @@
 #include "files.h"
 #include "hive_builder.h"
 #include "hive_damage.h"
-#include "host_tabs.h"
+#include "plugin_tabs.h"
 #include "test_main.h"
 
 #include <QTemporaryDir>
@@ -204,7 +204,7 @@ void tst_key_check::finds_nothing_in_large_intact_hives()
         hive.key(name_space_key + u'\\' + id).text(u""_s, u"Recycle Bin"_s);
     }
     const checked_file file(hive.bytes());
-    for (const host_tab &tab : host_tabs())
+    for (const host_tab &tab : plugin_tabs())
         QCOMPARE(key_findings(file.path(), tab.keys), QStringList());
 }
 
@@ -215,7 +215,7 @@ void tst_key_check::tells_what_hides_the_name_of_an_icon()
     hidden.dword(u"{1}"_s, 1).dword(u"{2}"_s, 1).dword(u"{absent}"_s, 1).dword(u""_s, 1);
     hive_key &first = hive.key(name_space_key + u"\\{1}"_s).text(u""_s, u"name"_s);
     hive.key(name_space_key + u"\\{2}"_s).text(u""_s, u"name"_s);
-    const QList<listed_key> keys = host_tabs().last().keys;
+    const QList<listed_key> keys = plugin_tabs().last().keys;
     QCOMPARE(key_findings(checked_file(hive.bytes()).path(), keys), QStringList());
     hive_damage damage(hive.bytes());
     damage.value_count(first.cells().key, 1000);

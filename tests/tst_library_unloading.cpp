@@ -1,6 +1,6 @@
 #include "artifact_plugin_interface.h"
 #include "files.h"
-#include "sample_evidence.h"
+#include "sample_rows.h"
 #include "test_main.h"
 
 #include <QLabel>
@@ -47,16 +47,23 @@ private:
     void *m_library;
 };
 
+/// What the plug-in tells of its artefacts, and a copy as a host keeps it.
+QVariantList told_artifacts()
+{
+    return loaded_library().create_object()->property("artifacts").toList();
+}
+
 /// Evidence for every table, and where the results go.
 struct case_folder
 {
+    const QVariantList artifacts = told_artifacts();
     evidence_volume volume;
     QTemporaryDir results;
     const QString log = results.filePath(u"debug.log"_s);
 
     case_folder()
     {
-        add_sample_evidence(volume);
+        add_sample_rows(volume, artifacts);
         volume.write();
         write_file(log, {});
     }
@@ -66,19 +73,15 @@ struct case_folder
         return results.path() +
                u"/Artifacts_Result/Windows_Installed_Applications/Windows_Installed_Applications.sqlite"_s;
     }
-};
 
-QStringList all_tabs()
-{
-    return {u"install_apps_64"_s,
-            u"install_apps_32"_s,
-            u"uninstall_apps"_s,
-            u"registered_apps"_s,
-            u"metro_apps"_s,
-            u"previously_executed_apps"_s,
-            u"third_party_applications"_s,
-            u"hidden_desktop_icons_app"_s};
-}
+    QStringList tabs() const
+    {
+        QStringList names;
+        for (const QVariant &artifact : artifacts)
+            names.append(artifact.toMap().value(u"name"_s).toString());
+        return names;
+    }
+};
 
 struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info source_of(const case_folder &folder,
                                                               const QString &scheme)
@@ -107,7 +110,8 @@ void set_up(artifact_plugin &plugin, const case_folder &folder, const QString &s
     plugin.pub_set_source_count(1);
     plugin.pub_set_ios_uid_backup_pointer(nullptr);
     plugin.pub_set_extended_attributes_list({u"attribute"_s});
-    plugin.pub_set_essential_for_arken_desk_extraction(all_tabs() + QStringList{u"no table"_s}, {});
+    plugin.pub_set_essential_for_arken_desk_extraction(folder.tabs() + QStringList{u"no table"_s},
+                                                       {});
     plugin.pub_set_result_directory(folder.results.path());
 }
 
@@ -182,6 +186,7 @@ private slots:
     void connections_can_be_added_beside_those_left_behind();
     void types_can_be_looked_up();
     void name_of_the_artefact_lives_on();
+    void description_of_the_artefacts_lives_on();
     void library_can_be_loaded_again();
     void widgets_can_be_made();
 };
@@ -207,10 +212,11 @@ void tst_library_unloading::cleanup()
 
 void tst_library_unloading::connections_can_be_listed_and_removed()
 {
-    live_once(case_folder());
+    const case_folder folder;
+    live_once(folder);
     QVERIFY(!is_loaded());
     const QStringList names = QSqlDatabase::connectionNames();
-    QCOMPARE(names.size(), all_tabs().size() + 2); // and those for creating and clearing
+    QCOMPARE(names.size(), folder.tabs().size() + 2); // and those for creating and clearing
     for (const QString &name : names) {
         QVERIFY(QSqlDatabase::contains(name));
         const QSqlDatabase database = QSqlDatabase::database(name, false);
@@ -232,7 +238,7 @@ void tst_library_unloading::connections_can_be_added_beside_those_left_behind()
     // So many that the list is searched and grown.
     for (int number = 0; number < 200; ++number)
         QSqlDatabase::addDatabase(u"QSQLITE"_s, u"host "_s + QString::number(number));
-    for (const QString &table : all_tabs())
+    for (const QString &table : folder.tabs())
         QCOMPARE(count_rows(folder.database(), table), int(sample_row_count));
     for (int number = 0; number < 200; ++number)
         QSqlDatabase::removeDatabase(u"host "_s + QString::number(number));
@@ -267,15 +273,28 @@ void tst_library_unloading::name_of_the_artefact_lives_on()
     QCOMPARE(name, u"Windows Installed Applications"_s);
 }
 
+void tst_library_unloading::description_of_the_artefacts_lives_on()
+{
+    const QVariantList artifacts = told_artifacts();
+    QVERIFY(!is_loaded());
+    const QVariantMap first = artifacts.value(0).toMap();
+    QCOMPARE(first.keys(), (QStringList{u"input"_s, u"keys"_s, u"name"_s}));
+    QCOMPARE(first.value(u"name"_s).toString(), u"install_apps_64"_s);
+    QCOMPARE(first.value(u"input"_s).toString(), u"software_hive"_s);
+    const QVariantMap key = first.value(u"keys"_s).toList().value(0).toMap();
+    QCOMPARE(key.keys(), (QStringList{u"first_value_level"_s, u"last_level"_s, u"path"_s}));
+    QCOMPARE(key.value(u"path"_s).toString(), u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s);
+}
+
 void tst_library_unloading::library_can_be_loaded_again()
 {
     for (int life = 0; life < 3; ++life) {
         const case_folder folder;
         live_once(folder);
         QVERIFY(!is_loaded());
-        for (const QString &table : all_tabs())
+        for (const QString &table : folder.tabs())
             QCOMPARE(count_rows(folder.database(), table), int(sample_row_count));
-        QCOMPARE(QSqlDatabase::connectionNames().size(), all_tabs().size() + 2);
+        QCOMPARE(QSqlDatabase::connectionNames().size(), folder.tabs().size() + 2);
     }
 }
 

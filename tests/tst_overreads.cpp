@@ -9,8 +9,8 @@
 #include "hive_generator.h"
 #include "hive_reader.h"
 #include "hive_walks.h"
-#include "host_tabs.h"
 #include "key_check.h"
+#include "plugin_tabs.h"
 #include "regf_format.h"
 #include "registry.h"
 #include "test_main.h"
@@ -247,7 +247,7 @@ void tst_overreads::walk(const QByteArray &hive)
 {
     const QString path = write_guarded(hive);
     walk_hive_in_every_way(path);
-    for (const host_tab &tab : host_tabs())
+    for (const host_tab &tab : plugin_tabs())
         key_findings(path, tab.keys);
     guard_memory_of_size(0);
 }

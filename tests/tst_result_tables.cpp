@@ -4,6 +4,7 @@
 #include "log_line_hook.h"
 #include "plugin_helper_functions.h"
 #include "result_database.h"
+#include "tab_rows.h"
 #include "test_main.h"
 #include "windows_installed_applications.h"
 #include "windows_installed_applications_winos.h"
@@ -66,7 +67,7 @@ private slots:
     void the_directory_may_be_set_again();
     void a_directory_that_cannot_be_made_is_not_reported();
     void working_copies_go_to_the_temporary_directory();
-    void the_eight_tables_are_created_in_order_by_their_statements();
+    void the_tables_are_created_in_order_by_their_statements();
     void every_table_has_the_shared_frame_data();
     void every_table_has_the_shared_frame();
     void creating_logs_its_start_and_end();
@@ -163,13 +164,13 @@ void tst_result_tables::working_copies_go_to_the_temporary_directory()
              prepared.plugin.destination_tmp_dir_path + u"some.txt"_s);
 }
 
-void tst_result_tables::the_eight_tables_are_created_in_order_by_their_statements()
+void tst_result_tables::the_tables_are_created_in_order_by_their_statements()
 {
     prepared_plugin prepared;
     prepared.plugin.pub_create_db_tables();
     const result_database database(prepared.plugin.destination_db_file);
     QCOMPARE(database.tables(), all_tabs());
-    for (const result_tab *tab : windows_installed_applications_winos::result_tabs()) {
+    for (const result_tab *tab : result_tabs()) {
         // SQLite keeps the statement from the table's name on.
         const QString statement = tab->create_statement;
         const QString definition = statement.mid(statement.indexOf(tab->name));

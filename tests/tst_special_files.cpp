@@ -2,6 +2,7 @@
 #include "log_capture.h"
 #include "result_database.h"
 #include "sample_evidence.h"
+#include "tab_rows.h"
 #include "test_main.h"
 #include "volume_snapshot.h"
 
@@ -92,11 +93,9 @@ void check_empty_tables(const evidence_volume &volume, const QStringList &empty_
     QCOMPARE(volume_snapshot(volume.root()), before);
 }
 
-const QStringList &software_tables()
+QStringList software_tables()
 {
-    static const QStringList tables{u"install_apps_64"_s, u"install_apps_32"_s,
-                                    u"registered_apps"_s};
-    return tables;
+    return tabs_read_from(artifact_input::software_hive);
 }
 
 /// The sample evidence without the hive at the path, in whose place something is made.
@@ -156,8 +155,7 @@ void tst_special_files::in_place_of_a_users_hive()
     host_double host(volume);
     host.run();
     const result_database database(host.database_path());
-    for (const QString &table : {u"uninstall_apps"_s, u"previously_executed_apps"_s,
-                                 u"third_party_applications"_s, u"hidden_desktop_icons_app"_s})
+    for (const QString &table : tabs_read_from(artifact_input::user_hives))
         QCOMPARE(database.column(table, u"system_account"_s), QStringList{u"bob"_s});
 }
 

@@ -1,5 +1,9 @@
 #include "windows_installed_applications_winos.h"
 
+#include "artifact_constants.h"
+#include "artifact_list.h"
+#include "conversions.h"
+#include "extraction.h"
 #include "plugin_static_function.h"
 
 #include <QFileInfo>
@@ -14,27 +18,7 @@ constexpr auto find_signature = "void windows_installed_applications_winos::find
 constexpr auto extract_signature =
     "void windows_installed_applications_winos::extract_plugin_artifacts()"_L1;
 
-struct tab_extractor
-{
-    const result_tab *tab;
-    void (windows_installed_applications_winos::*extract)();
-};
-
-/// The order in which the tables are created and filled.
-constexpr tab_extractor tab_extractors[] = {
-    {&install_apps_64_tab, &windows_installed_applications_winos::extract_installed_applications},
-    {&install_apps_32_tab,
-     &windows_installed_applications_winos::extract_installed_applications_for_32},
-    {&uninstall_apps_tab, &windows_installed_applications_winos::extract_uninstall_applications},
-    {&registered_apps_tab, &windows_installed_applications_winos::extract_registered_apps},
-    {&metro_apps_tab, &windows_installed_applications_winos::extract_metro_apps},
-    {&previously_executed_apps_tab,
-     &windows_installed_applications_winos::extract_previously_executed_programs},
-    {&third_party_applications_tab,
-     &windows_installed_applications_winos::extract_third_party_applications},
-    {&hidden_desktop_icons_app_tab,
-     &windows_installed_applications_winos::extract_hidden_desktop_icons},
-};
+constexpr qint64 progress_interval_ms = 1000;
 
 bool is_known_edition(int engine_type)
 {
@@ -119,10 +103,10 @@ void windows_installed_applications_winos::extract_plugin_artifacts()
     plugin_static_function::app_debug(u"[extract_plugins_artifacts]---STARTS---"_s,
                                       extract_signature);
     if (is_known_edition(engine_type)) {
-        for (const tab_extractor &entry : tab_extractors) {
-            if (!selected_tabs_list.contains(entry.tab->name))
+        for (const artifact *selectable : artifact_list()) {
+            if (!selected_tabs_list.contains(selectable->table.name))
                 continue;
-            (this->*entry.extract)();
+            run(*selectable);
             emit signal_extracted_records_of_plugin_winos(record_count);
             ++tab_processed_count;
             emit signal_total_tabs_processed_winos(tab_processed_count);
@@ -132,10 +116,106 @@ void windows_installed_applications_winos::extract_plugin_artifacts()
                                       extract_signature);
 }
 
-QList<const result_tab *> windows_installed_applications_winos::result_tabs()
+void windows_installed_applications_winos::extract_installed_applications()
 {
-    QList<const result_tab *> tabs;
-    for (const tab_extractor &entry : tab_extractors)
-        tabs.append(entry.tab);
-    return tabs;
+    run(install_apps_64_artifact);
+}
+
+void windows_installed_applications_winos::extract_installed_applications_for_32()
+{
+    run(install_apps_32_artifact);
+}
+
+void windows_installed_applications_winos::extract_uninstall_applications()
+{
+    run(uninstall_apps_artifact);
+}
+
+void windows_installed_applications_winos::extract_registered_apps()
+{
+    run(registered_apps_artifact);
+}
+
+void windows_installed_applications_winos::extract_metro_apps()
+{
+    run(metro_apps_artifact);
+}
+
+void windows_installed_applications_winos::extract_previously_executed_programs()
+{
+    run(previously_executed_apps_artifact);
+}
+
+void windows_installed_applications_winos::extract_third_party_applications()
+{
+    run(third_party_applications_artifact);
+}
+
+void windows_installed_applications_winos::extract_hidden_desktop_icons()
+{
+    run(hidden_desktop_icons_app_artifact);
+}
+
+QString windows_installed_applications_winos::get_install_date(QString install_date)
+{
+    return shown_install_date(install_date);
+}
+
+QString windows_installed_applications_winos::decrypt_program_name(QString name)
+{
+    return rotated_name(name, bool_cancel_extraction);
+}
+
+qint32 windows_installed_applications_winos::hex_to_decimal_fourbytes(QByteArray bytes,
+                                                                      ENDIANS order)
+{
+    return integer_32_of(bytes, static_cast<byte_order>(order), bool_cancel_extraction);
+}
+
+qint64 windows_installed_applications_winos::hex_to_decimal_eight_bytes(QByteArray bytes,
+                                                                        ENDIANS order)
+{
+    return integer_64_of(bytes, static_cast<byte_order>(order), bool_cancel_extraction);
+}
+
+QString windows_installed_applications_winos::prepare_windows_path(QString path) const
+{
+    return windows_path_of(path, source_root_path);
+}
+
+qint64 windows_installed_applications_winos::elapsed_milliseconds() const
+{
+    return elapsed_timer.elapsed();
+}
+
+hive_output::limit windows_installed_applications_winos::most_output_of(const QString &path) const
+{
+    return hive_output::limit_for(QFileInfo(path).size());
+}
+
+void windows_installed_applications_winos::run(const artifact &extracted)
+{
+    const extraction_context context = {
+        destination_db_file,
+        source_root_path,
+        hive_path_software,
+        ntuser_path_list,
+        packages_dir_list,
+        virtual_source_path,
+        os_scheme_display,
+        &bool_cancel_extraction,
+        [this] { count_row(); },
+        [this](const QString &hive_path) { return most_output_of(hive_path); },
+    };
+    extraction(extracted, context).run();
+}
+
+/// Signals progress at most about once a second.
+void windows_installed_applications_winos::count_row()
+{
+    ++record_count;
+    if (elapsed_milliseconds() > progress_interval_ms) {
+        emit signal_extracted_records_of_plugin_winos(record_count);
+        elapsed_timer.restart();
+    }
 }

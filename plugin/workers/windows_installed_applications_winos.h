@@ -3,13 +3,8 @@
 
 #include "hive_output.h"
 #include "os_scheme_worker.h"
-#include "registry.h"
-#include "result_tab.h"
 
-#include <functional>
-#include <optional>
-
-class result_table_writer;
+struct artifact;
 
 /// Worker for Windows sources, the only one that extracts anything: finds the registry hives and
 /// the users' package folders of a mounted volume and fills the selected result tables from them.
@@ -80,11 +75,9 @@ public:
     /// each. Does nothing but log for a host edition other than 0, 1 and 2.
     void extract_plugin_artifacts();
 
-    /// The result tables in the order in which they are created and filled.
-    static QList<const result_tab *> result_tabs();
-
-    // The extractors: each fills one table and reports through the debug log and the record signal.
-    // A cancellation commits what was written and leaves no line.
+    // The extractors of the artefacts that hosts have always known: each fills one table and
+    // reports through the debug log and the record signal. A cancellation commits what was written
+    // and leaves no line.
 
     /// The native view of the SOFTWARE hive's Uninstall key, into install_apps_64.
     void extract_installed_applications();
@@ -144,83 +137,11 @@ protected:
     /// What a table gets at most from the hive at `path`.
     virtual hive_output::limit most_output_of(const QString &path) const;
 
+    /// Extracts the artefact into its table.
+    void run(const artifact &extracted);
+
 private:
-    /// One user's hive or package folder, as its rows name it.
-    struct user_source
-    {
-        QString user_name;
-        QStringList source_columns; ///< as source_columns() returns them
-    };
-
-    /// A hive whose records become rows of a table.
-    struct walked_source
-    {
-        walked_source(const result_tab &table, const QString &path, const QString &key,
-                      const QStringList &last_columns, const hive_output::limit &most)
-            : tab(table),
-              hive_path(path),
-              key_path(key),
-              columns(last_columns),
-              output(most, last_columns)
-        {
-        }
-
-        const result_tab &tab;
-        QString hive_path;
-        QString key_path;
-        QStringList columns; ///< as source_columns() returns them
-        hive_output output;
-        bool is_full_table_logged = false;
-    };
-
-    /// How a table is read from the hives: which key, whether its own values or its subkeys, and
-    /// into which record list of the walker.
-    template<typename record_type>
-    struct key_reading
-    {
-        QLatin1StringView key_path;
-        bool read_key_values;
-        QList<record_type> registry::*records;
-    };
-
-    /// How a path is made relative to the source.
-    using relative_path_rule =
-        QString (windows_installed_applications_winos::*)(const QString &) const;
-
-    // The frame that the extractors share (extraction_frame.h, extraction_frame.cpp).
-    void run_extraction(const result_tab &tab,
-                        const std::function<bool(result_table_writer &)> &write_rows_of_source);
-    template<typename walker_type, typename record_type, typename row_function>
-    void extract_from_software_hive(const result_tab &tab, const key_reading<record_type> &reading,
-                                    row_function row_of);
-    template<typename walker_type, typename record_type, typename row_function>
-    void extract_from_user_hives(const result_tab &tab, const key_reading<record_type> &reading,
-                                 relative_path_rule relative_path, row_function row_of);
-    template<typename record_list, typename row_function>
-    bool write_rows(result_table_writer &writer, const record_list &records, walked_source &source,
-                    row_function row_of, qsizetype certain_rows = 0);
-    void write_row(result_table_writer &writer, const QStringList &values);
-    QString parse_software_hive(registry &walker, QLatin1StringView key_path, bool read_key_values);
-    static void log_early_end(const result_tab &tab, const QString &hive_path,
-                              const registry &walker);
-    static void log_full_table(walked_source &source);
-    static void log_left_out(const result_tab &tab, const QString &hive_path,
-                             const QString &key_path, const QString &what);
-    user_source describe_user_source(const QString &path, relative_path_rule relative_path) const;
-    QStringList source_columns(const QString &relative_path, const QString &user_name) const;
-    QString without_source_root(const QString &path) const;
-    QString cut_by_source_root_length(const QString &path) const;
-
-    void extract_uninstall_key(const result_tab &tab, QLatin1StringView key_path);
-    void extract_user_assist(
-        const result_tab &tab,
-        const std::function<std::optional<QString>(const QString &)> &displayed_name);
-    bool write_package_rows(result_table_writer &writer, const QString &folder);
-    QStringList package_columns(const QString &path, const QString &name,
-                                const QString &user_name) const;
-    bool write_icons_of_hive(result_table_writer &writer, const QString &hive_path,
-                             const QList<registry::struct_data> &class_ids);
-    quint64 read_integer(const QByteArray &bytes, ENDIANS order, quint64 maximum) const;
+    void count_row();
 };
 
 #endif

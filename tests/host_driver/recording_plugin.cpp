@@ -1,3 +1,4 @@
+#include "artifact_list.h"
 #include "artifact_plugin_interface.h"
 
 #include <QFile>
@@ -43,7 +44,11 @@ class recording_plugin : public artifact_plugin
 public:
     ~recording_plugin() override { record(u"delete"_s); }
     Q_DISABLE_COPY_MOVE(recording_plugin)
-    recording_plugin() = default;
+    recording_plugin()
+    {
+        if (behaviour() != "silent")
+            setProperty("artifacts", described_artifacts());
+    }
 
     void pub_set_engine_type(int engine_type) override
     {

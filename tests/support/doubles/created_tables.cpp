@@ -1,7 +1,7 @@
 #include "created_tables.h"
 
+#include "artifact_list.h"
 #include "result_file.h"
-#include "windows_installed_applications_winos.h"
 
 namespace test_support {
 
@@ -12,8 +12,8 @@ void create_tables(const QString &path)
     sqlite_connection connection(path);
     execute(connection.database, u"pragma synchronous = off"_s);
     connection.database.transaction();
-    for (const result_tab *tab : windows_installed_applications_winos::result_tabs())
-        execute(connection.database, tab->create_statement);
+    for (const artifact *extracted : artifact_list())
+        execute(connection.database, extracted->table.create_statement);
     connection.database.commit();
 }
 

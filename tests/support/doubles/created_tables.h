@@ -5,7 +5,7 @@
 
 namespace test_support {
 
-/// Creates the eight result tables in an SQLite file, which is made when absent. Throws
+/// Creates all result tables in an SQLite file, which is made when absent. Throws
 /// std::runtime_error where that fails.
 void create_tables(const QString &path);
 

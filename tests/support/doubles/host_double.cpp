@@ -1,5 +1,6 @@
 #include "host_double.h"
 
+#include "artifact_list.h"
 #include "windows_installed_applications.h"
 #include "windows_installed_applications_winos.h"
 
@@ -147,14 +148,10 @@ QString host_double::database_path() const
 
 QStringList all_tabs()
 {
-    return {u"install_apps_64"_s,
-            u"install_apps_32"_s,
-            u"uninstall_apps"_s,
-            u"registered_apps"_s,
-            u"metro_apps"_s,
-            u"previously_executed_apps"_s,
-            u"third_party_applications"_s,
-            u"hidden_desktop_icons_app"_s};
+    QStringList names;
+    for (const artifact *extracted : artifact_list())
+        names.append(extracted->table.name);
+    return names;
 }
 
 } // namespace test_support

@@ -28,7 +28,7 @@ struct host_settings
     int engine_type = 0;
     int source_count = 1;
     bool clear_tables = false;
-    QStringList tabs;      ///< all eight unless changed
+    QStringList tabs;      ///< all unless changed
     QString result_folder; ///< a temporary one unless changed
     struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info source;
     struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info general;

@@ -11,7 +11,7 @@ struct sample_fixture : worker_fixture
 {
     sample_fixture()
     {
-        evidence::add_sample_evidence(volume);
+        add_sample_evidence(volume);
         find_files();
     }
 };

@@ -2,10 +2,9 @@
 #define TAB_ROWS_H
 
 #include "host_double.h"
-#include "windows_installed_applications_winos.h"
+#include "worker_fixture.h"
 
 #include <QTest>
-#include <stdexcept>
 
 namespace test_support {
 
@@ -18,14 +17,30 @@ inline void add_tab_rows()
         QTest::newRow(qUtf8Printable(name)) << name;
 }
 
+/// All result tables, in the order in which they are created and filled.
+inline QList<const result_tab *> result_tabs()
+{
+    QList<const result_tab *> tabs;
+    for (const artifact *extracted : artifact_list())
+        tabs.append(&extracted->table);
+    return tabs;
+}
+
+/// The names of the tables that are filled from the input.
+inline QStringList tabs_read_from(artifact_input input)
+{
+    QStringList names;
+    for (const artifact *extracted : artifact_list()) {
+        if (extracted->input == input)
+            names.append(extracted->table.name);
+    }
+    return names;
+}
+
 /// The result table of the name; throws std::out_of_range when there is none.
 inline const result_tab &tab_named(const QString &name)
 {
-    for (const result_tab *tab : windows_installed_applications_winos::result_tabs()) {
-        if (tab->name == name)
-            return *tab;
-    }
-    throw std::out_of_range("no such table");
+    return artifact_named(name).table;
 }
 
 /// The result table that the current data row is named after.

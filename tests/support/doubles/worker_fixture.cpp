@@ -3,26 +3,13 @@
 #include "created_tables.h"
 #include "plugin_static_function.h"
 
-#include <map>
+#include <stdexcept>
 
 namespace test_support {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using worker = windows_installed_applications_winos;
-
-const std::map<QString, void (worker::*)()> extractors = {
-    {u"install_apps_64"_s, &worker::extract_installed_applications},
-    {u"install_apps_32"_s, &worker::extract_installed_applications_for_32},
-    {u"uninstall_apps"_s, &worker::extract_uninstall_applications},
-    {u"registered_apps"_s, &worker::extract_registered_apps},
-    {u"metro_apps"_s, &worker::extract_metro_apps},
-    {u"previously_executed_apps"_s, &worker::extract_previously_executed_programs},
-    {u"third_party_applications"_s, &worker::extract_third_party_applications},
-    {u"hidden_desktop_icons_app"_s, &worker::extract_hidden_desktop_icons},
-};
 
 QString line_begin(const QString &operation)
 {
@@ -64,7 +51,7 @@ void worker_fixture::find_files()
 
 void worker_fixture::extract(const QString &tab)
 {
-    (worker.*extractors.at(tab))();
+    worker.run(artifact_named(tab));
 }
 
 void worker_fixture::on_row(const std::function<void(qint64 total)> &action)
@@ -86,6 +73,15 @@ QList<QStringList> worker_fixture::rows(const QString &tab) const
     columns.prepend(u"system_account"_s);
     columns += {u"source_file"_s, u"os_scheme_display"_s, u"source_count_name"_s};
     return database().rows(tab, columns);
+}
+
+const artifact &artifact_named(const QString &table)
+{
+    for (const artifact *extracted : artifact_list()) {
+        if (extracted->table.name == table)
+            return *extracted;
+    }
+    throw std::out_of_range("no such table");
 }
 
 QStringList whole_run_log(const QString &operation)

@@ -1,6 +1,7 @@
 #ifndef WORKER_FIXTURE_H
 #define WORKER_FIXTURE_H
 
+#include "artifact_list.h"
 #include "evidence_volume.h"
 #include "log_capture.h"
 #include "result_database.h"
@@ -29,6 +30,7 @@ public:
     using worker::os_scheme_display;
     using worker::packages_dir_list;
     using worker::record_count;
+    using worker::run;
     using worker::selected_tabs_list;
     using worker::source_root_path;
     using worker::tab_processed_count;
@@ -51,7 +53,7 @@ protected:
     }
 };
 
-/// A Windows worker between an evidence volume and a result database that has its eight tables; the
+/// A Windows worker between an evidence volume and a result database that has its tables; the
 /// debug log is captured. The source is number 3, its scheme is shown as "Windows", and the clock
 /// stands still.
 class worker_fixture
@@ -70,7 +72,7 @@ public:
     /// worker look for its files and forgets the log so far.
     void find_files();
 
-    /// Runs the one extractor that fills the table; throws std::out_of_range for another name.
+    /// Extracts the artefact with the table; throws std::out_of_range for another name.
     void extract(const QString &tab);
 
     /// Calls \a action with the running total after each row, as if a second had passed.
@@ -90,6 +92,9 @@ private:
     QTemporaryDir m_result_folder;
     QList<qint64> m_signalled_totals;
 };
+
+/// The artefact with the table; throws std::out_of_range when there is none.
+const artifact &artifact_named(const QString &table);
 
 /// The two lines of the log of an undisturbed run of the extractor.
 QStringList whole_run_log(const QString &operation);

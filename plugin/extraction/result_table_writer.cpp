@@ -33,6 +33,11 @@ result_table_writer::result_table_writer(const result_tab &tab, const QString &d
 
 result_table_writer::~result_table_writer()
 {
+    close();
+}
+
+void result_table_writer::close()
+{
     if (!m_query)
         return;
     m_query.reset(); // an open query would keep the connection from closing

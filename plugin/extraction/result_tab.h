@@ -20,14 +20,4 @@ struct result_tab
     QString log_line(QLatin1StringView text) const { return QString(log_tag) + text; }
 };
 
-/// The tabs, each defined beside its extractor.
-extern const result_tab install_apps_64_tab;
-extern const result_tab install_apps_32_tab;
-extern const result_tab uninstall_apps_tab;
-extern const result_tab registered_apps_tab;
-extern const result_tab metro_apps_tab;
-extern const result_tab previously_executed_apps_tab;
-extern const result_tab third_party_applications_tab;
-extern const result_tab hidden_desktop_icons_app_tab;
-
 #endif

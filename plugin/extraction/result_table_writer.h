@@ -13,10 +13,9 @@
 #include <optional>
 
 /// Inserts rows into one result table, in one transaction on a connection of its own that is named
-/// after the extractor. Failures are logged in the tab's words. Whatever path leaves the writer,
-/// the rows inserted so far are committed and the connection is closed. Values reach the statement
-/// as bound ones alone. A lock that somebody else holds is waited for once, and again after a row
-/// went in.
+/// after the extractor. Failures are logged in the tab's words. The destructor closes the writer,
+/// so that rows are kept whatever path leaves it. Values reach the statement as bound ones alone. A
+/// lock that somebody else holds is waited for once, and again after a row went in.
 class result_table_writer
 {
 public:
@@ -29,6 +28,9 @@ public:
     /// Replaces a stale connection of the same name, opens the database and begins the transaction.
     /// False, with two log lines, when the database cannot be opened.
     bool open();
+
+    /// Commits the rows and closes the connection; does nothing when it is not open.
+    void close();
 
     /// Inserts one row: `values` in the order of the statement's placeholders, all as text (a null
     /// text is written as an empty one). False, with three log lines, when that fails.

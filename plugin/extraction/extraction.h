@@ -1,0 +1,67 @@
+#ifndef EXTRACTION_H
+#define EXTRACTION_H
+
+#include "artifact.h"
+#include "hive_output.h"
+#include "result_table_writer.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+/// What the run of all tables tells each extraction.
+struct extraction_context
+{
+    QString database_path;
+    QString source_root_path;          ///< where the source is mounted, ending in "/"
+    QString software_hive_path;        ///< empty when missing
+    QStringList user_hive_paths;       ///< in the order of the accounts
+    QStringList package_folder_paths;  ///< in the order of the accounts
+    QString virtual_source_path;       ///< the source kind of the path helpers
+    QString os_scheme_display;         ///< written into every row
+    const bool *is_cancelled;          ///< set when the run is cancelled
+    std::function<void()> row_written; ///< counts a row and signals progress
+
+    /// What a table gets at most from the hive at the path.
+    std::function<hive_output::limit(const QString &)> most_output_of;
+};
+
+/// The running extraction of one artefact into its table.
+class extraction
+{
+public:
+    /// Both must outlive the extraction.
+    extraction(const artifact &extracted, const extraction_context &context);
+
+    /// Opens the table, lets the artefact write its rows, commits them however that ends, and logs
+    /// the beginning and the end.
+    void run();
+
+    const artifact &extracted() const { return m_artifact; }
+    const extraction_context &context() const { return m_context; }
+    bool is_cancelled() const { return *m_context.is_cancelled; }
+
+    /// Inserts and counts one row: its own columns and source_columns(). A failure is logged.
+    void write_row(const QStringList &values);
+
+    /// Returns the columns that end every row that is read from `path`: source_file,
+    /// os_scheme_display and source_count_name. `user_name` is empty outside of a user's files.
+    QStringList source_columns(const QString &path, const QString &user_name) const;
+
+    /// Returns the name of the account whose file lies at `path`.
+    QString user_of(const QString &path) const;
+
+    /// Removes the source's root from the start of `path`, if it stands there.
+    QString without_source_root(const QString &path) const;
+
+    /// Logs `text` behind the artefact's tag.
+    void log(const QString &text) const;
+
+private:
+    const artifact &m_artifact;
+    const extraction_context &m_context;
+    result_table_writer m_writer;
+};
+
+#endif
