@@ -11,6 +11,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace evidence;
+using namespace test_support;
 
 namespace {
 
