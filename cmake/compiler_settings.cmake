@@ -1,4 +1,24 @@
-# The warnings, sanitizers and strict Qt settings that every target of the project is built with.
+# How this project's targets are compiled. Variables set here hold for its folders only; a project
+# that adds this one as a subfolder keeps its own.
+if(NOT CMAKE_CXX_STANDARD)
+    set(CMAKE_CXX_STANDARD 17)
+endif()
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTOUIC ON)
+
+if(WIA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(CCACHE_PROGRAM ccache)
+    if(CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+    endif()
+endif()
+
+# The warnings, sanitizers and strict Qt settings of every target.
 add_library(project_settings INTERFACE)
 
 target_compile_features(project_settings INTERFACE cxx_std_17)

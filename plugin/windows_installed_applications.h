@@ -34,47 +34,27 @@ public:
     explicit windows_installed_applications(QWidget *parent = nullptr);
     ~windows_installed_applications() override;
 
-    /// Takes the host edition: 0 desk, 1 sweep, 2 field. Any other is accepted, marks every log
-    /// line and makes extraction and clearing do nothing. Also hands out the artefact's name.
+    /// The host's operations. host/artifact_plugin_interface.h tells what each takes, does and
+    /// leaves behind; the test "operations" compares the two lists.
     virtual void pub_set_engine_type(int type);
-    /// Returns "Windows Installed Applications" in the host's language.
     virtual QString pub_get_artifact_name();
-    /// Empties the run context (logging, edition, accounts, source count), resets both totals and
-    /// lifts a cancellation, here and everywhere below; so it comes first.
     virtual void pub_set_essentials();
-    /// Takes the ordinal number of the source, which every row shows.
     virtual void pub_set_source_count(int count);
-    /// Takes the host's iOS backup parser; it is only kept.
     virtual void pub_set_ios_uid_backup_pointer(ios_uid_backup_parser *parser);
-    /// Takes the examiner's machine.
     virtual void pub_set_examiner_machine_info(
         struct_GLOBAL_ARKEN_AND_ARTIFACT_COMMON_examiner_machine_info info);
-    /// Takes the logging settings.
     virtual void pub_set_general_info(struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info info);
-    /// Takes the evidence source.
     virtual void pub_set_source_info(struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info info);
-    /// Takes the names of the result tables to fill; the second list is ignored.
     virtual void pub_set_essential_for_arken_desk_extraction(QStringList selected_tabs,
                                                              QStringList ignored);
-    /// Takes the host's result directory and places the result database below it, see
-    /// set_destination_location().
     virtual void pub_set_result_directory(QString result_dir);
-    /// Creates the result database and its tables, see create_destination_database().
     virtual void pub_create_db_tables();
-    /// With true deletes the rows of the selected tables; with false does nothing.
     virtual void pub_set_clear_db(bool clear);
-    /// Makes the running extraction stop at its next test and later ones do nothing, until
-    /// pub_set_essentials().
     virtual void pub_cancel_extraction();
-    /// Lets the worker of the source's scheme look for its source files.
     virtual void pub_find_source_file();
-    /// Takes the extended attributes of interest on a macOS source.
     virtual void pub_set_extended_attributes_list(QStringList attributes);
-    /// Lets the worker of the source's scheme extract, going on from the current totals.
     virtual void pub_extract_artifacts();
-    /// Does nothing: this artefact has no chats.
     virtual void pub_generate_chat_html_pages();
-    /// Removes the temporary directory; nothing while no result directory was set.
     virtual void pub_remove_temporary_asthetics();
 
     /// Stores the three destination paths below `result_dir` (with or without a trailing slash),

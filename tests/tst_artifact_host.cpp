@@ -3,6 +3,7 @@
 #include "hive_damage.h"
 #include "host_double.h"
 #include "host_process.h"
+#include "machine.h"
 #include "result_database.h"
 #include "test_main.h"
 #include "volume_snapshot.h"
@@ -244,6 +245,8 @@ void tst_artifact_host::shows_no_progress_when_quiet()
 
 void tst_artifact_host::draws_one_line_over_again_on_a_terminal()
 {
+    if (const QString missing = host_process::missing_for_terminal(); !missing.isEmpty())
+        QSKIP(qPrintable("This machine has no pseudo terminals: "_L1 + missing));
     const auto volume = small_volume();
     const host_result result = host_process().on_terminal().run(
         arguments(volume->root(), {u"--user"_s, u"ann"_s, u"--tab"_s, u"metro_apps"_s}));
@@ -788,6 +791,8 @@ void tst_artifact_host::warns_about_folders_without_permission_data()
 
 void tst_artifact_host::warns_about_folders_without_permission()
 {
+    if (const QString missing = missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
     QFETCH(QString, closed);
     QFETCH(QStringList, warnings);
     evidence_volume volume;

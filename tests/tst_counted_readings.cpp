@@ -115,7 +115,7 @@ struct counted_reading
 constexpr qint64 key_name_length = 24;
 constexpr int subkey_count = 100;
 constexpr int value_count = 50;
-constexpr qint64 data_length = 1000;
+constexpr qint64 cell_data_length = 1000;
 
 const counted_reading readings[] = {
     {"the name of a key",
@@ -133,7 +133,7 @@ const counted_reading readings[] = {
      [](guarded_hive &hive, const hive_key &key) { hive.value_name(value_of(key, 3)); },
      in_units(0x18 + 8)},
     {"data in a cell", [](guarded_hive &hive, const hive_key &key) { hive.data(value_of(key, 0)); },
-     in_units(4 + data_length)},
+     in_units(4 + cell_data_length)},
     {"data in the value",
      [](guarded_hive &hive, const hive_key &key) { hive.data(value_of(key, 1)); }, 0},
     {"big data", [](guarded_hive &hive, const hive_key &key) { hive.data(value_of(key, 2)); },
@@ -159,7 +159,7 @@ void tst_counted_readings::counts_only_what_is_read_again()
     const counted_reading &counted = readings[number];
     hive_builder builder;
     hive_key &key = builder.key(QString(key_name_length, u'k'));
-    key.binary(u"cell"_s, QByteArray(data_length, 'x')).dword(u"dword"_s, 1);
+    key.binary(u"cell"_s, QByteArray(cell_data_length, 'x')).dword(u"dword"_s, 1);
     key.binary(u"big"_s, QByteArray(40000, 'x')).dword(u"日本語字"_s, 1);
     for (int i = 4; i < value_count; ++i)
         key.dword(QString::number(i), 1);

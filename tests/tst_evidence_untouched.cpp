@@ -1,6 +1,7 @@
 #include "files.h"
 #include "host_double.h"
 #include "host_process.h"
+#include "machine.h"
 #include "reference_run.h"
 #include "result_database.h"
 #include "sample_evidence.h"
@@ -187,6 +188,8 @@ void tst_evidence_untouched::check_trace(const QStringList &trace, const QString
 
 void tst_evidence_untouched::no_system_call_alters_it()
 {
+    if (const QString missing = missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
     if (tracer().isEmpty())
         QSKIP("strace is not installed");
     const QString folder = m_folder.filePath(u"traced"_s);
@@ -199,6 +202,8 @@ void tst_evidence_untouched::no_system_call_alters_it()
 
 void tst_evidence_untouched::no_system_call_of_the_reference_host_alters_it()
 {
+    if (const QString missing = missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
     if (tracer().isEmpty())
         QSKIP("strace is not installed");
     const QString folder = m_folder.filePath(u"traced host"_s);

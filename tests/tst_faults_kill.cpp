@@ -1,5 +1,6 @@
 #include "files.h"
 #include "host_double.h"
+#include "machine.h"
 #include "reference_run.h"
 #include "result_database.h"
 #include "sample_evidence.h"
@@ -141,6 +142,8 @@ void tst_faults_kill::in_the_middle_of_many_rows()
 #ifndef Q_OS_LINUX
     QSKIP("Calls of the C library are replaced on Linux only");
 #endif
+    if (const QString missing = missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
     constexpr qint64 kills = 30;
     reference_run many(add_many_applications);
     QCOMPARE(many.rows_of(u"install_apps_64"_s).size(), many_row_count);

@@ -88,6 +88,8 @@ void tst_faults_log::cannot_be_written()
 {
     QFETCH(const QString, path);
     QFETCH(const QString, message);
+    if (path.startsWith("/dev/"_L1) && !QFile::exists(path))
+        QSKIP(qPrintable("This machine has no "_L1 + path));
     const QTemporaryDir folder;
     QVERIFY(QDir(folder.path()).mkdir(u"folder"_s));
     write_file(folder.filePath(u"file"_s), "content");

@@ -1,3 +1,4 @@
+#include "machine.h"
 #include "mount_table.h"
 #include "test_main.h"
 
@@ -167,6 +168,8 @@ void tst_mount_table::tells_a_folder_from_what_lies_beside_it()
 void tst_mount_table::reads_the_table_of_this_process()
 {
 #ifdef Q_OS_LINUX
+    if (const QString missing = test_support::missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
     const QByteArray path = QFile::encodeName(QDir::temp().canonicalPath());
     const auto place = mount_table::of_this_process().place_of(path);
     QVERIFY(place);

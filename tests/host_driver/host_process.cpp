@@ -4,8 +4,10 @@
 
 #include <QProcessEnvironment>
 #include <QRegularExpression>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
 #include <unistd.h>
@@ -68,15 +70,27 @@ host_process &host_process::without_privileges()
     return *this;
 }
 
+QString host_process::missing_for_terminal()
+{
+    host_process tried;
+    return tried.open_terminal() ? QString() : QString::fromLocal8Bit(std::strerror(errno));
+}
+
 host_process &host_process::on_terminal()
+{
+    if (!open_terminal())
+        give_up("no terminal");
+    return *this;
+}
+
+/// Leaves the reason in errno when it fails.
+bool host_process::open_terminal()
 {
     m_terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (m_terminal < 0 || grantpt(m_terminal) != 0 || unlockpt(m_terminal) != 0)
-        give_up("no terminal");
+        return false;
     m_terminal_line = open(ptsname(m_terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (m_terminal_line < 0)
-        give_up("no terminal line");
-    return *this;
+    return m_terminal_line >= 0;
 }
 
 host_process &host_process::under(const QStringList &command)

@@ -31,6 +31,8 @@ public:
     host_process &environment(const QString &name, const QString &value);
     /// Lets file permissions bind the program even when the tests run as root.
     host_process &without_privileges();
+    /// Why this machine gives nobody a terminal, or an empty text.
+    static QString missing_for_terminal();
     /// Gives the program a terminal for its standard error.
     host_process &on_terminal();
     /// Runs the program under another one, which gets its command line appended to `command`.
@@ -48,6 +50,7 @@ public:
     host_result run(const QStringList &arguments);
 
 private:
+    bool open_terminal();
     void prepare_child() const;
     QByteArray received_by_terminal();
 

@@ -18,9 +18,9 @@ struct loaded_plugin
     QString failure;
 };
 
-/// Loads the library at `file` or, when that is empty, the one that lies beside the program, in
-/// ../plugin or in ../lib from there, and lets it create its object. The library stays loaded
-/// until the process ends. Needs a QApplication.
+/// Loads the library at `file` and lets it create its object. When `file` is empty, takes the
+/// library that lies beside the program, in ../plugin (as built), where it is installed, or in
+/// ../lib. The library stays loaded until the process ends. Needs a QApplication.
 loaded_plugin load_plugin(const QString &file);
 
 #endif

@@ -25,7 +25,8 @@ loaded_plugin failed(const QString &reason)
 QString library_of_program()
 {
     const QString program_directory = QCoreApplication::applicationDirPath();
-    for (const QString &directory : {u"/"_s, u"/../plugin/"_s, u"/../lib/"_s}) {
+    for (const QString &directory :
+         {u"/"_s, u"/../plugin/"_s, u"/" INSTALLED_LIBRARY_FOLDER "/"_s, u"/../lib/"_s}) {
         const QFileInfo library(program_directory + directory + library_name);
         if (library.isFile())
             return library.canonicalFilePath();
