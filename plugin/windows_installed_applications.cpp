@@ -1,6 +1,7 @@
 #include "windows_installed_applications.h"
 
 #include "artifact_list.h"
+#include "extraction_options.h"
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
 #include "ui_windows_installed_applications.h"
@@ -74,6 +75,7 @@ void windows_installed_applications::set_essentials()
     bool_cancel_extraction = false;
     extracted_records_count = 0;
     tabs_processed_count = 0;
+    m_told_of_options.clear();
     plugin_static_function::set_essentials();
     helper_obj->set_essentials();
     macos_obj->macos_set_essentials();
@@ -159,6 +161,8 @@ void windows_installed_applications::pub_cancel_extraction()
 
 void windows_installed_applications::pub_find_source_file()
 {
+    read_extraction_options(
+        u"virtual void windows_installed_applications::pub_find_source_file()"_s);
     switch (source_scheme()) {
     case os_scheme::macos:
         return macos_obj->macos_find_artifacts_source();
@@ -184,6 +188,7 @@ void windows_installed_applications::pub_extract_artifacts()
     plugin_static_function::app_debug(u"[pub_extract_artifacts] - START"_s, caller);
     emit signal_extracted_records_of_plugin_overall(0);
     hand_over_totals();
+    read_extraction_options(caller);
 
     const os_scheme scheme = source_scheme();
     if (scheme != os_scheme::unknown && bool_cancel_extraction)
@@ -247,6 +252,18 @@ void windows_installed_applications::log_unknown_scheme(const QString &caller)
         "------FAILED------- supported os scheme internal not matched, received os scheme internal =  "_L1 +
             os_scheme_internal + ", plugin name is "_L1 + pub_get_artifact_name(),
         caller);
+}
+
+/// What is wrong with the options is told once in a run.
+void windows_installed_applications::read_extraction_options(const QString &caller)
+{
+    const auto read = extraction_options_from(property("extraction_options"));
+    for (const QString &text : read.ignored) {
+        if (!m_told_of_options.contains(text))
+            plugin_static_function::app_debug("[extraction_options] "_L1 + text, caller);
+        m_told_of_options.insert(text);
+    }
+    winos_obj->winos_set_extraction_options(read.options);
 }
 
 /// Every worker goes on counting from the totals of earlier extractions.

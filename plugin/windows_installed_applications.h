@@ -4,6 +4,7 @@
 #include "host_context_records.h"
 
 #include <QFrame>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -25,7 +26,9 @@ class windows_installed_applications_winos;
 /// All calls come on one thread, and signals are delivered synchronously.
 ///
 /// A host that wants to know what the plug-in extracts reads the object's dynamic property
-/// "artifacts", see described_artifacts().
+/// "artifacts", see described_artifacts(). A host that wants more than every host gets sets the
+/// dynamic property "extraction_options" before pub_find_source_file(), see extraction_options; it
+/// is read there and at pub_extract_artifacts(), and the object never changes it.
 class windows_installed_applications : public QFrame
 {
     Q_OBJECT
@@ -114,6 +117,9 @@ private:
     os_scheme source_scheme() const;
     void log_unknown_scheme(const QString &caller);
     void hand_over_totals();
+    void read_extraction_options(const QString &caller);
+
+    QSet<QString> m_told_of_options; ///< since pub_set_essentials()
 };
 
 #endif

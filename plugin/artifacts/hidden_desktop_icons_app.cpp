@@ -21,7 +21,11 @@ bool write_icons(extraction &run, hive_rows &rows, const QString &hive_path,
     QSet<QPair<unsigned long, bool>> written_icons; ///< with the setting that their rows tell
     parse_hidden_desktop_icons names;
     bool is_cancelled = false;
-    names.look_up_icon_names(hive_path, class_ids, [&](qsizetype position, unsigned long key) {
+    const extraction_options &options = run.context().options;
+    if (options.decode_by_type)
+        names.decode_by_type();
+    const QString file = options.file_to_read(hive_path);
+    names.look_up_icon_names(file, class_ids, [&](qsizetype position, unsigned long key) {
         const bool is_hidden = integer_32_of(class_ids.at(position).data, byte_order::little_endian,
                                              *run.context().is_cancelled) == 1;
         const QString hidden = is_hidden ? u"YES"_s : u"NO"_s;
@@ -36,7 +40,7 @@ bool write_icons(extraction &run, hive_rows &rows, const QString &hive_path,
                                                          is_repeated ? 0 : certain_names);
         return !is_cancelled;
     });
-    rows.log_early_end(names);
+    rows.log_findings(names);
     return !is_cancelled;
 }
 
@@ -46,8 +50,8 @@ bool write_hidden_icons(extraction &run)
     return for_each_user_hive(run, [&](const QString &path) {
         hive_rows rows = hive_rows::of_user(run, path);
         settings.data_records.clear();
-        settings.start_registry_parse(path, run.extracted().key.path, false);
-        rows.log_early_end(settings);
+        walk_hive(run, settings, path, run.extracted().key);
+        rows.log_findings(settings);
         return settings.data_records.isEmpty() ||
                write_icons(run, rows, path, settings.data_records);
     });
@@ -78,5 +82,6 @@ extern const artifact hidden_desktop_icons_app_artifact = {
     values_of_subkeys_of(parse_hidden_desktop_icons::hidden_icons_key),
     values_of_subkeys_of(parse_hidden_desktop_icons::name_space_key),
     root_removal::where_it_stands,
+    {},
     write_hidden_icons,
 };

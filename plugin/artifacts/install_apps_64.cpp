@@ -29,5 +29,12 @@ extern const artifact install_apps_64_artifact = {
     values_of_subkeys_of("Microsoft\\Windows\\CurrentVersion\\Uninstall"_L1),
     {},
     root_removal::where_it_stands,
+    {
+        values_of_subkeys_of("Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall"_L1),
+        "INSERT INTO install_apps_64(bookmark,system_account,parent_name,display_name,"
+        "display_version,publisher,install_location,install_source,url,uninstall_string,reg_file,"
+        "node_name,reg_path,install_date,modified_timestamp,source_file, os_scheme_display ,"
+        " source_count_name) VALUES(0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"_L1,
+    },
     write_uninstall_key,
 };

@@ -83,5 +83,6 @@ extern const artifact metro_apps_artifact = {
     {},
     {},
     root_removal::where_it_stands,
+    {},
     write_packages,
 };

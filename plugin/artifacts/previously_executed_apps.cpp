@@ -43,5 +43,6 @@ extern const artifact previously_executed_apps_artifact = {
     user_assist_key,
     {},
     root_removal::where_it_stands,
+    {},
     write_executed_programs,
 };

@@ -8,7 +8,7 @@ namespace {
 bool write_applications(extraction &run)
 {
     const QString reg_path = run.extracted().key.path;
-    return write_rows_of_key<parse_installed_applications>(
+    return write_rows_of_machine<parse_installed_applications>(
         run, &registry::data_records,
         [&](const hive_rows &, const registry::struct_data &application,
             qsizetype) -> std::optional<QStringList> {
@@ -41,5 +41,6 @@ extern const artifact registered_apps_artifact = {
     values_of("\\RegisteredApplications"_L1),
     {},
     root_removal::where_it_stands,
+    {},
     write_applications,
 };

@@ -12,11 +12,19 @@ namespace {
 constexpr auto mapped_drive = "C:/"_L1;
 
 /// Returns where a program of the evidence lies on the mounted source; empty unless it is on C:.
-QString mounted_path(const QString &windows_path, const QString &source_root_path)
+QString mounted_path(const extraction &run, const QString &windows_path)
 {
+    const QString &root_path = run.context().source_root_path;
     QString path = windows_path;
     path.replace(u'\\', u'/');
-    return path.startsWith(mapped_drive) ? path.replace(mapped_drive, source_root_path) : QString();
+    const bool ignores_case = run.context().options.ignore_letter_case;
+    if (path.startsWith(mapped_drive))
+        path.replace(mapped_drive, root_path);
+    else if (ignores_case && path.startsWith(mapped_drive, Qt::CaseInsensitive))
+        path.replace(0, mapped_drive.size(), root_path);
+    else
+        return {};
+    return ignores_case ? run.on_volume(path) : path;
 }
 
 /// Where the evidence lies, as an examiner's path and as the place that it leads to.
@@ -63,11 +71,11 @@ bool write_programs(extraction &run)
     const QString reg_path = run.extracted().key.path;
     const extraction_context &context = run.context();
     const source_folder source(context.source_root_path);
-    return write_rows_of_key<parse_installed_applications>(
-        run, &registry::data_records,
+    return write_rows_of_users<parse_installed_applications>(
+        run, run.extracted().key, &registry::data_records,
         [&](const hive_rows &hive, const registry::struct_data &program,
             qsizetype) -> std::optional<QStringList> {
-            const QString path = mounted_path(program.name, context.source_root_path);
+            const QString path = mounted_path(run, program.name);
             const auto times = source.times_of(path);
             return QStringList{
                 hive.user_name(),
@@ -110,5 +118,6 @@ extern const artifact third_party_applications_artifact = {
     values_of(parse_installed_applications::compatibility_store_key),
     {},
     root_removal::by_its_length,
+    {},
     write_programs,
 };

@@ -37,5 +37,6 @@ extern const artifact uninstall_apps_artifact = {
     user_assist_key,
     {},
     root_removal::where_it_stands,
+    {},
     write_uninstallers,
 };

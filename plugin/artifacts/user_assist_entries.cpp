@@ -4,28 +4,47 @@
 #include "hive_rows.h"
 #include "parse_user_assist.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// Fields of an entry's data. Older, shorter layouts are read at the same offsets.
-constexpr qsizetype run_count_offset = 4; ///< unsigned 32-bit number of runs
+/// Where the fields of an entry's data stand.
+struct entry_layout
+{
+    qsizetype run_count_offset; ///< unsigned 32-bit number of runs
+    qsizetype last_run_offset;  ///< FILETIME of the last run
+    qint32 first_run_count;     ///< the count of an entry that was never run
+};
+
+/// Of Windows 7 and later. Shorter layouts are read at the same offsets unless a host asks for
+/// more.
+constexpr entry_layout later_layout = {4, 60, 0};
+
+/// Of Windows 2000 to Vista.
+constexpr entry_layout early_layout = {4, 8, 5};
+constexpr qsizetype early_length = 16;
+
 constexpr qsizetype run_count_length = 4;
-constexpr qsizetype last_run_time_offset = 60; ///< FILETIME of the last run
-constexpr qsizetype last_run_time_length = 8;
+constexpr qsizetype last_run_length = 8;
 
-qint32 run_count(const QByteArray &data, const bool &is_cancelled)
+/// What an entry's data tell.
+struct entry_runs
 {
-    return integer_32_of(data.mid(run_count_offset, run_count_length), byte_order::little_endian,
-                         is_cancelled);
-}
+    qint32 count;
+    qint64 last_time; ///< Unix seconds; 0 for an entry without a time
+};
 
-/// Unix seconds; 0 for an entry without a time.
-qint64 last_run_time(const QByteArray &data, const bool &is_cancelled)
+entry_runs runs_of(const QByteArray &data, const entry_layout &layout, const bool &is_cancelled)
 {
-    const qint64 filetime = integer_64_of(data.mid(last_run_time_offset, last_run_time_length),
-                                          byte_order::little_endian, is_cancelled);
-    return filetime > 0 ? registry::unix_seconds(filetime) : 0;
+    const auto order = byte_order::little_endian;
+    const qint32 count =
+        integer_32_of(data.mid(layout.run_count_offset, run_count_length), order, is_cancelled);
+    const qint64 filetime =
+        integer_64_of(data.mid(layout.last_run_offset, last_run_length), order, is_cancelled);
+    return {std::max(0, count - layout.first_run_count),
+            filetime > 0 ? registry::unix_seconds(filetime) : 0};
 }
 
 } // namespace
@@ -35,21 +54,25 @@ bool write_user_assist_entries(
 {
     const QString reg_path = run.extracted().key.path;
     const bool &is_cancelled = *run.context().is_cancelled;
-    return write_rows_of_key<parse_user_assist>(
-        run, &registry::user_assist_records,
+    return write_rows_of_users<parse_user_assist>(
+        run, run.extracted().key, &registry::user_assist_records,
         [&](const hive_rows &hive, const registry::struct_user_asist &entry,
             qsizetype position) -> std::optional<QStringList> {
             const auto name = displayed_name(rotated_name(entry.value_name, is_cancelled));
             if (!name)
                 return std::nullopt;
+            const bool is_early =
+                run.context().options.decode_by_type && entry.value_data.size() == early_length;
+            const entry_runs runs =
+                runs_of(entry.value_data, is_early ? early_layout : later_layout, is_cancelled);
             return QStringList{hive.user_name(),
                                entry.class_id,
                                *name,
                                QString::number(position),
-                               QString::number(run_count(entry.value_data, is_cancelled)),
+                               QString::number(runs.count),
                                u"NTUSER.DAT"_s,
                                u"UserAssist"_s,
                                reg_path,
-                               QString::number(last_run_time(entry.value_data, is_cancelled))};
+                               QString::number(runs.last_time)};
         });
 }

@@ -46,6 +46,13 @@ enum class root_removal
     by_its_length    ///< as many characters as it has, whatever they are
 };
 
+/// Where the users' hives tell what the machine's hive tells in the artefact's key.
+struct installations_of_users
+{
+    listed_registry_key key;
+    QLatin1StringView insert_statement; ///< the table's, with the account in front
+};
+
 /// All that there is to know about one artefact: its table, where it is read, and how.
 struct artifact
 {
@@ -54,6 +61,8 @@ struct artifact
     listed_registry_key key;         ///< the key whose records become rows; none for folders
     listed_registry_key further_key; ///< of the same hives, read to fill those rows; often none
     root_removal source_file_path;
+
+    installations_of_users of_users; ///< read too if a host asks for it
 
     /// Writes the rows of a running extraction. False when it was cancelled, or when there is no
     /// hive to read: the run then leaves no closing line.

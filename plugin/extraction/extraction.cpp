@@ -48,6 +48,11 @@ QString extraction::without_source_root(const QString &path) const
                                                        : path;
 }
 
+QString extraction::on_volume(const QString &path) const
+{
+    return m_context.find_on_volume(path, [this](const QString &text) { log(text); });
+}
+
 void extraction::log(const QString &text) const
 {
     plugin_static_function::app_debug(QString(m_artifact.table.log_tag) + text,

@@ -2,6 +2,7 @@
 #define EXTRACTION_H
 
 #include "artifact.h"
+#include "extraction_options.h"
 #include "hive_output.h"
 #include "result_table_writer.h"
 
@@ -22,9 +23,15 @@ struct extraction_context
     QString os_scheme_display;         ///< written into every row
     const bool *is_cancelled;          ///< set when the run is cancelled
     std::function<void()> row_written; ///< counts a row and signals progress
+    extraction_options options;
 
     /// What a table gets at most from the hive at the path.
     std::function<hive_output::limit(const QString &)> most_output_of;
+
+    /// Where a file of the source lies whose name may differ in letter case, if such names are
+    /// looked for; `tell` gets what there is to tell of it.
+    std::function<QString(const QString &path, const std::function<void(const QString &)> &tell)>
+        find_on_volume;
 };
 
 /// The running extraction of one artefact into its table.
@@ -41,6 +48,16 @@ public:
     const artifact &extracted() const { return m_artifact; }
     const extraction_context &context() const { return m_context; }
     bool is_cancelled() const { return *m_context.is_cancelled; }
+
+    /// Returns where the file of the source lies that is meant by `path`: elsewhere only if letter
+    /// case is ignored and nothing lies at `path` itself.
+    QString on_volume(const QString &path) const;
+
+    /// From now on rows are inserted by another statement of the same table.
+    void use_statement(QLatin1StringView insert_statement)
+    {
+        m_writer.use_statement(insert_statement);
+    }
 
     /// Inserts and counts one row: its own columns and source_columns(). A failure is logged.
     void write_row(const QStringList &values);

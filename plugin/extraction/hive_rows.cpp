@@ -1,22 +1,12 @@
 #include "hive_rows.h"
 
+#include "printable_text.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto software_backup_path = "Windows/System32/config/RegBack/SOFTWARE"_L1;
-
-/// Names come from the evidence: none of them may end or reorder a line of the log.
-QString printable(QString text)
-{
-    for (QChar &character : text) {
-        const bool is_line_end =
-            character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
-        if (is_line_end || (!character.isPrint() && !character.isSurrogate()))
-            character = u'?';
-    }
-    return text;
-}
 
 } // namespace
 
@@ -40,11 +30,15 @@ hive_rows hive_rows::of_machine(extraction &run, const QString &hive_path)
     return hive_rows(run, hive_path, {}, run.context().software_hive_path);
 }
 
-void hive_rows::log_early_end(const registry &walker) const
+void hive_rows::log_findings(const registry &walker) const
 {
     if (!walker.early_end().isEmpty())
         log_left_out(walker.early_end(),
                      u"it has the same data read again and again; what follows is not read"_s);
+    if (walker.replaced_texts() > 0)
+        m_run.log(" "_L1 + place(m_run.extracted().key.path) +
+                  u"%1 texts hold half of a surrogate pair, written as U+FFFD"_s.arg(
+                      walker.replaced_texts()));
 }
 
 /// Logs, once for each hive, that rows are left out.
@@ -60,18 +54,28 @@ void hive_rows::log_full_table()
 
 void hive_rows::log_left_out(const QString &key_path, const QString &what) const
 {
-    m_run.log("---ENDS EARLY--- "_L1 +
-              printable(m_hive_path + ", key "_L1 + key_path + ": "_L1 + what));
+    m_run.log("---ENDS EARLY--- "_L1 + place(key_path) + what);
+}
+
+QString hive_rows::place(const QString &key_path) const
+{
+    return printable_text(m_hive_path + ", key "_L1 + key_path + ": "_L1);
+}
+
+int walk_hive(const extraction &run, registry &walker, const QString &path,
+              const listed_registry_key &key)
+{
+    const extraction_options &options = run.context().options;
+    if (options.decode_by_type)
+        walker.decode_by_type();
+    return walker.start_registry_parse(options.file_to_read(path), key.path, key.has_own_values());
 }
 
 QString walk_software_hive(const extraction &run, registry &walker)
 {
-    const listed_registry_key &key = run.extracted().key;
     const extraction_context &context = run.context();
-    for (const QString &path :
-         {context.software_hive_path, context.source_root_path + software_backup_path}) {
-        if (walker.start_registry_parse(path, key.path, key.has_own_values()) != -1)
-            return path;
-    }
-    return {};
+    if (walk_hive(run, walker, context.software_hive_path, run.extracted().key) != -1)
+        return context.software_hive_path;
+    const QString backup = run.on_volume(context.source_root_path + software_backup_path);
+    return walk_hive(run, walker, backup, run.extracted().key) != -1 ? backup : QString();
 }

@@ -31,8 +31,9 @@ public:
     template<typename record_list, typename row_function>
     bool write(const record_list &records, row_function columns_of, qsizetype certain_rows = 0);
 
-    /// Logs that the walker's last walk of the hive ended before its end, if it did.
-    void log_early_end(const registry &walker) const;
+    /// Logs what there is to tell of the walker's last walk of the hive: that it ended before its
+    /// end, or that texts of it hold what no text can.
+    void log_findings(const registry &walker) const;
 
 private:
     hive_rows(extraction &run, const QString &hive_path, const QString &user_name,
@@ -40,6 +41,7 @@ private:
 
     void log_full_table();
     void log_left_out(const QString &key_path, const QString &what) const;
+    QString place(const QString &key_path) const;
 
     extraction &m_run;
     QString m_hive_path;
@@ -48,6 +50,11 @@ private:
     hive_output m_output;
     bool m_is_full_table_logged = false;
 };
+
+/// Lets `walker` read the key of the hive at `path`, or of the file that is read in its place, with
+/// the options of the run. Returns as registry::start_registry_parse().
+int walk_hive(const extraction &run, registry &walker, const QString &path,
+              const listed_registry_key &key);
 
 /// Lets `walker` read the artefact's key of the SOFTWARE hive, or of its backup copy when the hive
 /// cannot be opened. Returns the path of the one that was read; empty when neither can be.
@@ -65,29 +72,40 @@ bool for_each_user_hive(const extraction &run, function write_rows_of)
     return true;
 }
 
-/// Writes one row for each record that a walker of the type finds in the artefact's key, from all
-/// the hives that the artefact is read from. `columns_of` is a row function that gets the hive's
-/// rows first. False when cancelled, or when there is no software hive to read.
+/// Writes one row for each record that was read of the hive.
+template<typename record_list, typename row_function>
+bool write_walked(hive_rows rows, const registry &walker, const record_list &records,
+                  row_function columns_of)
+{
+    rows.log_findings(walker);
+    return rows.write(records, [&](const auto &record, qsizetype position) {
+        return columns_of(rows, record, position);
+    });
+}
+
+/// Writes one row for each record that a walker of the type finds in the artefact's key of the
+/// SOFTWARE hive. `columns_of` is a row function that gets the hive's rows first. False when
+/// cancelled, or when there is no such hive to read.
 template<typename walker_type, typename record_type, typename row_function>
-bool write_rows_of_key(extraction &run, QList<record_type> registry::*records,
-                       row_function columns_of)
+bool write_rows_of_machine(extraction &run, QList<record_type> registry::*records,
+                           row_function columns_of)
 {
     walker_type walker;
-    const auto write = [&](hive_rows rows) {
-        rows.log_early_end(walker);
-        return rows.write(walker.*records, [&](const record_type &record, qsizetype position) {
-            return columns_of(rows, record, position);
-        });
-    };
-    if (run.extracted().input == artifact_input::software_hive) {
-        const QString path = walk_software_hive(run, walker);
-        return !path.isEmpty() && write(hive_rows::of_machine(run, path));
-    }
-    const listed_registry_key &key = run.extracted().key;
+    const QString path = walk_software_hive(run, walker);
+    return !path.isEmpty() &&
+           write_walked(hive_rows::of_machine(run, path), walker, walker.*records, columns_of);
+}
+
+/// The same for a key of every user's hive. False when cancelled.
+template<typename walker_type, typename record_type, typename row_function>
+bool write_rows_of_users(extraction &run, const listed_registry_key &key,
+                         QList<record_type> registry::*records, row_function columns_of)
+{
+    walker_type walker;
     return for_each_user_hive(run, [&](const QString &path) {
         (walker.*records).clear();
-        walker.start_registry_parse(path, key.path, key.has_own_values());
-        return write(hive_rows::of_user(run, path));
+        walk_hive(run, walker, path, key);
+        return write_walked(hive_rows::of_user(run, path), walker, walker.*records, columns_of);
     });
 }
 

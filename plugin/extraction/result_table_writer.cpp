@@ -27,7 +27,7 @@ QVariant utf8_of(const QString &value)
 } // namespace
 
 result_table_writer::result_table_writer(const result_tab &tab, const QString &database_path)
-    : m_tab(tab), m_database_path(database_path)
+    : m_tab(tab), m_insert_statement(tab.insert_statement), m_database_path(database_path)
 {
 }
 
@@ -55,8 +55,14 @@ bool result_table_writer::open()
     }
     m_database.transaction();
     m_query.emplace(m_database);
-    expect_columns(m_tab.insert_statement.count('?'_L1));
+    use_statement(m_tab.insert_statement);
     return true;
+}
+
+void result_table_writer::use_statement(QLatin1StringView insert_statement)
+{
+    m_insert_statement = insert_statement;
+    expect_columns(insert_statement.count('?'_L1));
 }
 
 bool result_table_writer::stores_utf8()
@@ -110,7 +116,7 @@ bool result_table_writer::insert(const QStringList &values)
 /// UTF-16 into UTF-8 each time: bytes that are UTF-8 already need only be called a text.
 QString result_table_writer::named_statement() const
 {
-    const QStringList parts = QString(m_tab.insert_statement).split(u'?');
+    const QStringList parts = QString(m_insert_statement).split(u'?');
     QString statement = parts.first();
     for (qsizetype position = 0; position < m_columns.size(); ++position) {
         const QString &placeholder = m_columns.at(position).placeholder;
@@ -128,7 +134,7 @@ bool result_table_writer::prepare()
         each.is_bound = false;
     // Not before there is a row, since a locked database keeps it waiting.
     m_takes_utf8 = m_is_named && stores_utf8();
-    return noted(m_query->prepare(m_is_named ? named_statement() : m_tab.insert_statement));
+    return noted(m_query->prepare(m_is_named ? named_statement() : m_insert_statement));
 }
 
 // A query keeps what is bound to it: what is the same as in the row before stays.

@@ -29,6 +29,9 @@ public:
     /// False, with two log lines, when the database cannot be opened.
     bool open();
 
+    /// From now on inserts rows by another statement of the table; the writer must be open.
+    void use_statement(QLatin1StringView insert_statement);
+
     /// Commits the rows and closes the connection; does nothing when it is not open.
     void close();
 
@@ -55,6 +58,7 @@ private:
     void log_insert_failure(const QString &error) const;
 
     const result_tab &m_tab;
+    QLatin1StringView m_insert_statement;
     QString m_database_path;
     QSqlDatabase m_database;
     std::optional<QSqlQuery> m_query; ///< prepared once for all rows until one fails

@@ -1,5 +1,6 @@
 #include "registry.h"
 
+#include "typed_text.h"
 #include "value_text.h"
 
 #include <QScopeGuard>
@@ -57,6 +58,7 @@ int registry::walk_opened_hive(const QString &hive_path,
 {
     const auto walk_end = qScopeGuard([this] { end_walk(); });
     m_early_end.clear();
+    m_replaced_texts = 0;
     if (!m_hive.open(hive_path))
         return -1;
     walk(m_hive.handle(), m_hive.root());
@@ -301,7 +303,16 @@ QByteArray registry::value_bytes(hive_h *hive, unsigned long value)
 QString registry::value_text(hive_h *hive, unsigned long value)
 {
     const unguarded_hive::value_data data = reader_of(hive).data(value);
-    return data.bytes ? text_of_data(data.bytes.get(), data.length) : QString();
+    if (!data.bytes)
+        return {};
+    if (m_decodes_by_type) {
+        const auto typed = text_by_type({data.bytes.get(), data.length}, value_type(hive, value));
+        if (typed) {
+            m_replaced_texts += typed->has_replacements ? 1 : 0;
+            return typed->text;
+        }
+    }
+    return text_of_data(data.bytes.get(), data.length);
 }
 
 int registry::value_type(hive_h *hive, unsigned long value)

@@ -141,6 +141,14 @@ public:
     /// that Windows wrote. Empty when the walk was whole. Records read before are kept.
     const QString &early_end() const { return m_early_end; }
 
+    /// From now on value_text() decodes data by their type, as text_by_type() does, wherever that
+    /// knows the type. By default no type is looked at.
+    void decode_by_type() { m_decodes_by_type = true; }
+
+    /// How many texts of the last walk had half of a surrogate pair, which became U+FFFD. Always 0
+    /// unless data are decoded by type.
+    qint64 replaced_texts() const { return m_replaced_texts; }
+
     QList<struct_data> data_records; ///< filled by the walkers that read a key's values
     struct_data *current_data;       ///< the record being filled; null when none is open
     QList<struct_installed_apps> installed_apps_records; ///< filled by the Uninstall walk
@@ -200,7 +208,7 @@ protected:
     /// Returns the raw data of `value`; empty when it cannot be read.
     QByteArray value_bytes(hive_h *hive, unsigned long value);
 
-    /// Returns the data of `value` as text, as convert_data() describes.
+    /// Returns the data of `value` as text, as convert_data() describes, or by their type.
     QString value_text(hive_h *hive, unsigned long value);
 
     /// Returns the registry type code of `value`; 0 when it cannot be read.
@@ -232,6 +240,8 @@ private:
     unguarded_hive m_foreign_hive; ///< for operations that get a handle from somewhere else
     recent_names m_value_names;
     QString m_early_end;
+    bool m_decodes_by_type = false;
+    qint64 m_replaced_texts = 0;
     std::optional<subkeys_by_name> m_subkey_names; ///< of the walk, if it keeps them
     QSet<int> *m_visited_nodes = nullptr; ///< of the recursion that runs; null outside of one
 };

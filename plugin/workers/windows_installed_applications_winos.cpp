@@ -30,16 +30,6 @@ void log_find(const QString &message)
     plugin_static_function::app_debug(message, find_signature);
 }
 
-/// Returns `path` when something exists there; otherwise logs `failure` with it and returns the
-/// empty text.
-QString existing_path(const QString &path, QLatin1StringView failure)
-{
-    if (QFileInfo::exists(path))
-        return path;
-    log_find(failure + path);
-    return {};
-}
-
 } // namespace
 
 windows_installed_applications_winos::windows_installed_applications_winos(QWidget *parent)
@@ -75,17 +65,22 @@ void windows_installed_applications_winos::find_source_file()
     log_find(u"[find_source_file]---STARTS---"_s);
     ntuser_path_list.clear();
     packages_dir_list.clear();
+    m_paths.reset();
+    if (m_options.ignore_letter_case)
+        m_paths.emplace(source_root_path);
 
-    const QString config_dir = source_root_path + "Windows/System32/config/"_L1;
+    const QString config_dir =
+        first_existing_folder("Windows/"_L1, "WINNT/"_L1) + "System32/config/"_L1;
     hive_path_system = existing_path(config_dir + "SYSTEM"_L1,
                                      "[find_source_file] hivepath_sys -- FILE NOT EXISTS"_L1);
     hive_path_software = existing_path(config_dir + "SOFTWARE"_L1,
                                        "[find_source_file]  hivepath_soft -- FILE NOT EXISTS"_L1);
 
+    const QString users = first_existing_folder("Users/"_L1, "Documents and Settings/"_L1);
     for (const auto &account : std::as_const(system_account_list)) {
         if (bool_cancel_extraction)
             return;
-        const QString home = source_root_path + "Users/"_L1 + account.system_user;
+        const QString home = users + account.system_user;
         const QString ntuser = existing_path(
             home + "/NTUSER.DAT"_L1, "[find_source_file] ntuser_path -- FILE NOT EXISTS"_L1);
         if (!ntuser.isEmpty())
@@ -96,6 +91,38 @@ void windows_installed_applications_winos::find_source_file()
             packages_dir_list.append(packages);
     }
     log_find(u"[find_source_file]---ENDS---"_s);
+}
+
+/// Returns where something lies that `path` names; otherwise logs `failure` with the path and
+/// returns the empty text.
+QString windows_installed_applications_winos::existing_path(const QString &path,
+                                                            QLatin1StringView failure)
+{
+    const QString found = find_on_volume(path, log_find);
+    if (QFileInfo::exists(found))
+        return found;
+    log_find(failure + path);
+    return {};
+}
+
+/// A path that exists as it is spelt stays as it is.
+QString windows_installed_applications_winos::find_on_volume(
+    const QString &path, const std::function<void(const QString &)> &tell)
+{
+    return m_paths && !QFileInfo::exists(path) ? m_paths->find(path, tell) : path;
+}
+
+/// Returns the path of the folder, or of the older one where a host asks for it and that one alone
+/// exists.
+QString windows_installed_applications_winos::first_existing_folder(QLatin1StringView folder,
+                                                                    QLatin1StringView older_folder)
+{
+    const QString path = source_root_path + folder;
+    const QString older_path = source_root_path + older_folder;
+    const auto exists = [this](const QString &place) {
+        return QFileInfo::exists(find_on_volume(place, log_find));
+    };
+    return m_options.old_layout && !exists(path) && exists(older_path) ? older_path : path;
 }
 
 void windows_installed_applications_winos::extract_plugin_artifacts()
@@ -205,7 +232,9 @@ void windows_installed_applications_winos::run(const artifact &extracted)
         os_scheme_display,
         &bool_cancel_extraction,
         [this] { count_row(); },
-        [this](const QString &hive_path) { return most_output_of(hive_path); },
+        m_options,
+        [this](const QString &path) { return most_output_of(m_options.file_to_read(path)); },
+        [this](const QString &path, const auto &tell) { return find_on_volume(path, tell); },
     };
     extraction(extracted, context).run();
 }

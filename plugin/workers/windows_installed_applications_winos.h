@@ -1,8 +1,13 @@
 #ifndef WINDOWS_INSTALLED_APPLICATIONS_WINOS_H
 #define WINDOWS_INSTALLED_APPLICATIONS_WINOS_H
 
+#include "case_blind_paths.h"
+#include "extraction_options.h"
 #include "hive_output.h"
 #include "os_scheme_worker.h"
+
+#include <functional>
+#include <optional>
 
 struct artifact;
 
@@ -61,6 +66,9 @@ public:
     winos_set_artifacts_info(const struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info & /*info*/)
     {
     }
+
+    /// Takes what the host asks for beyond the contract; holds until the next call.
+    void winos_set_extraction_options(const extraction_options &options) { m_options = options; }
 
     /// Runs find_source_file().
     void winos_find_artifacts_source();
@@ -142,6 +150,12 @@ protected:
 
 private:
     void count_row();
+    QString find_on_volume(const QString &path, const std::function<void(const QString &)> &tell);
+    QString existing_path(const QString &path, QLatin1StringView failure);
+    QString first_existing_folder(QLatin1StringView folder, QLatin1StringView older_folder);
+
+    extraction_options m_options;
+    std::optional<case_blind_paths> m_paths; ///< set while letter case is ignored
 };
 
 #endif

@@ -1,0 +1,42 @@
+#ifndef CASE_BLIND_PATHS_H
+#define CASE_BLIND_PATHS_H
+
+#include <QHash>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+/// Finds the files of a volume by names whose letter case differs from theirs, as Windows does. Two
+/// names are the same to it when their code points are, each folded by itself (simple case
+/// folding). A folder is listed once, so that what changes on the volume meanwhile is not seen.
+class case_blind_paths
+{
+public:
+    /// Nothing outside of the folder at `root_path`, which ends in "/", is looked for.
+    explicit case_blind_paths(const QString &root_path);
+
+    /// Returns `path` as it stands on the volume, or unchanged when nothing lies there, or when it
+    /// is not below the root, or has a part "." or "..". A slash at its end stays.
+    ///
+    /// Of several names that are the same but for their letter case the exact one is tried first,
+    /// the others in the order of their code points, until the whole path exists. `tell` gets one
+    /// text for each such folder and name, once.
+    QString find(const QString &path, const std::function<void(const QString &)> &tell);
+
+private:
+    using names_by_folded_name = QHash<QString, QStringList>;
+
+    const names_by_folded_name &names_in(const QString &folder);
+    QString find_below(const QString &folder, const QStringList &parts,
+                       const std::function<void(const QString &)> &tell);
+    QStringList candidates(const QString &folder, const QString &name,
+                           const std::function<void(const QString &)> &tell);
+
+    QString m_root_path;
+    QHash<QString, names_by_folded_name> m_folders;
+    QSet<QString> m_told; ///< folders with names that were told of
+};
+
+#endif
