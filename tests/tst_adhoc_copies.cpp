@@ -1,6 +1,7 @@
 #include "file_size_limit.h"
 #include "files.h"
 #include "log_capture.h"
+#include "log_line.h"
 #include "log_line_hook.h"
 #include "run_context_backup.h"
 #include "test_main.h"
@@ -256,12 +257,11 @@ void tst_adhoc_copies::failed_companion_is_logged_and_the_copy_kept()
     const test_support::log_capture log;
     QCOMPARE(helper->get_adhoc_path_for_database(path), source(u"adhoc/a.sqlite"_s));
     QCOMPARE(copies(), (QStringList{u"a.sqlite"_s, u"a.sqlite"_s + other}));
-    const QString origin =
-        u"[ARKEN_DESK][Artifacts Extraction]"
-        "[plugin_helper_functions::get_adhoc_path_for_database]:-- [get_adhoc_path_for_database]"_s;
-    QCOMPARE(log.lines(),
-             (QStringList{origin + u" companion file copy ----FAILED---- :"_s + path + failing,
-                          origin + u" Error:Not a regular file"_s}));
+    const QString tag = u"[get_adhoc_path_for_database]"_s;
+    QCOMPARE(log.lines(), test_support::log_lines(
+                              u"plugin_helper_functions::get_adhoc_path_for_database"_s,
+                              {tag + u" companion file copy ----FAILED---- :"_s + path + failing,
+                               tag + u" Error:Not a regular file"_s}));
 }
 
 // The failure line of one companion is when the user cancels.

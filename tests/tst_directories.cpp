@@ -1,6 +1,7 @@
 #include "file_size_limit.h"
 #include "files.h"
 #include "log_capture.h"
+#include "log_line.h"
 #include "run_context_backup.h"
 #include "test_main.h"
 #include "workspace.h"
@@ -24,8 +25,7 @@ using library = plugin_static_function;
 
 QString copy_line(const QString &message)
 {
-    return u"[ARKEN_DESK][Artifacts Extraction][plugin_static_function::copy_directory]:-- [copy_directory]"_s +
-           message;
+    return test_support::library_line(u"copy_directory"_s, u"[copy_directory]"_s + message);
 }
 
 } // namespace

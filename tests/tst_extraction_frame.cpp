@@ -1,4 +1,5 @@
 #include "files.h"
+#include "log_line.h"
 #include "plugin_static_function.h"
 #include "result_file.h"
 #include "sample_fixture.h"
@@ -150,11 +151,8 @@ void tst_extraction_frame::logs_with_the_extractor_as_the_origin()
     sample_fixture fixture;
     fixture.extract(tab.name);
     const QString name = QString(tab.log_tag).mid(1).chopped(1);
-    const QString origin = u"[ARKEN_DESK][Artifacts Extraction]["
-                           "windows_installed_applications_winos::"_s +
-                           name + u"]:-- "_s;
-    QCOMPARE(fixture.log.lines(),
-             (QStringList{origin + tab.log_line(tab.opening), origin + end_line(tab)}));
+    QCOMPARE(fixture.log.lines(), log_lines(u"windows_installed_applications_winos::"_s + name,
+                                            {tab.log_line(tab.opening), end_line(tab)}));
 }
 
 void tst_extraction_frame::leaves_the_columns_of_the_host_null()

@@ -1,3 +1,4 @@
+#include "log_line.h"
 #include "log_line_hook.h"
 #include "sample_fixture.h"
 #include "tab_rows.h"
@@ -33,10 +34,8 @@ QStringList story_of_run(worker_fixture &fixture, const QStringList &tabs)
                      [&](qint64 total) { note(u"records "_s, total); });
     QObject::connect(&fixture.worker, &winos_probe::signal_total_tabs_processed_winos,
                      [&](int total) { note(u"tabs "_s, total); });
-    const log_line_hook hook([&](const QString &line) {
-        const QString mark = u"]:-- "_s;
-        story.append(line.mid(line.indexOf(mark) + mark.size()).trimmed());
-    });
+    const log_line_hook hook(
+        [&](const QString &line) { story.append(message_of(line).trimmed()); });
     fixture.worker.winos_set_essential_for_arken_desk_extraction(tabs);
     fixture.worker.winos_extract_artifacts();
     return story;

@@ -1,10 +1,12 @@
 #include "failure_log.h"
 
+#include "log_line.h"
 #include "test_main.h"
 
 #include <QLoggingCategory>
 
 using namespace Qt::StringLiterals;
+using namespace test_support;
 
 namespace {
 
@@ -25,7 +27,7 @@ void send(const QString &text)
 void log(const QStringList &messages)
 {
     for (const QString &message : messages)
-        send(u"[10:20:30][ARKEN_DESK][Artifacts Extraction][caller]:-- "_s + message);
+        send(u"[10:20:30]"_s + log_line(u"caller"_s, message));
 }
 
 } // namespace
@@ -150,8 +152,10 @@ void tst_failure_log::passes_other_texts_on_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("any text") << u"FAILED"_s;
-    QTest::newRow("a line of another tool") << u"[t][e][Other][caller]:-- FAILED"_s;
-    QTest::newRow("a line without a message") << u"[t][e][Artifacts Extraction][FAILED]"_s;
+    QTest::newRow("a line of another tool")
+        << u"[t][e][Other][caller"_s + message_mark + u"FAILED"_s;
+    QTest::newRow("a line without a message")
+        << u"[t]"_s + log_line(u"FAILED"_s, {}).section(message_mark, 0, 0) + u']';
 }
 
 void tst_failure_log::passes_other_texts_on()

@@ -1,4 +1,5 @@
 #include "log_capture.h"
+#include "log_line.h"
 #include "test_main.h"
 
 #include "plugin_static_function.h"
@@ -6,6 +7,7 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace test_support;
 
 namespace {
 
@@ -13,8 +15,7 @@ using library = plugin_static_function;
 
 QString failure_line(const QString &member)
 {
-    return u"[ARKEN_DESK][Artifacts Extraction][plugin_static_function::"_s + member + u"]:-- ["_s +
-           member + u"]-----FAILED----- to get value: "_s;
+    return library_line(member, u'[' + member + u"]-----FAILED----- to get value: "_s);
 }
 
 } // namespace
@@ -32,7 +33,7 @@ private slots:
 void tst_foundation_absent::readers_log_their_failure_line()
 {
     const int object = 0;
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(library::get_nsstring_values(&object, &object), QString());
     QCOMPARE(library::get_nsnumber_values(&object, &object), QString());
     QCOMPARE(library::get_nsnumber_values_yes_no(&object, &object), QString());

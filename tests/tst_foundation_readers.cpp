@@ -1,5 +1,6 @@
 #include "foundation_objects.h"
 #include "log_capture.h"
+#include "log_line.h"
 #include "run_context_backup.h"
 #include "test_main.h"
 
@@ -11,20 +12,15 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace test_support;
 
 namespace {
 
 using library = plugin_static_function;
 
-QString log_line(const QString &member, const QString &message)
-{
-    return u"[ARKEN_DESK][Artifacts Extraction][plugin_static_function::"_s + member + u"]:-- "_s +
-           message;
-}
-
 QString failure_line(const QString &member, const QString &key)
 {
-    return log_line(member, u'[' + member + u"]-----FAILED----- to get value: "_s + key);
+    return library_line(member, u'[' + member + u"]-----FAILED----- to get value: "_s + key);
 }
 
 // A reader of a value under a key, as every one is called here.
@@ -102,7 +98,7 @@ private slots:
 
 private:
     void read_everything() const;
-    test_support::foundation_objects objects;
+    foundation_objects objects;
 };
 
 void tst_foundation_readers::value_is_read_data()
@@ -119,7 +115,7 @@ void tst_foundation_readers::value_is_read_data()
 void tst_foundation_readers::value_is_read()
 {
     QFETCH(const int, index);
-    const test_support::log_capture log;
+    const log_capture log;
     const QList<const void *> values = {
         objects.string(u"Größe \U0001F600"_s),
         objects.integer(42),
@@ -147,7 +143,7 @@ void tst_foundation_readers::failure_is_logged()
     const reader &tested = readers().at(index);
     const void *const dictionary =
         objects.dictionary({{objects.string(u"date"_s), objects.date(0)}});
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(tested.read(dictionary, objects.string(u"absent"_s)), QString());
     QCOMPARE(tested.read(dictionary, objects.string(u"date"_s)), QString());
     QCOMPARE(tested.read(dictionary, nullptr), QString());
@@ -161,7 +157,7 @@ void tst_foundation_readers::wrong_dictionary_is_logged()
     QFETCH(const int, index);
     const reader &tested = readers().at(index);
     const void *const key = objects.string(u"key"_s);
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(tested.read(nullptr, key), QString());
     QCOMPARE(tested.read(objects.array({}), key), QString());
     QCOMPARE(tested.read(objects.string(u"text"_s), key), QString());
@@ -172,7 +168,7 @@ void tst_foundation_readers::exception_stays_inside()
 {
     QFETCH(const int, index);
     const reader &tested = readers().at(index);
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(tested.read(objects.throwing_dictionary(), objects.string(u"key"_s)), QString());
     QCOMPARE(tested.read(objects.dictionary({}), objects.throwing_key()), QString());
     QCOMPARE(log.lines(), (QStringList{failure_line(tested.logs_as, u"key"_s),
@@ -181,7 +177,7 @@ void tst_foundation_readers::exception_stays_inside()
 
 void tst_foundation_readers::key_of_another_class_is_described()
 {
-    const test_support::log_capture log;
+    const log_capture log;
     const void *const key = objects.integer(7);
     QCOMPARE(library::get_nsstring_values(objects.dictionary({}), key), QString());
     QCOMPARE(
@@ -252,7 +248,7 @@ void tst_foundation_readers::cfstring_becomes_a_qstring()
 
 void tst_foundation_readers::cfstring_of_another_class_is_empty()
 {
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(library::convert_cfstring_to_qstring(nullptr), QString());
     QCOMPARE(library::convert_cfstring_to_qstring(objects.integer(1)), QString());
     QCOMPARE(log.lines(), QStringList());
@@ -284,7 +280,7 @@ void tst_foundation_readers::date_becomes_epoch_seconds()
 
 void tst_foundation_readers::date_of_another_class_is_empty()
 {
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(library::convert_nsdate_to_epoch(nullptr), QString());
     QCOMPARE(library::convert_nsdate_to_epoch(objects.string(u"2024"_s)), QString());
     QCOMPARE(log.lines(), QStringList());
@@ -292,7 +288,7 @@ void tst_foundation_readers::date_of_another_class_is_empty()
 
 void tst_foundation_readers::date_that_is_no_number_is_empty()
 {
-    const test_support::log_capture log;
+    const log_capture log;
     const void *const date = objects.date_without_number();
     QVERIFY(!foundation_values::date_text(date));
     QCOMPARE(library::convert_nsdate_to_epoch(date), QString());
@@ -302,7 +298,7 @@ void tst_foundation_readers::date_that_is_no_number_is_empty()
 // Every reader once with a value, once without, and once with an exception on the way.
 void tst_foundation_readers::read_everything() const
 {
-    const test_support::foundation_objects made;
+    const foundation_objects made;
     const void *const key = made.string(u"key"_s);
     const void *const text = made.string(u"text"_s);
     for (const void *const value :
@@ -318,15 +314,15 @@ void tst_foundation_readers::read_everything() const
 
 void tst_foundation_readers::readers_leave_no_object_behind()
 {
-    if (!test_support::foundation_objects::living_objects())
+    if (!foundation_objects::living_objects())
         QSKIP("this platform keeps no list of the objects that are alive");
     // The first rounds fill the caches of Foundation.
     for (int round = 0; round < 3; ++round)
         read_everything();
-    const auto before = test_support::foundation_objects::living_objects();
+    const auto before = foundation_objects::living_objects();
     for (int round = 0; round < 10; ++round)
         read_everything();
-    QCOMPARE(test_support::foundation_objects::living_objects(), before);
+    QCOMPARE(foundation_objects::living_objects(), before);
 }
 
 TEST_MAIN(tst_foundation_readers)

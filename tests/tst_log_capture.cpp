@@ -1,5 +1,6 @@
 #include "files.h"
 #include "log_capture.h"
+#include "log_line.h"
 #include "plugin_static_function.h"
 #include "test_main.h"
 
@@ -33,34 +34,34 @@ void tst_log_capture::captures_the_lines_without_their_time()
     QCOMPARE(log.lines(), QStringList());
     plugin_static_function::app_debug(u"[walk] - START"_s, u"void registry::walk(int)"_s);
     plugin_static_function::app_debug(u""_s, u"bool ns::end()"_s);
-    QCOMPARE(log.lines(),
-             (QStringList{u"[ARKEN_DESK][Artifacts Extraction][registry::walk]:-- [walk] - START"_s,
-                          u"[ARKEN_DESK][Artifacts Extraction][ns::end]:-- "_s}));
+    QCOMPARE(log.lines(), (QStringList{log_line(u"registry::walk"_s, u"[walk] - START"_s),
+                                       log_line(u"ns::end"_s, {})}));
 }
 
 void tst_log_capture::gives_the_messages_alone()
 {
     const log_capture log;
-    plugin_static_function::app_debug(u" table]:-- creation "_s, u"void a::b()"_s);
-    QCOMPARE(log.messages(), QStringList{u" table]:-- creation "_s});
+    plugin_static_function::app_debug(u" table"_s + message_mark + u"creation "_s,
+                                      u"void a::b()"_s);
+    QCOMPARE(log.messages(), QStringList{u" table"_s + message_mark + u"creation "_s});
 }
 
 void tst_log_capture::names_the_edition_it_was_made_with_data()
 {
     QTest::addColumn<int>("engine_type");
-    QTest::addColumn<QString>("line");
-    QTest::addRow("sweep") << 1 << u"[ARKEN_SWEEP][Artifacts Extraction][a::b]:-- m"_s;
-    QTest::addRow("field") << 2 << u"[ARKEN_FIELD][Artifacts Extraction][a::b]:-- m"_s;
-    QTest::addRow("an unknown edition")
-        << 7 << u"[ -----FAILED----- to find Engine Type ][7][Artifacts Extraction][a::b]:-- m"_s;
+    QTest::addColumn<QString>("edition");
+    QTest::addRow("sweep") << 1 << u"ARKEN_SWEEP"_s;
+    QTest::addRow("field") << 2 << u"ARKEN_FIELD"_s;
+    QTest::addRow("an unknown edition") << 7 << u" -----FAILED----- to find Engine Type ][7"_s;
 }
 
 void tst_log_capture::names_the_edition_it_was_made_with()
 {
     QFETCH(const int, engine_type);
+    QFETCH(const QString, edition);
     const log_capture log(engine_type);
     plugin_static_function::app_debug(u"m"_s, u"void a::b()"_s);
-    QTEST(log.lines().value(0), "line");
+    QCOMPARE(log.lines(), QStringList{log_line(u"a::b"_s, u"m"_s, edition)});
 }
 
 void tst_log_capture::captures_after_a_reset_through_its_record()
@@ -83,22 +84,23 @@ void tst_log_capture::keeps_a_line_feed_inside_a_message()
 
 void tst_log_capture::shows_a_line_without_a_valid_time_stamp_data()
 {
-    QTest::addColumn<QByteArray>("line");
-    QTest::addRow("no stamp") << "stray"_ba;
-    QTest::addRow("a month in digits") << "[2024-03-07T09-05-41][ARKEN_DESK][x]:-- m"_ba;
-    QTest::addRow("no bracket behind the stamp") << "[2024-Mar-07T09-05-41]x]:-- m"_ba;
-    QTest::addRow("colons in the time") << "[2024-Mar-07T09:05:41][ARKEN_DESK][x]:-- m"_ba;
+    QTest::addColumn<QString>("line");
+    const QString rest = log_line(u"x"_s, u"m"_s);
+    QTest::addRow("no stamp") << u"stray"_s;
+    QTest::addRow("a month in digits") << u"[2024-03-07T09-05-41]"_s + rest;
+    QTest::addRow("no bracket behind the stamp") << u"[2024-Mar-07T09-05-41]"_s + rest.mid(1);
+    QTest::addRow("colons in the time") << u"[2024-Mar-07T09:05:41]"_s + rest;
 }
 
 void tst_log_capture::shows_a_line_without_a_valid_time_stamp()
 {
-    QFETCH(const QByteArray, line);
+    QFETCH(const QString, line);
     const log_capture log;
-    write_file(log.path(), line + '\n');
-    QCOMPARE(log.lines(), QStringList{QString::fromUtf8(line)});
-    write_file(log.path(), "[2024-Mar-07T09-05-41][E][x]:-- m\n" + line);
-    QCOMPARE(log.lines(),
-             QStringList{u"[E][x]:-- m\n"_s + QString::fromUtf8(line) + u"<no line feed>"_s});
+    write_file(log.path(), line.toUtf8() + '\n');
+    QCOMPARE(log.lines(), QStringList{line});
+    const QString before = log_line(u"x"_s, u"m\n"_s);
+    write_file(log.path(), "[2024-Mar-07T09-05-41]" + (before + line).toUtf8());
+    QCOMPARE(log.lines(), QStringList{before + line + u"<no line feed>"_s});
 }
 
 void tst_log_capture::forgets_the_lines_on_clear()

@@ -1,6 +1,7 @@
 #include "evidence_volume.h"
 #include "host_double.h"
 #include "log_capture.h"
+#include "log_line.h"
 #include "log_line_hook.h"
 #include "result_database.h"
 #include "test_main.h"
@@ -12,10 +13,8 @@ using namespace test_support;
 
 namespace {
 
-const QString find_origin =
-    u"[ARKEN_DESK][Artifacts Extraction][windows_installed_applications::pub_find_source_file]:-- "_s;
-const QString extract_origin =
-    u"[ARKEN_DESK][Artifacts Extraction][windows_installed_applications::pub_extract_artifacts]:-- "_s;
+const QString find_operation = u"windows_installed_applications::pub_find_source_file"_s;
+const QString extract_operation = u"windows_installed_applications::pub_extract_artifacts"_s;
 
 QString scheme_failure(const QString &scheme)
 {
@@ -42,8 +41,7 @@ QStringList lines_and_signals(host_double &host)
     host.plugin().pub_find_source_file();
     QStringList all;
     host.on_event([&all](const QString &event) { all.append(event); });
-    const log_line_hook hook(
-        [&all](const QString &line) { all.append(line.section(u"]:-- "_s, 1)); });
+    const log_line_hook hook([&all](const QString &line) { all.append(message_of(line)); });
     host.plugin().pub_extract_artifacts();
     return all;
 }
@@ -94,7 +92,7 @@ void tst_plugin_extraction::an_unknown_scheme_is_logged_when_sources_are_sought(
     host.set_up();
     log.clear();
     host.plugin().pub_find_source_file();
-    QCOMPARE(log.lines(), QStringList{find_origin + scheme_failure(scheme)});
+    QCOMPARE(log.lines(), QStringList{log_line(find_operation, scheme_failure(scheme))});
     QCOMPARE(host.events(), QStringList());
 }
 
@@ -117,9 +115,9 @@ void tst_plugin_extraction::an_unknown_scheme_still_signals_and_ends()
     log.clear();
     host.plugin().pub_extract_artifacts();
     QCOMPARE(host.events(), (QStringList{u"records 0"_s, u"records 5"_s}));
-    QCOMPARE(log.lines(), (QStringList{extract_origin + u"[pub_extract_artifacts] - START"_s,
-                                       extract_origin + scheme_failure(scheme),
-                                       extract_origin + u"[pub_extract_artifacts] - END"_s}));
+    QCOMPARE(log.lines(), log_lines(extract_operation,
+                                    {u"[pub_extract_artifacts] - START"_s, scheme_failure(scheme),
+                                     u"[pub_extract_artifacts] - END"_s}));
 }
 
 void tst_plugin_extraction::a_scheme_without_artefacts_signals_the_total_once_data()

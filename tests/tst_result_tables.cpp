@@ -1,6 +1,7 @@
 #include "evidence_volume.h"
 #include "host_double.h"
 #include "log_capture.h"
+#include "log_line.h"
 #include "log_line_hook.h"
 #include "plugin_helper_functions.h"
 #include "result_database.h"
@@ -21,7 +22,10 @@ using namespace test_support;
 
 namespace {
 
-const QString prefix = u"[ARKEN_DESK][Artifacts Extraction][windows_installed_applications::"_s;
+QString line_of(const QString &member, const QString &message)
+{
+    return log_line(u"windows_installed_applications::"_s + member, message);
+}
 
 class plugin_probe : public windows_installed_applications
 {
@@ -122,9 +126,10 @@ void tst_result_tables::setting_the_directory_logs_its_start_and_end()
 {
     prepared_plugin prepared;
     prepared.plugin.pub_set_result_directory(prepared.folder.path());
-    const QString origin = prefix + u"set_destination_location]:-- "_s;
-    QCOMPARE(prepared.log.lines(), (QStringList{origin + u"[set_destination_location] starts"_s,
-                                                origin + u"[set_destination_location] ends"_s}));
+    QCOMPARE(
+        prepared.log.lines(),
+        log_lines(u"windows_installed_applications::set_destination_location"_s,
+                  {u"[set_destination_location] starts"_s, u"[set_destination_location] ends"_s}));
 }
 
 void tst_result_tables::the_directory_may_be_set_again()
@@ -238,12 +243,13 @@ void tst_result_tables::creating_logs_its_start_and_end()
 {
     prepared_plugin prepared;
     prepared.plugin.pub_create_db_tables();
-    const QString outer = prefix + u"create_destination_database]:-- "_s;
-    const QString inner = prefix + u"create_db_tables]:-- "_s;
-    QCOMPARE(prepared.log.lines(), (QStringList{outer + u"[create_destination_database] starts"_s,
-                                                inner + u"[create_db_tables] -starts"_s,
-                                                inner + u"[create_db_tables] -ends"_s,
-                                                outer + u"[create_destination_database] ends"_s}));
+    const QString outer = u"create_destination_database"_s;
+    const QString inner = u"create_db_tables"_s;
+    QCOMPARE(prepared.log.lines(),
+             (QStringList{line_of(outer, u"[create_destination_database] starts"_s),
+                          line_of(inner, u"[create_db_tables] -starts"_s),
+                          line_of(inner, u"[create_db_tables] -ends"_s),
+                          line_of(outer, u"[create_destination_database] ends"_s)}));
 }
 
 void tst_result_tables::creating_again_changes_nothing_and_logs_no_failure()
@@ -323,10 +329,9 @@ void tst_result_tables::clearing_without_a_database_is_logged()
 {
     prepared_plugin prepared;
     prepared.plugin.pub_set_clear_db(true);
-    QCOMPARE(
-        prepared.log.lines(),
-        QStringList{prefix +
-                    u"clear_db_tables]:-- [clear_db_tables]DB not exists and so returning..."_s});
+    QCOMPARE(prepared.log.lines(),
+             QStringList{line_of(u"clear_db_tables"_s,
+                                 u"[clear_db_tables]DB not exists and so returning..."_s)});
 }
 
 void tst_result_tables::a_missing_database_is_logged_for_an_unknown_edition_too()

@@ -1,4 +1,5 @@
 #include "log_capture.h"
+#include "log_line.h"
 #include "log_line_hook.h"
 #include "result_file.h"
 #include "run_context_backup.h"
@@ -135,7 +136,7 @@ void tst_sqlite_connections::list_helper_has_no_connection_any_more_when_it_logs
     const new_connections connections;
     QStringList seen;
     const log_line_hook hook([&](const QString &line) {
-        seen.append(line.section(u"]:-- "_s, 1) + QString::number(connections.names().size()));
+        seen.append(message_of(line) + QString::number(connections.names().size()));
     });
     QCOMPARE(list_helpers().at(helper).second(u"select name from wine"_s, wines.path),
              QStringList{u"red"_s});

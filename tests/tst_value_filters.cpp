@@ -1,31 +1,22 @@
 #include "log_capture.h"
+#include "log_line.h"
 #include "test_main.h"
+#include "text_rows.h"
 
 #include "plugin_static_function.h"
 
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace test_support;
 
 namespace {
 
 using library = plugin_static_function;
 
-void add_text_columns()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("result");
-}
-
-void add_row(const char *name, const QString &text, const QString &result)
-{
-    QTest::newRow(name) << text << result;
-}
-
 QString conversion_line(const QString &message)
 {
-    return u"[ARKEN_DESK][Artifacts Extraction][plugin_static_function::convert_string_to_unicode]:-- "_s +
-           message;
+    return library_line(u"convert_string_to_unicode"_s, message);
 }
 
 } // namespace
@@ -215,7 +206,7 @@ void tst_value_filters::unicode_escapes()
 
 void tst_value_filters::unicode_conversion_logs_that_it_runs()
 {
-    const test_support::log_capture log;
+    const log_capture log;
     library::convert_string_to_unicode(u"\\U2019"_s);
     QCOMPARE(log.lines(), QStringList{conversion_line(u" : running"_s)});
 }
@@ -223,7 +214,7 @@ void tst_value_filters::unicode_conversion_logs_that_it_runs()
 void tst_value_filters::unicode_conversion_stops_at_its_bound()
 {
     const QString bound = u"\\U0041"_s.repeated(100000);
-    const test_support::log_capture log;
+    const log_capture log;
     QCOMPARE(library::convert_string_to_unicode(bound), u"A"_s.repeated(100000));
     QCOMPARE(log.lines().size(), 1);
     log.clear();

@@ -3,6 +3,7 @@
 #include "application_keys.h"
 #include "files.h"
 #include "host_double.h"
+#include "log_line.h"
 #include "result_database.h"
 #include "result_file.h"
 #include "sample_evidence.h"
@@ -104,12 +105,10 @@ QStringList messages_in(const QString &log_path, const QString &database_path)
 
 QStringList messages_of(const QByteArray &log, const QString &database_path)
 {
-    static const QString separator = u"]:-- "_s;
     QStringList messages = QString::fromLocal8Bit(log).split(u'\n');
     messages.removeLast();
     for (QString &message : messages)
-        message = message.mid(message.indexOf(separator) + separator.size())
-                      .replace(database_path, u"DATABASE"_s);
+        message = message_of(message).replace(database_path, u"DATABASE"_s);
     return messages;
 }
 

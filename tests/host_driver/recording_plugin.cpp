@@ -1,5 +1,6 @@
 #include "artifact_list.h"
 #include "artifact_plugin_interface.h"
+#include "log_line.h"
 
 #include <QFile>
 #include <QLoggingCategory>
@@ -28,10 +29,10 @@ void record(const QString &call, const QStringList &arguments = {})
     std::fputs(line.toUtf8().constData(), stderr);
 }
 
-void log_line(const QString &message)
+void write_log(const QString &message)
 {
-    const QString line = "[2024-Mar-07T09-05-41][ARKEN_DESK][Artifacts Extraction][caller]:-- "_L1;
-    qDebug("%s", qUtf8Printable(line + message));
+    const QString line = test_support::log_line(u"caller"_s, message);
+    qDebug("[2024-Mar-07T09-05-41]%s", qUtf8Printable(line));
 }
 
 } // namespace
@@ -137,13 +138,13 @@ signals:
 private:
     static void log_failures()
     {
-        log_line(u"[find_source_file] ntuser_path -- FILE NOT EXISTS/FAILED/NTUSER.DAT"_s);
-        log_line(u" query  --------FAILED------ db file - /results/x.sqlite"_s);
-        log_line(u" CALLER FUNCTION -  -  void f()"_s);
-        log_line(u" command -  CREATE TABLE t"_s);
-        log_line(u" error -  disk I/O error"_s);
-        log_line(u"[extract_metro_apps]Destination Db opening failed "_s);
-        log_line(u"out of memory"_s);
+        write_log(u"[find_source_file] ntuser_path -- FILE NOT EXISTS/FAILED/NTUSER.DAT"_s);
+        write_log(u" query  --------FAILED------ db file - /results/x.sqlite"_s);
+        write_log(u" CALLER FUNCTION -  -  void f()"_s);
+        write_log(u" command -  CREATE TABLE t"_s);
+        write_log(u" error -  disk I/O error"_s);
+        write_log(u"[extract_metro_apps]Destination Db opening failed "_s);
+        write_log(u"out of memory"_s);
     }
 
     /// What somebody moves away during the run.

@@ -1,6 +1,7 @@
 #include "worker_fixture.h"
 
 #include "created_tables.h"
+#include "log_line.h"
 #include "plugin_static_function.h"
 
 #include <stdexcept>
@@ -13,8 +14,8 @@ namespace {
 
 QString line_begin(const QString &operation)
 {
-    return u"[ARKEN_DESK][Artifacts Extraction]["
-           "windows_installed_applications_winos::%1]:-- [%1]"_s.arg(operation);
+    return log_line(u"windows_installed_applications_winos::"_s + operation,
+                    u"[%1]"_s.arg(operation));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "log_capture.h"
 
 #include "files.h"
+#include "log_line.h"
 
 #include <QRegularExpression>
 
@@ -30,13 +31,6 @@ QStringList raw_lines(const QString &content)
     else
         lines.last() += u"<no line feed>"_s;
     return lines;
-}
-
-QString message_of(const QString &line)
-{
-    static const QString separator = u"]:-- "_s;
-    const qsizetype end = line.indexOf(separator);
-    return end < 0 ? line : line.mid(end + separator.size());
 }
 
 } // namespace

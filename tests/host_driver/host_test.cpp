@@ -1,0 +1,78 @@
+#include "host_test.h"
+
+#include "application_keys.h"
+
+#include <QFileInfo>
+
+namespace test_support {
+
+using namespace Qt::StringLiterals;
+using namespace evidence;
+
+const QString software_file = u"Windows/System32/config/SOFTWARE"_s;
+const QString backup_file = u"Windows/System32/config/RegBack/SOFTWARE"_s;
+
+const QStringList recorded{u"--plugin"_s, QStringLiteral(RECORDING_PLUGIN)};
+
+const QStringList small_volume_report{
+    u"install_apps_64                    2"_s, u"install_apps_32                    1"_s,
+    u"uninstall_apps                     1"_s, u"registered_apps                    1"_s,
+    u"metro_apps                         2"_s, u"previously_executed_apps           2"_s,
+    u"third_party_applications           1"_s, u"hidden_desktop_icons_app           1"_s,
+    u"total                             11"_s};
+
+const QString bob_has_no_hive = u"artifact_host: warning: Users/bob/NTUSER.DAT: not found"_s;
+
+QString host_test::canonical_folder() const
+{
+    return QFileInfo(folder()).canonicalFilePath();
+}
+
+QString host_test::database_path() const
+{
+    return canonical_folder() + "/results/Artifacts_Result/Windows_Installed_Applications/"
+                                "Windows_Installed_Applications.sqlite"_L1;
+}
+
+QStringList host_test::arguments(const QString &source, const QStringList &more) const
+{
+    return QStringList{u"extract"_s, source, u"--result"_s, result_path()} + more;
+}
+
+host_result host_test::extract(const evidence_volume &volume, const QStringList &more) const
+{
+    return host_process().run(arguments(volume.root(), more));
+}
+
+void fill_software(hive_builder &hive)
+{
+    hive_key &installed = hive.key(uninstall_key);
+    installed.key(u"Seven Zip"_s).text(u"DisplayName"_s, u"7-Zip"_s);
+    installed.key(u"Browser"_s).text(u"DisplayName"_s, u"Browser"_s);
+    hive.key(uninstall_key_32).key(u"Player"_s).text(u"DisplayName"_s, u"Player"_s);
+    hive.key(registered_applications_key).text(u"Mail"_s, u"Software\\Mail\\Capabilities"_s);
+}
+
+void fill_user(hive_builder &hive)
+{
+    // Names are rotated by 13 letters.
+    hive_key &count = hive.key(user_assist_key + "\\{CEBFF5CD}\\Count"_L1);
+    count.binary(u"pnyp.rkr"_s, QByteArray(72, '\0'));
+    count.binary(u"havafgnyy.rkr"_s, QByteArray(72, '\0'));
+    hive.key(compatibility_store_key).binary(u"C:\\Games\\chess.exe"_s, "x");
+    hive.key(hide_desktop_icons_key + "\\NewStartPanel"_L1).dword(u"{20D04FE0}"_s, 1);
+    hive.key(name_space_key + "\\{20D04FE0}"_L1).text(QString(), u"This PC"_s);
+}
+
+std::unique_ptr<evidence_volume> small_volume()
+{
+    auto volume = std::make_unique<evidence_volume>();
+    fill_software(volume->software());
+    fill_user(volume->user(u"ann"_s));
+    volume->package(u"ann"_s, u"Calculator"_s).package(u"bob"_s, u"Weather"_s);
+    volume->folder(u"Users/Public"_s);
+    volume->write();
+    return volume;
+}
+
+} // namespace test_support

@@ -1,0 +1,58 @@
+#ifndef HOST_TEST_H
+#define HOST_TEST_H
+
+#include "evidence_volume.h"
+#include "host_process.h"
+
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <memory>
+
+namespace test_support {
+
+/// What the tests of the program share: a folder of their own for each test, and the runs whose
+/// results go there.
+class host_test
+{
+protected:
+    /// To be called before each test: an empty folder.
+    void begin_test() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    QString folder() const { return m_folder->path(); }
+    QString canonical_folder() const;
+    QString folder_path(const QString &name) const { return m_folder->filePath(name); }
+    QString result_path() const { return folder_path(QStringLiteral("results")); }
+    QString database_path() const;
+
+    QStringList arguments(const QString &source, const QStringList &more = {}) const;
+    host_result extract(const evidence::evidence_volume &volume,
+                        const QStringList &more = {}) const;
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+/// Where the hives of the machine's software stand in a source.
+extern const QString software_file;
+extern const QString backup_file;
+
+/// The options that load the plug-in that tells of each call instead of the one under test.
+extern const QStringList recorded;
+
+/// Two applications of 64 bits, one of 32 bits and a registered one.
+void fill_software(evidence::hive_builder &hive);
+
+/// Two programs that were run, one of them an uninstaller; a stored program and a hidden icon.
+void fill_user(evidence::hive_builder &hive);
+
+/// Both of these: Ann has a hive and a package, Bob a package only.
+std::unique_ptr<evidence::evidence_volume> small_volume();
+
+/// What the program reports of that volume, and what it warns of.
+extern const QStringList small_volume_report;
+extern const QString bob_has_no_hive;
+
+} // namespace test_support
+
+#endif
