@@ -10,8 +10,8 @@
 namespace evidence {
 
 /// Writes a registry hive file byte by byte, without the library that reads it. Keys and values
-/// are listed in the order in which they were added, unless sort_subkeys() is called. A hive, and one
-/// that claims more values than it has:
+/// are listed in the order in which they were added, unless sort_subkeys() is called. A hive, and
+/// one that claims more values than it has:
 ///
 ///     hive_builder hive;
 ///     hive_key &editor = hive.key(u"Microsoft\\Windows\\CurrentVersion\\Uninstall\\Editor"_s);
