@@ -50,7 +50,8 @@ QString extraction::without_source_root(const QString &path) const
 
 QString extraction::on_volume(const QString &path) const
 {
-    return m_context.find_on_volume(path, [this](const QString &text) { log(text); });
+    return m_context.find_on_volume(
+        path, [this](const QString &text) { log(u"[letter case] "_s + text); });
 }
 
 void extraction::log(const QString &text) const

@@ -30,6 +30,11 @@ void log_find(const QString &message)
     plugin_static_function::app_debug(message, find_signature);
 }
 
+void log_letter_case(const QString &text)
+{
+    log_find("[letter case] "_L1 + text);
+}
+
 } // namespace
 
 windows_installed_applications_winos::windows_installed_applications_winos(QWidget *parent)
@@ -98,7 +103,7 @@ void windows_installed_applications_winos::find_source_file()
 QString windows_installed_applications_winos::existing_path(const QString &path,
                                                             QLatin1StringView failure)
 {
-    const QString found = find_on_volume(path, log_find);
+    const QString found = find_on_volume(path, log_letter_case);
     if (QFileInfo::exists(found))
         return found;
     log_find(failure + path);
@@ -120,7 +125,7 @@ QString windows_installed_applications_winos::first_existing_folder(QLatin1Strin
     const QString path = source_root_path + folder;
     const QString older_path = source_root_path + older_folder;
     const auto exists = [this](const QString &place) {
-        return QFileInfo::exists(find_on_volume(place, log_find));
+        return QFileInfo::exists(find_on_volume(place, log_letter_case));
     };
     return m_options.old_layout && !exists(path) && exists(older_path) ? older_path : path;
 }
