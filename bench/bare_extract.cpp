@@ -24,7 +24,7 @@ const bare_tab tabs[] = {
     {"hidden_desktop_icons_app", extract_hidden_desktop_icons_app},
 };
 
-/// SQLite sets itself up when it is first used; a host has long done so.
+/// SQLite initialises itself at its first use. A host has used it before.
 void warm_up()
 {
     sqlite3 *database = nullptr;
@@ -34,7 +34,7 @@ void warm_up()
 
 } // namespace
 
-/// A function of its own, so that a profiler can be told to look at nothing else.
+/// A function of its own, so that a profiler can be told to watch it alone.
 [[gnu::noinline]] void measured_run(const bare_run &run, run_meter &meter)
 {
     for (const bare_tab &tab : tabs) {

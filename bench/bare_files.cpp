@@ -59,7 +59,7 @@ std::string windows_path(const std::string &relative_path)
     return path;
 }
 
-/// The entries of a folder but itself and its parent.
+/// The entries of a folder, without the folder itself and its parent.
 template<typename function>
 void for_each_entry(const std::string &folder, const function &use)
 {
@@ -94,7 +94,7 @@ void extract_third_party_applications(const bare_run &run)
     });
 }
 
-// The times are looked up where the plug-in does: at the root followed by the whole path.
+// The times are those of the file at the root followed by the whole path, as in the plug-in.
 void extract_metro_apps(const bare_run &run)
 {
     bare_table table(run.database, "metro_apps",

@@ -15,7 +15,7 @@ constexpr qint64 first_time = 1700000000; // 2023-11-14T22:13:20Z
 constexpr qint64 seconds_apart = 61;
 constexpr int vendors = 90;
 
-/// A class id that belongs to the number and looks like any other.
+/// The class id of a number; it looks like any other.
 QString class_id(int number)
 {
     return QUuid::createUuidV5(QUuid(), QByteArray::number(number)).toString().toUpper();
@@ -34,7 +34,7 @@ QString install_date(int index)
     return QString::number(date);
 }
 
-/// Every third application has a key of its own choice, the others have one of the installer's.
+/// The key of every third application has a name, the others have a class id, as installers do it.
 QString application_key(int index)
 {
     return index % 3 == 0 ? u"Product Suite %1_is1"_s.arg(index) : class_id(index);
@@ -53,7 +53,7 @@ void add_application(hive_key &uninstall, int index)
         .text(u"InstallSource"_s, u"C:\\Users\\ann\\Downloads\\setup %1\\"_s.arg(index))
         .text(u"URLInfoAbout"_s, u"https://vendor%1.example/products/%2"_s.arg(vendor).arg(index))
         .text(u"UninstallString"_s, u"\"%1\\unins000.exe\" /log"_s.arg(folder))
-        // What the walk has to pass over.
+        // Values that the walk must skip.
         .dword(u"NoModify"_s, 1)
         .dword(u"EstimatedSize"_s, 5632)
         .last_write_unix(first_time + seconds_apart * index);

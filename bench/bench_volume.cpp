@@ -22,8 +22,8 @@ void add_programs(evidence_volume &volume, int store)
     }
 }
 
-/// Empty files stand for the folders, which would take a block of the disk each: an entry is only
-/// listed, never opened.
+/// Makes empty files instead of folders, because each folder takes a block of the disk. The plug-in
+/// lists the entries and never opens them.
 void add_packages(evidence_volume &volume, int count)
 {
     volume.package(account, {});

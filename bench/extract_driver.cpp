@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Ends a part of the measurement with each tab that is done.
+/// Ends a part of the measurement when a tab is done.
 class tab_meter : public QObject
 {
     Q_OBJECT
@@ -40,7 +40,7 @@ struct driven_run
     QStringList tabs;  ///< empty for all
 };
 
-/// Qt loads its SQLite driver when it is first used; a host has long done so.
+/// Qt loads its SQLite driver at its first use. A host has used it before.
 void warm_up()
 {
     const QString name = u"warm up"_s;
@@ -95,7 +95,7 @@ driven_run parsed(const QApplication &application)
 
 } // namespace
 
-/// A function of its own, so that a profiler can be told to look at nothing else.
+/// A function of its own, so that a profiler can be told to watch it alone.
 [[gnu::noinline]] void measured_run(artifact_plugin &plugin)
 {
     plugin.pub_find_source_file();

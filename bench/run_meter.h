@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Measures the parts of a run, one after the other. What the process did before the meter was
-/// made, and what it has in memory by then, does not count.
+/// Measures the parts of a run, one after the other. Time and memory count from the moment when the
+/// meter is made.
 class run_meter
 {
 public:

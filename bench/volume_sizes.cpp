@@ -15,7 +15,7 @@ struct named_scenario
 const QList<named_scenario> &scenarios()
 {
     static const QList<named_scenario> list{
-        // What a program takes for nothing.
+        // Shows what a program takes when there is nothing to read.
         {u"empty"_s, {}},
         {u"small"_s, {10, 10, 1000, 1000, 1000, 1000, 2, 1, 1000, 20, 50, 1000}},
         {u"medium"_s, {100, 50, 10000, 10000, 10000, 10000, 5, 1, 10000, 20, 500, 10000}},

@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The entry point of a fuzzer: `operation` gets each input as a QByteArray, under one application
-/// object that needs no display and that nothing destroys, since libFuzzer leaves through exit().
-/// What it throws ends the fuzzer.
+/// The entry point of a fuzzer: `operation` gets each input as a QByteArray. One application object
+/// exists, which needs no display and is never destroyed, because libFuzzer leaves through exit().
+/// An exception from `operation` ends the fuzzer.
 #define FUZZ_MAIN(operation)                                                                       \
     extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)                                   \
     {                                                                                              \

@@ -54,7 +54,7 @@ void write_extraction_seeds(const QString &path)
     seeds.add({});
 }
 
-// What the helpers expect, so that the fuzzer finds its way past their first tests.
+// Texts that the helpers expect, so that the fuzzer gets past their first tests.
 void write_text_seeds(const QString &path)
 {
     static const QStringList texts{

@@ -13,8 +13,8 @@
 
 using namespace regf;
 
-// Before libhivex is asked for something, the budget gets to know what libhivex is about to read
-// for it: the lists, the record with its name, the cells of the data.
+// Before each call of libhivex the budget is told what libhivex will read: the lists, the record
+// with its name, the cells of the data.
 
 namespace {
 
@@ -76,15 +76,16 @@ bool guarded_hive::open(const QString &path)
     if (!m_file.open(path))
         return false;
     const hive_base_block base_block(m_file.bytes_at(0, base_block::size).toByteArray());
-    // Opened for writing, libhivex reads the file into memory instead of mapping it, so that a file
-    // that shrinks meanwhile cannot crash the walk; the file itself is only ever opened to read.
+    // With the flag for writing, libhivex reads the file into memory instead of mapping it, so that
+    // a file that shrinks meanwhile cannot crash the walk. It still opens the file for reading
+    // only.
     if (!base_block.is_whole() || !base_block.ends_within_a_bin_head(m_file.length()))
         set_handle(hivex_open(path.toLocal8Bit().constData(), HIVEX_OPEN_WRITE));
     if (!is_open() || root() == 0) {
         close();
         return false;
     }
-    // What stands behind the last bin is no part of the hive, and no reason for longer walks.
+    // Bytes behind the last bin are no part of the hive and must not allow longer walks.
     m_length = std::min(m_file.length(), base_block.told_length());
     begin_walk();
     return true;
@@ -93,7 +94,7 @@ bool guarded_hive::open(const QString &path)
 void guarded_hive::close()
 {
     if (is_open())
-        hivex_close(handle()); // nothing was ever changed, so closing cannot lose anything
+        hivex_close(handle()); // nothing was changed, so nothing can be lost
     set_handle(nullptr);
     m_file.close();
     m_listed = {};
@@ -107,7 +108,7 @@ void guarded_hive::begin_walk()
     m_last_key = 0;
 }
 
-// The walk's own way down: what a key says of its parent is evidence.
+// Built from the walk's own way down, because the parent that a key names may be forged.
 QString guarded_hive::key_path(unsigned long node) const
 {
     constexpr qsizetype longest_path = 500;
@@ -251,8 +252,8 @@ bool guarded_hive::read_value_list(qint64 node)
                          value_list::entries + value_count * entry_length);
 }
 
-/// False when the walk is over, and when libhivex must not be asked: it would read a record or a
-/// list that leaves the file, or the record cannot be read here.
+/// False when the walk is over, and when libhivex must not be called: because the record or a list
+/// extends past the end of the file, or because the record cannot be read here.
 bool guarded_hive::read_data(qint64 cell, qint64 declared_length)
 {
     if (declared_length > longest_data)

@@ -10,9 +10,9 @@
 
 #include <vector>
 
-/// A hive that is opened here and read through libhivex without harm: no record that leaves the
-/// file gets to it, forged big data neither, and the budget of a walk bounds what is read again.
-/// A list, name or datum that is kept from it counts as one that cannot be read.
+/// Reads a hive through libhivex, and never passes it a cell that extends past the end of the file,
+/// nor forged big data. A walk_budget bounds what is read again. A list, name or datum that is not
+/// passed to libhivex counts as one that cannot be read.
 class guarded_hive : public unguarded_hive
 {
 public:
@@ -31,15 +31,15 @@ public:
     /// Starts another walk over the open hive: all of it may be read again.
     void begin_walk();
 
-    /// Whether the walk ended because too much was read again; it reads nothing more then.
+    /// Whether the walk ended because too much was read again. An ended walk reads nothing more.
     bool is_walk_over() const { return m_budget.is_spent(); }
 
     /// The path of the key at whose subkeys or values the walk ended, as key_path() gives it.
     QString last_key_path() const { return key_path(m_last_key); }
 
     /// The path of a key that this walk has listed, below the root and with backslashes between the
-    /// names: empty for the root, and for keys that it has not listed. Of a very long path the end,
-    /// behind an ellipsis.
+    /// names. Empty for the root, and for keys that the walk has not listed. A very long path is
+    /// cut to its end, behind an ellipsis.
     QString key_path(unsigned long node) const;
 
     hivex_handles subkeys(unsigned long node) override;
@@ -72,7 +72,7 @@ private:
     qint64 m_length = 0; ///< of base block and bins
     walk_budget m_budget;
     std::vector<listed_subkeys> m_listed; ///< a key is listed before its own subkeys are
-    unsigned long m_key_of_values = 0;    ///< whose values were listed last
+    unsigned long m_key_of_values = 0;    ///< the key whose values were listed last
     unsigned long m_last_key = 0;         ///< where the walk ended
 };
 

@@ -3,14 +3,14 @@
 
 #include <QByteArray>
 
-/// The base block, with which a hive file begins, and what it tells of the file's state.
+/// The base block, with which a hive file begins. It tells the file's state.
 class hive_base_block
 {
 public:
     /// `bytes`: the file's first bytes, regf::base_block::size of them or, of a shorter file, all.
     explicit hive_base_block(const QByteArray &bytes) : m_bytes(bytes) {}
 
-    /// Whether the bytes are enough for a base block. If not, no field may be asked for.
+    /// Whether the bytes are enough for a base block. If not, no field may be read.
     bool is_whole() const;
 
     /// Whether the signature is that of a hive.
@@ -25,7 +25,7 @@ public:
     quint32 primary_sequence() const;
     quint32 secondary_sequence() const;
 
-    /// Bytes that the file has by the base block: itself and all bins.
+    /// The length of the file according to the base block: the base block and all bins.
     qint64 told_length() const;
 
     /// Whether a file of `length` bytes ends before what the base block tells.

@@ -14,9 +14,9 @@ namespace {
 /// Cells are designated by 32-bit offsets.
 constexpr qint64 longest_hive = qint64(1) << 32;
 
-/// The cells of one key's values lie close together, mostly in the order of its list: one read
-/// around what is needed serves the cells of an application. Keys themselves lie in any order, so
-/// that more would be copied for nothing.
+/// The cells of one key's values lie close together, mostly in the order of its list, so one
+/// reading around the wanted cell brings all cells of an application. Keys lie in any order, so a
+/// longer window would copy bytes that nobody needs.
 constexpr qint64 bytes_before = 0x100;
 constexpr qint64 bytes_behind = 0x600;
 

@@ -6,14 +6,14 @@
 #include <QFile>
 #include <QString>
 
-/// The file of a hive, for what libhivex does not check before it reads. Where the file ends, or
-/// cannot be read, there are no bytes.
+/// The file of a hive, for the checks that libhivex does not make before it reads. Readings stop
+/// where the file ends or cannot be read.
 class hive_file
 {
 public:
     /// Opens the file at `path` for reading. False when that fails, when the file is longer than
-    /// the offsets in a hive reach, and for anything but a regular file: to open a FIFO or a
-    /// device would block for ever.
+    /// the offsets in a hive reach, and for anything but a regular file, since opening a FIFO or
+    /// a device would block for ever.
     bool open(const QString &path);
 
     void close();

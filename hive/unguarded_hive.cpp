@@ -34,7 +34,7 @@ qint64 unguarded_hive::last_write_time(unsigned long node) const
     return hivex_node_timestamp(m_hive, node);
 }
 
-// Only the length that comes back with the bytes is trusted: the declared one may be larger.
+// Only the length that comes back with the bytes is used; the declared one may be larger.
 unguarded_hive::value_data unguarded_hive::data(unsigned long value)
 {
     hive_type type; // NOLINT(cppcoreguidelines-init-variables): written by libhivex, never read
@@ -49,7 +49,7 @@ int unguarded_hive::value_type(unsigned long value) const
     size_t length = 0;
     if (hivex_value_type(m_hive, value, &type, &length) != 0)
         return 0;
-    // Copied as bytes: a damaged hive may hold a number that the enumeration does not have.
+    // Copied as bytes, because a damaged hive may hold a number that the enumeration does not have.
     int code = 0;
     static_assert(sizeof code == sizeof type);
     std::memcpy(&code, &type, sizeof code);

@@ -8,9 +8,9 @@
 
 struct hive_h;
 
-/// What libhivex says of a hive that somebody else has opened, asked without any guard: libhivex
-/// itself reads past the end of damaged hives, and reads forged ones for hours. A key or a value is
-/// its offset in the file, as libhivex has it.
+/// Reads a hive that somebody else has opened, through libhivex and without any guard. libhivex
+/// reads past the end of damaged hives, and reads forged ones for hours. A key or a value is given
+/// by its offset in the file, as in libhivex.
 class unguarded_hive
 {
 public:

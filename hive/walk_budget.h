@@ -6,9 +6,10 @@
 #include <vector>
 
 /// Bounds how much of its hive one walk may read again. Each byte of an intact hive belongs to one
-/// cell, and each cell to one owner, so that a walk reads it once, whatever it holds. A small hive
-/// costs hours only where forged cells are shared or listed in loops: the first reading of a byte
-/// is free, every further one counts, and a few lengths of the hive of those end the walk.
+/// cell, and each cell to one owner, so a walk reads each byte once. Only a forged hive, whose
+/// cells are shared or listed in loops, can make a walk read for hours. The first reading of a byte
+/// does not count; every further one does. The walk ends when these come to a few lengths of the
+/// hive.
 class walk_budget
 {
 public:
@@ -25,7 +26,7 @@ public:
     /// every reading, once too much has been read again.
     bool read(qint64 offset, qint64 length);
 
-    /// Whether the walk has come to its end; it reads nothing more then.
+    /// Whether the walk has ended. An ended walk reads nothing more.
     bool is_spent() const { return m_left < 0; }
 
     /// Bytes that were read again.

@@ -17,8 +17,8 @@ class ios_uid_backup_parser;
 /// another class, so nothing may be cast dynamically. The host owns the object and deletes it.
 ///
 /// A QApplication must exist before the object is made. All operations run on the thread that
-/// calls them, nothing is thrown and nothing is returned: failures go to the debug log. Progress
-/// comes through two signals, to be connected by name, both carrying running totals:
+/// calls them. They throw nothing and return no status; failures go to the debug log. Two signals
+/// tell progress; both carry running totals and are connected by name:
 /// `signal_extracted_records_of_plugin_overall(qint64)` and
 /// `signal_tab_processed_of_plugin_overall(int)`.
 class artifact_plugin : public QFrame

@@ -23,7 +23,7 @@ QStringList arguments_of(int argc, char **argv)
 /// Messages of Qt itself, which become notices like all others.
 void show_qt_message(QtMsgType, const QMessageLogContext &, const QString &text)
 {
-    // Without a login session Qt tells which folder it uses instead of the session's.
+    // Without a login session Qt only tells which folder it uses instead of the session's.
     if (!text.startsWith("QStandardPaths: XDG_RUNTIME_DIR not set"_L1))
         print_notice(text);
 }
@@ -53,10 +53,10 @@ exit_code run(int argc, char **argv)
     if (!command.extract && !command.help_with_plugin)
         return show(command);
     qInstallMessageHandler(show_qt_message);
-    // A plug-in is a widget, which no examiner needs to see.
+    // A plug-in is a widget, so Qt needs a platform; nothing is shown.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Qt would take options of its own out of the arguments, which are the examiner's alone.
+    // Qt removes its own options from the arguments it gets. All arguments are the examiner's.
     int program_name_only = 1;
     const QApplication application(program_name_only, argv);
     return command.extract ? extract(*command.extract) : show_help(*command.help_with_plugin);

@@ -4,9 +4,9 @@
 #include <QString>
 #include <QStringList>
 
-/// Returns the first of NAME, "1_NAME", "2_NAME" and so on under which the folder holds none of a
-/// file's parts, each of which is the name followed by one of the suffixes. The folder is made when
-/// absent. Empty when cancelled, during the listing too.
+/// Returns the first name of NAME, "1_NAME", "2_NAME" and so on that is free in the folder: no
+/// entry may be called like the name followed by one of the suffixes. Makes the folder when it is
+/// absent. Empty when cancelled, even during the listing.
 QString available_name(const QString &file_name, const QString &folder_path,
                        const QStringList &suffixes, const QString &function_info);
 

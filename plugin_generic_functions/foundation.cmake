@@ -1,15 +1,16 @@
-# Chooses how the property-list readers are built, as WIA_FOUNDATION tells: ON demands Foundation,
-# OFF leaves it out, AUTO takes it when it is found. Sets the global property FOUNDATION_BUILT and
-# defines foundation_source(TARGET SOURCE), which adds an Objective-C++ source to a target. Such a
-# source is compiled as C++ with a flag, so that the project needs no further language and links
-# everything as C++.
+# Chooses how the property-list readers are built. WIA_FOUNDATION decides: ON demands Foundation, OFF
+# leaves it out, AUTO takes it when it is found.
+#
+# Sets the global property FOUNDATION_BUILT and defines foundation_source(TARGET SOURCE), which adds an
+# Objective-C++ source to a target. Such a source is compiled as C++ with a flag, so that the project
+# needs no further language and links everything as C++.
 
 include(CheckCXXSourceCompiles)
 
 set(FOUNDATION_COMPILE_FLAGS)
 set(FOUNDATION_LIBRARIES)
 
-# The runtime's headers come with GCC, where Clang does not look for them.
+# GCC brings the runtime's headers; Clang does not look for them there.
 function(find_objective_c_runtime_headers result)
     set(${result} PARENT_SCOPE)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
@@ -22,7 +23,7 @@ function(find_objective_c_runtime_headers result)
     endif()
 endfunction()
 
-# Of what gnustep-config tells, only what the language and its headers need.
+# Takes from gnustep-config only the flags that the language and its headers need.
 function(find_gnustep)
     find_program(GNUSTEP_CONFIG gnustep-config)
     if(NOT GNUSTEP_CONFIG)
@@ -38,14 +39,14 @@ function(find_gnustep)
         OUTPUT_VARIABLE libraries OUTPUT_STRIP_TRAILING_WHITESPACE)
     separate_arguments(libraries UNIX_COMMAND "${libraries}")
     list(FILTER libraries INCLUDE REGEX "^-(L/|l)")
-    # A library without these readers in it should not load GNUstep.
+    # A library that uses none of these readers should not load GNUstep.
     list(PREPEND libraries "-Wl,--push-state,--as-needed")
     list(APPEND libraries "-Wl,--pop-state")
     set(FOUNDATION_COMPILE_FLAGS ${flags} ${runtime_flags} PARENT_SCOPE)
     set(FOUNDATION_LIBRARIES ${libraries} PARENT_SCOPE)
 endfunction()
 
-# Headers without a compiler for them are found more often than not, so one is compiled.
+# Many systems have the headers but no compiler for them, so a source is compiled as a test.
 function(check_foundation)
     list(JOIN FOUNDATION_COMPILE_FLAGS " " CMAKE_REQUIRED_FLAGS)
     set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)

@@ -4,8 +4,8 @@ using namespace Qt::StringLiterals;
 
 namespace media_extensions {
 
-// The lists are fixed and kept as they are: within a first character the order is that of the
-// lookup, and an entry that stands several times changes nothing in one.
+// The lists are fixed. Within a first character the order is the one of the lookup. Some entries
+// stand several times, which changes nothing in a lookup.
 
 const QLatin1StringView image =
     ".001 .2bp .36 .411 .73i .8pbs .8xi .abm .accountpicture-ms .acorn .acr .adc .afx .agif "

@@ -3,7 +3,7 @@
 
 #include <QLatin1StringView>
 
-/// The extensions that tell media files: lower case, with the leading dot, separated by blanks.
+/// The extensions of media files: lower case, with the leading dot, separated by blanks.
 namespace media_extensions {
 
 extern const QLatin1StringView image;

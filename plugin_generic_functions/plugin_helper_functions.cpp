@@ -149,7 +149,7 @@ QString plugin_helper_functions::make_adhoc_copy(const QString &source_path,
 {
     if (source_path.trimmed().isEmpty() || adhoc_parent_path.isEmpty())
         return {};
-    // A file at a companion's place may be somebody's copy, and would be replayed into this one.
+    // SQLite would replay a file at a companion's place into this copy.
     const QString name = available_name(QFileInfo(source_path).fileName(), adhoc_parent_path,
                                         QStringList(QString()) + suffixes, function_info);
     if (name.isEmpty())
@@ -166,7 +166,7 @@ QString plugin_helper_functions::make_adhoc_copy(const QString &source_path,
     return copy_path;
 }
 
-// What a companion cannot give is no reason to do without the database.
+// A companion that cannot be copied does not prevent the copy of the database.
 void plugin_helper_functions::copy_companion(const QString &source_path,
                                              const QString &copy_path) const
 {

@@ -124,7 +124,7 @@ QString plugin_static_function::get_nsarray_key_and_values(const void *dictionar
 
 QString plugin_static_function::convert_nsdate_to_epoch(const void *ns_date)
 {
-    // But for its separators and the half of the day it is the text of a mail's date.
+    // The text differs from that of a mail's date in its separators and the half of the day only.
     QString text = foundation_values::date_text(ns_date).value_or(QString());
     return convert_human_readable_to_epoch(text.replace(u'-', u' ').replace(u',', u' '));
 }

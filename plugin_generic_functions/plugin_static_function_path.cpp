@@ -55,7 +55,7 @@ bool leaves_tree(const QFileInfo &entry, const tree_copy &tree)
     return !entry.canonicalFilePath().startsWith(tree.source_root + u'/');
 }
 
-// Tells of a link that is no file of the tree under another name; such a link is left out.
+// Logs a link that leads to no file of the tree; such a link is left out.
 bool log_link_passed_over(const QFileInfo &file, const tree_copy &tree)
 {
     if (!file.isSymLink())
@@ -84,7 +84,8 @@ void copy_file(const QFileInfo &file, const QString &destination_path, const tre
 
 void copy_tree(const QString &source_path, const QString &destination_path, const tree_copy &tree);
 
-// A directory reached by a link would be copied again under each of its names, or for ever.
+// Links to directories are not followed: the directory would be copied again for each link, or in
+// an endless loop.
 void copy_subdirectory(const QFileInfo &directory, const QString &destination_path,
                        const tree_copy &tree)
 {
@@ -116,8 +117,8 @@ void copy_tree(const QString &source_path, const QString &destination_path, cons
     }
 }
 
-// A slash at the end, or one with a dot, makes the file system follow a link. The rest stays as it
-// is: what ".." behind a link means only the file system can tell.
+// A slash at the end, or a slash and a dot, makes the file system follow a link, so these are
+// removed. The rest stays, because only the file system knows where ".." behind a link leads.
 QString without_trailing_slashes(QString path)
 {
     while (path.size() > 1 && (path.endsWith(u'/') || path.endsWith("/."_L1)))
@@ -132,7 +133,7 @@ void remove_tree(const QString &directory_path)
                                                          QDir::Hidden | QDir::AllDirs | QDir::Files,
                                                      QDir::DirsFirst);
     for (const QFileInfo &entry : entries) {
-        // A link to a directory counts as one, but goes as a link.
+        // Qt lists a link to a directory as a directory, but it is removed as a link.
         if (entry.isDir() && !entry.isSymLink())
             remove_tree(entry.filePath());
         else
@@ -153,7 +154,7 @@ QRegularExpressionMatch size_parts(const QString &size_text)
     return pattern.match(size_text);
 }
 
-// From version 11 on the major number alone tells the scheme, and all later ones are as 11.
+// From version 11 on only the major number counts, and all later versions are like 11.
 QString scan_version(const QString &os_version)
 {
     if (os_version.contains("iOS"_L1))
@@ -181,7 +182,7 @@ QString available_name(const QString &file_name, const QString &folder_path,
     QDir().mkpath(folder_path);
     QString candidate = file_name;
     for (int counter = 1; !cancel; ++counter) {
-        // A cancelled listing tells nothing of the candidate.
+        // A cancelled listing does not tell whether the name is free.
         if (!holds_one_of(folder_path, candidate, suffixes, function_info))
             return cancel ? QString() : candidate;
         candidate = QString::number(counter) + u'_' + file_name;
@@ -263,7 +264,7 @@ QString plugin_static_function::human_readable_size(const QString &size_in_bytes
         return QString::number(size) + " B"_L1;
     if (size < megabyte)
         return fixed_notation(size, kilobyte, " KB"_L1);
-    // Whatever the size, there is no greater unit: these texts are fixed.
+    // The fixed texts have no greater unit.
     return fixed_notation(size, megabyte, " MB"_L1);
 }
 

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// One statement and what its failure lines tell of it.
+// One statement, and what its failure lines contain.
 struct db_command
 {
     QString text;
@@ -116,7 +116,7 @@ void note_failure(const db_command &command, const QSqlQuery &query, const QSqlD
 
 outcome run(QSqlQuery &query, const db_command &command, const QSqlDatabase &database)
 {
-    // Executing what cannot be prepared puts another error in the place of this one.
+    // Executing a statement that cannot be prepared would replace this error by another one.
     if (!query.prepare(command.text))
         note_failure(command, query, database);
     for (const QString &value : command.bind_values) {
@@ -359,8 +359,8 @@ bool plugin_static_function::check_value_existence_in_db_by_dbreference(const QS
         u"static bool plugin_static_function::check_value_existence_in_db_by_dbreference(QString, int, QString, QSqlDatabase)"_s;
     const query_result result = gather_column({command, {}, {}, {}}, column_index, database);
     if (result.how == outcome::failed) {
-        // The tag names another member and the first line the connection instead of its file: the
-        // texts are fixed and kept so.
+        // These texts are fixed, although the tag names another member and the first line names the
+        // connection instead of its file.
         const QString tag = u"[check_value_existence_in_db_by_dbpath]"_s;
         app_debug(tag + " query --------FAILED------"_L1 + database.connectionName(),
                   function_info);
@@ -383,7 +383,7 @@ QStringList plugin_static_function::get_total_tables_list_by_dbpath(const QStrin
     }
     QStringList tables = database.tables(QSql::Tables);
     database.close();
-    // The driver counts SQLite's own tables, such as sqlite_sequence, among the user's.
+    // The driver lists SQLite's own tables too, such as sqlite_sequence.
     tables.removeIf([](const QString &table) { return table.startsWith("sqlite_"_L1); });
     return tables;
 }

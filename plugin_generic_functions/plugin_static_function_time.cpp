@@ -26,7 +26,7 @@ namespace {
 constexpr qint64 seconds_1970_to_2001 = 978307200;
 constexpr qint64 seconds_1601_to_1970 = 11644473600;
 
-// The date formats that the examiner chooses among; any other choice shows as the last one.
+// The date formats that the examiner can choose. Any other choice gives the last one.
 QString selected_qt_pattern()
 {
     switch (plugin_static_function::examiner_selected_date_format_int) {
@@ -39,7 +39,7 @@ QString selected_qt_pattern()
     }
 }
 
-// The same for times before 1970, for which an unknown choice has no form: the length is 0.
+// The same for times before 1970. An unknown choice gives an empty text: the length is 0.
 size_t format_broken_down(const std::tm &time, std::array<char, 80> &buffer)
 {
     switch (plugin_static_function::examiner_selected_date_format_int) {
@@ -107,7 +107,7 @@ QString padded(qint64 number)
     return QString::number(number).rightJustified(2, u'0');
 }
 
-// "+0530"; an offset of less than a minute has no sign of its own.
+// For example "+0530". An offset of less than a minute has no sign of its own.
 QString offset_text(qint64 offset_seconds)
 {
     const qint64 signed_minutes = offset_seconds / 60;
@@ -115,8 +115,8 @@ QString offset_text(qint64 offset_seconds)
     return (signed_minutes < 0 ? u'-' : u'+') + padded(minutes / 60) + padded(minutes % 60);
 }
 
-// Date and time are read apart: together they would be taken as local time first, in which the hour
-// that a daylight-saving change skips does not exist.
+// Date and time are parsed apart. Parsed together they would first be taken as local time, in which
+// the hour that a daylight-saving change skips does not exist.
 std::optional<qint64> utc_seconds(const QString &date_text, QLatin1StringView date_pattern,
                                   const QString &time_text, QLatin1StringView time_pattern)
 {
@@ -140,7 +140,7 @@ qint64 file_seconds(const statx_timestamp &time)
     return (time.tv_sec * 1000 + time.tv_nsec / 1000000) / 1000;
 }
 
-// QFileInfo asks the system twice and takes each time through the local time zone.
+// QFileInfo would ask the system twice and convert each time through the local time zone.
 struct_GLOBAL_ARTIFACT_file_times file_times(const QString &path)
 {
     struct statx file = {};
@@ -251,7 +251,7 @@ QString plugin_static_function::convert_human_readable_to_epoch(const QString &d
 
 QString plugin_static_function::convert_human_readable_to_epoch_1(const QString &date_text)
 {
-    // Exports put a narrow no-break space before the marker; simplified() makes it a plain one.
+    // Exports put a narrow no-break space before the marker; simplified() makes it a plain blank.
     const QString text = date_text.simplified() + u' ';
     static const QStringList utc_names = {u""_s, u"UTC"_s, u"GMT"_s, u"Z"_s};
     for (const QString &marker : {u" AM "_s, u" PM "_s}) {

@@ -24,7 +24,7 @@ QString braced_value(const QString &printed_value)
     return value;
 }
 
-// A text without an offset is UTC: reading it as local time would make the result depend on the
+// A text without an offset is read as UTC. Local time would make the result depend on the
 // examiner's machine.
 QDateTime iso_date(const QString &text)
 {
@@ -88,7 +88,7 @@ QString plugin_static_function::get_filtered_string_value(const QString &printed
 QString plugin_static_function::get_filtered_wherefrom_value(const QString &printed_origins)
 {
     QString origins = printed_origins.trimmed();
-    // A property-list print ends so; any other separator belongs to an origin.
+    // A printed property list ends with this separator; any other one belongs to an origin.
     if (origins.endsWith(");"_L1))
         origins.chop(list_separator.size());
     origins.remove(u'\n').remove(u'\r').remove("  "_L1).remove("(\""_L1).remove("\")"_L1);

@@ -5,10 +5,10 @@
 
 #include <QString>
 
-// The commands of plugin_static_function for an operation of several statements, which share one
-// wait for a lock.
+// The commands of plugin_static_function, for an operation of several statements that together wait
+// once for a lock.
 
-/// As execute_db_command_by_dbpath(). A statement that succeeds has shown that the lock is gone.
+/// As execute_db_command_by_dbpath(). A statement that succeeds proves that the lock is gone.
 bool execute_in_operation_by_dbpath(const QString &command, const QString &db_path,
                                     const QString &caller, lock_wait &wait);
 /// As execute_db_command_by_dbreference().

@@ -13,7 +13,7 @@ using status = whole_file_copy_result::status;
 
 constexpr qint64 block_size = 1048576;
 
-// Opening a pipe or a device would block or take bytes from it.
+// Opening a pipe or a device would block, or would take bytes from it.
 whole_file_copy_result open_source(QFile &source)
 {
     if (const QFileInfo file(source); file.exists() && !file.isFile())
@@ -51,7 +51,7 @@ whole_file_copy_result copy_whole_file(const QString &source_path, const QString
     QSaveFile destination(destination_path);
     if (!destination.open(QIODevice::WriteOnly))
         return {status::destination_failed, destination.errorString()};
-    // An uncommitted destination removes its temporary file when it goes.
+    // A destination that was not committed removes its temporary file in its destructor.
     result = copy_blocks(source, destination, cancel);
     if (result.how == status::copied && !destination.commit())
         return {status::destination_failed, destination.errorString()};

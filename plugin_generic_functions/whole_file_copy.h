@@ -14,7 +14,7 @@ struct whole_file_copy_result
         cancelled
     };
     status how;
-    QString error; ///< what the file system said; empty unless one of the sides failed
+    QString error; ///< what the file system said; empty unless reading or writing failed
 };
 
 /// Copies the bytes of a regular file, opened for reading only, to `destination_path`, replacing a

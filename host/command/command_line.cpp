@@ -63,7 +63,7 @@ command_line misused(const QString &reason)
     return {std::nullopt, reason, exit_usage};
 }
 
-/// An account is a folder's name below "Users/": anything else would lead elsewhere.
+/// An account is the name of a folder in "Users/". Any other text would lead elsewhere.
 bool is_path_component(const QString &name)
 {
     return !name.isEmpty() && name != "."_L1 && name != ".."_L1 && !name.contains(u'/') &&
@@ -93,7 +93,7 @@ public:
 
     command_line parse(const QStringList &arguments)
     {
-        // The parser takes the first argument for the program's name.
+        // The parser expects the program's name as the first argument.
         if (!m_parser.parse(QStringList(u"artifact_host"_s) + arguments))
             return misused(m_parser.errorText());
         if (m_parser.isSet(m_help))

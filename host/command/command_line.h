@@ -21,8 +21,7 @@ struct extract_options
     bool quiet = false;
 };
 
-/// A command line, understood: a run to make, help that names the plug-in's tabs, or a text to
-/// show.
+/// What a command line asks for: a run, help that names the plug-in's tabs, or a text to show.
 struct command_line
 {
     std::optional<extract_options> extract;       ///< set when a run is asked for
@@ -35,7 +34,7 @@ struct command_line
 /// asked.
 QString extract_help_text(const QStringList &tabs);
 
-/// Reads the program's arguments, without the program's own name. It touches no file.
+/// Reads the program's arguments, without the program's own name. Touches no file.
 command_line parse_command_line(const QStringList &arguments);
 
 #endif

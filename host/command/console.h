@@ -13,7 +13,7 @@ QString printable(const QString &text);
 /// Writes `line` and a line feed to `stream` in the local encoding.
 void write_line(std::FILE *stream, const QString &line);
 
-/// Draws `text`, shorter than a line of the terminal, over the line that the cursor is in.
+/// Replaces the terminal's current line by `text`, which must be shorter than a line.
 void redraw_line(std::FILE *terminal, const QString &text);
 
 /// Writes "artifact_host: " and the printable form of `text` as one line to standard error.

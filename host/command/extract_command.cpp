@@ -29,7 +29,7 @@ struct prepared_run
     QStringList warnings;
 };
 
-/// The tabs without those that a link would make read a file outside of the volume.
+/// The tabs, without those for which a link leads to a file outside of the volume.
 QList<host_tab> tabs_within(const source_volume &volume, const QList<host_tab> &tabs,
                             QStringList &warnings)
 {
@@ -92,7 +92,7 @@ chosen_tabs choose_tabs(const artifact_plugin &plugin, const QStringList &names)
     return {names.isEmpty() ? tabs : tabs_named(tabs, names), std::nullopt};
 }
 
-/// Chooses what to read; the accounts and tabs that a link leads out of are not among it.
+/// Chooses what to read. Leaves out accounts and tabs whose files a link leads out of the volume.
 prepared_run choose_input(const source_volume &volume, const extract_options &options,
                           const QList<host_tab> &tabs)
 {
@@ -137,7 +137,7 @@ qint64 rows_kept(const prepared_run &run)
     return may_hold_rows ? count_rows(run.location.database_file, run.plan.tabs).total() : 0;
 }
 
-/// The run itself, and what is to be said about it.
+/// Makes the run and reports on it.
 exit_code run_and_report(artifact_plugin &plugin, const prepared_run &run,
                          const source_volume &volume, bool quiet)
 {

@@ -15,8 +15,8 @@ QString count_line(const QString &name, qint64 rows)
     return name.leftJustified(name_width) + QString::number(rows).rightJustified(count_width);
 }
 
-/// Rows that the plug-in counted and that the database does not hold show a lost transaction, rows
-/// of earlier runs that should be gone a clearing that failed.
+/// If the database holds fewer rows than the plug-in counted, a transaction was lost. If it holds
+/// more, rows of earlier runs were not cleared.
 QString count_problem(const finished_run &run)
 {
     const qint64 expected = run.rows_kept + run.outcome.rows_written;

@@ -31,12 +31,13 @@ bool is_taken(const QString &path)
     return info.exists() || info.isSymLink();
 }
 
-/// What would be written at `path`, or the folder that it would be made in, without links.
+/// The file or folder that writing at `path` would change, or the folder it would be made in,
+/// links resolved.
 QString place_of_writing(const QString &path)
 {
     constexpr int most_links = 40; // that a system follows
     QString place = nearest_existing(resolved(path));
-    // A link that leads nowhere is still there; its target would be made.
+    // Writing through a link that leads nowhere would make its target.
     for (int links = 0; links < most_links && QFileInfo(place).isSymLink(); ++links)
         place = nearest_existing(resolved(QFileInfo(place).symLinkTarget()));
     return place;
@@ -108,14 +109,14 @@ bool is_on_device(const std::set<file_identity> &identities, quint64 device)
         [device](const file_identity &identity) { return identity.device == device; });
 }
 
-/// Asks the system no more than the listing itself does, where that tells kinds.
+/// Uses the kind of an entry where the listing tells it, so that the system is asked no more.
 bool may_be_folder(const fs::directory_entry &entry)
 {
     std::error_code error;
     return !entry.is_symlink(error) && (entry.is_directory(error) || error);
 }
 
-/// The entries of one folder that are looked at; an error tells why not all are there.
+/// The entries of one folder that are looked at. An error tells why some may be missing.
 class folder_listing
 {
 public:

@@ -16,7 +16,7 @@ struct evidence_relation
     {
         apart,
         within,
-        unknown ///< a part of the source could not be looked through
+        unknown ///< a part of the source could not be searched
     };
 
     kind is = kind::apart;
@@ -26,10 +26,10 @@ struct evidence_relation
 /// Recognises the evidence under any name: through links, in other letter case, below a second
 /// mount of its file system, and through a bind mount of one of its folders or files.
 ///
-/// A place lies in the source when one of the folders above it, or the place itself, is the
-/// source's root or anything below that. The root is compared by identity. What lies below it is
-/// found in the system's table of mounts, which tells for each folder above the place where it
-/// really lies. Where the table cannot tell, all of the source is looked through.
+/// A place lies in the source when the place, or a folder above it, is the source's root or lies
+/// below the root. The root is recognised by its identity. What lies below it is recognised by the
+/// system's table of mounts, which tells where each folder above the place really lies. Where the
+/// table cannot tell, the whole source is searched.
 class evidence_guard
 {
 public:
@@ -45,12 +45,12 @@ private:
     mount_table m_mounts;
 };
 
-/// Looks whether any of `wanted` is a folder below `root` or, when `files_too`, a file there.
+/// Searches below `root` for a folder or, when `files_too`, a file that is one of `wanted`.
 evidence_relation look_through(const QString &root, const std::set<file_identity> &wanted,
                                bool files_too);
 
-/// Absolute path in which the links of the part that exists are resolved; an empty text when the
-/// working directory that a relative path begins at is gone.
+/// The absolute path, with the links of the part that exists resolved. Empty when `path` is
+/// relative and the working directory is gone.
 QString resolved(const QString &path);
 
 /// The file or folder at the absolute `path` or, when there is none, the nearest folder above it. A

@@ -7,8 +7,8 @@
 #include <optional>
 #include <tuple>
 
-/// What a path leads to. Every name of a file or folder has the same one: hard links, bind mounts
-/// and names in other letter case included.
+/// The identity of what a path leads to. All names of a file or folder have the same identity,
+/// including hard links, bind mounts and names in other letter case.
 struct file_identity
 {
     quint64 device = 0;
@@ -32,10 +32,10 @@ struct file_facts
     bool is_folder = false;
 };
 
-/// What a path leads to, links followed; nothing when it leads nowhere.
+/// The identity of what a path leads to, links followed. Nothing when it leads nowhere.
 std::optional<file_facts> facts_of(const QString &path);
 
-/// The same for a path as the file system spells it; a link is what it is itself.
+/// The same for a path as the file system spells it. A link is not followed.
 std::optional<file_facts> facts_of_entry(const QByteArray &path);
 
 #endif

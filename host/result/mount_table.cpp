@@ -17,7 +17,7 @@ constexpr qsizetype root_field = 3;
 constexpr qsizetype point_field = 4;
 constexpr qsizetype first_optional_field = 6;
 
-/// Blanks, tabs, line feeds and backslashes stand as three octal digits behind a backslash.
+/// The table writes blanks, tabs, line feeds and backslashes as a backslash and three octal digits.
 QByteArray unescaped(QByteArray field)
 {
     return field.replace("\\040", " ")
@@ -66,7 +66,7 @@ std::optional<mount_table::mounted_part> mount_table::read_line(const QByteArray
                         !fields.value(separator + 1).startsWith("nfs")};
 }
 
-/// The mount whose parent is not in the table: where every path begins.
+/// The mount at which every path begins: its parent is not in the table.
 const mount_table::mounted_part *mount_table::first_mount() const
 {
     const auto is_listed = [this](int id) {
@@ -92,8 +92,8 @@ const mount_table::mounted_part *mount_table::mounted_on(const mounted_part &par
     return found == m_mounts.cend() ? nullptr : &*found;
 }
 
-/// Follows the path as the system does: at each folder into what is mounted there on top, so that
-/// what lies hidden below a mount does not count.
+/// Follows the path as the system does: from each folder into the mount that lies on top there.
+/// What a mount hides is not found.
 const mount_table::mounted_part *mount_table::mount_of(const QByteArray &path) const
 {
     const mounted_part *current = first_mount();

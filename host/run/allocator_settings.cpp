@@ -22,12 +22,13 @@ void keep_hive_memory_mapped([[maybe_unused]] std::int64_t largest_hive)
         return;
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-    // A block is cut from the smallest free one that has room. One that is a little too small for
-    // the hive keeps all small blocks out of the gap that the closed hive leaves, so that the hive
-    // fits there again. Pages of it that are never used cost nothing.
+    // glibc takes small blocks from the smallest free block that has room. A free block a little
+    // smaller than the hive gets all of them, so that none lands in the gap that the closed hive
+    // leaves, and the hive fits there again. Pages of it that are never used take no memory.
     const auto room_for_small_blocks = static_cast<size_t>(largest_hive - (largest_hive >> 4));
     void *volatile room = std::malloc(room_for_small_blocks); // volatile: must really be made
-    // Stays, so that the room does not become part of what follows; too large to lie before it.
+    // This block stays, so that the room is not joined with what follows. It is too large to lie
+    // before the room.
     static void *volatile const fence = std::malloc(size_t(4) << 20);
     std::free(room);
     static_cast<void>(fence);

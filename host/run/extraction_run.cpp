@@ -25,7 +25,7 @@ auto examiner_machine_info()
 auto general_info(const QString &debug_log)
 {
     struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_general_info info;
-    // The failure log needs the lines also when the examiner wants no debug log.
+    // The failure log needs the lines even if the examiner wants no debug log.
     info.debug_mode_status = true;
     info.debug_print_on_terminal = true;
     info.debug_print_in_file = !debug_log.isEmpty();
@@ -60,7 +60,7 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     connect_progress(plugin, progress);
 
     plugin.pub_set_essentials();
-    // From here on, since pub_set_essentials lifts a cancellation.
+    // Not before, because pub_set_essentials lifts a cancellation.
     const interrupt_watch watch([&plugin] { plugin.pub_cancel_extraction(); });
     plugin.pub_set_engine_type(desk_edition);
     plugin.pub_set_examiner_machine_info(examiner_machine_info());

@@ -9,7 +9,7 @@
 #include "artifact_plugin_interface.h"
 #include "progress_display.h"
 
-/// All that a run needs to know; everything in it has been checked.
+/// All that a run needs to know, already checked.
 struct extraction_plan
 {
     QString source_root; ///< absolute, ending in "/"
@@ -27,12 +27,12 @@ struct run_outcome
     bool cancelled = false;
     qint64 failures = 0;    ///< failures that the plug-in logged
     QString first_failure;  ///< what the first of them said
-    QStringList early_ends; ///< where it left something out, a text each
+    QStringList early_ends; ///< one text for each place where it left something out
 };
 
 /// Drives the plug-in object through one extraction, from the settings to the removal of its
-/// temporary files; `on_tables_made` is called once the plug-in has made its result database.
-/// Blocks until the end; Ctrl-C cancels.
+/// temporary files. Calls `on_tables_made` when the plug-in has made its result database. Returns
+/// when the extraction has ended; Ctrl-C cancels it.
 run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
                            progress_style style, const std::function<void()> &on_tables_made);
 

@@ -12,14 +12,15 @@ constexpr auto message_mark = "]:-- "_L1;
 // The message of an early end: "[operation]---ENDS EARLY--- path, key KEY: what was left out".
 constexpr auto early_end_mark = "]---ENDS EARLY--- "_L1;
 
-/// Failure messages name themselves before the first path that they tell.
+/// `FAILED` counts only before the first '/', so that a path cannot fake it.
 bool tells_failure(const QString &message)
 {
     const auto told = QStringView(message).left(message.indexOf(u'/'));
     return told.contains("FAILED"_L1) || told.contains("opening failed"_L1);
 }
 
-/// Where the text of an early end begins; -1 for other messages. The mark stands before any path.
+/// Where the text of an early end begins; -1 for other messages. The mark counts only before the
+/// first '/'.
 qsizetype early_end_text(const QString &message)
 {
     const qsizetype mark = message.indexOf(early_end_mark);
@@ -27,7 +28,7 @@ qsizetype early_end_text(const QString &message)
     return mark < 0 || (path >= 0 && path < mark) ? -1 : mark + early_end_mark.size();
 }
 
-/// Between a failed command and its reason stand the caller and the command.
+/// The caller and the command stand between a failed command and its reason.
 bool tells_reason(const QString &message)
 {
     const QString text = message.trimmed();

@@ -7,9 +7,9 @@
 
 /// Listens to a plug-in's debug log while it lives and keeps what failed or ended early.
 ///
-/// A plug-in returns no status: a table that cannot be made or a row that cannot be written shows
-/// only in its debug log. With its terminal switch on it sends every line to the Qt debug channel,
-/// where this object takes them; other messages go on as before. Only one may live at a time.
+/// A plug-in returns no status. Only its debug log tells that a table could not be made or a row
+/// could not be written. With its terminal switch on, the plug-in sends every line to Qt's debug
+/// channel, where this object takes them; other messages pass. Only one object may live at a time.
 class failure_log
 {
 public:
@@ -23,12 +23,11 @@ public:
     /// How many lines told a failure.
     qint64 count() const { return m_count; }
 
-    /// What the first of them told and, after a colon, the reason, which follows on a line of its
-    /// own.
+    /// The first of them and, after a colon, the reason, which the log has on the next line.
     QString first() const;
 
-    /// What the lines told, each without its mark, by which a table's reading ended early: some of
-    /// what a hive holds was left out.
+    /// The lines that tell of early ends, each without its mark: some of what a hive holds was left
+    /// out.
     const QStringList &early_ends() const { return m_early_ends; }
 
 private:

@@ -12,7 +12,7 @@ constexpr std::array<int, 2> watched_signals{SIGINT, SIGTERM};
 constexpr char interrupt_byte = 'i';
 constexpr char end_byte = 'e';
 
-// The handler's world: what it may touch is a sig_atomic_t and a descriptor.
+// All that the handler uses. A signal handler may touch a sig_atomic_t and write to a descriptor.
 volatile std::sig_atomic_t interrupt_flag = 0;
 volatile std::sig_atomic_t interrupt_pipe = -1;
 

@@ -10,13 +10,13 @@
 /// process, as it would without this object. A signal that the process was started to ignore stays
 /// ignored. Only one may live at a time.
 ///
-/// An extraction is one long call on the main thread, so nobody there could act on the signal. The
-/// handler therefore only sets a flag and writes a byte to a pipe, and a thread that waits at the
-/// other end makes the call. What that call may do is limited accordingly: pub_cancel_extraction of
-/// a plug-in sets plain flags from false to true, which the extraction polls. By the letter of the
-/// language that is a data race. It is relied on because nothing else is shared: a flag is one
-/// byte that only ever changes that way, every poll lies between calls that the compiler cannot
-/// see through, and a poll that misses the change sees it the next time.
+/// An extraction is one long call on the main thread, so nothing there can act on the signal. The
+/// handler therefore only sets a flag and writes a byte to a pipe. A thread that waits at the other
+/// end makes the call. That call may do little: a plug-in's pub_cancel_extraction() sets plain
+/// flags from false to true, which the extraction polls. The language calls that a data race. It
+/// works because nothing else is shared: a flag is one byte that changes in one direction only,
+/// every poll lies between calls that the compiler cannot see into, and a poll that misses the
+/// change sees it the next time.
 class interrupt_watch
 {
 public:
@@ -34,7 +34,7 @@ public:
     bool interrupted() const;
 
 private:
-    /// A pipe whose ends are closed with it.
+    /// A pipe. Its ends are closed when it is destroyed.
     struct pipe_ends
     {
         pipe_ends();

@@ -69,7 +69,7 @@ loaded_plugin load_plugin(const QString &file)
                          library_name))
                    : create_from(path);
     }
-    // A path that does not exist would be completed by the loader, or looked up elsewhere.
+    // If the path does not exist, the loader tries other suffixes and other folders.
     const QFileInfo info(file);
     if (!info.isFile())
         return failed(u"plug-in %1 does not exist"_s.arg(file));

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Totals of rows come once a second: too often for a log that keeps every line.
+/// Totals of rows come once a second, which is too often for a log that keeps every line.
 constexpr qint64 line_interval_ms = 10'000;
 
 } // namespace

@@ -30,7 +30,7 @@ QStringList logs_beside(const QFileInfo &hive)
     return logs;
 }
 
-/// Windows ignores letter case, most file systems that evidence is extracted to do not.
+/// Windows ignores letter case; most file systems to which evidence is extracted do not.
 QString absence_of(const QFileInfo &hive)
 {
     if (hive.isSymLink())
@@ -87,7 +87,8 @@ hive_findings check_base_block(const hive_base_block &base_block, const QFileInf
     return findings;
 }
 
-/// Appends the findings about the volume's hive, each with its path; tells whether it is readable.
+/// Appends the findings about the volume's hive, each with its path. Returns whether it is
+/// readable.
 bool append_findings(const source_volume &volume, const QString &path, QStringList &warnings)
 {
     const hive_findings findings = check_hive_file(volume.root() + path);

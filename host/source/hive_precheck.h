@@ -7,7 +7,7 @@
 #include "host_tabs.h"
 #include "source_volume.h"
 
-/// What a registry hive file's header tells before the file is read.
+/// What the header of a hive file tells before the file is read.
 struct hive_findings
 {
     QStringList warnings;
@@ -19,13 +19,13 @@ struct hive_findings
 /// is opened, so this never waits for a writer.
 hive_findings check_hive_file(const QString &path);
 
-/// The path, relative to the volume, of the software hive that the tabs read: its backup when the
-/// hive itself cannot be opened.
+/// The path, relative to the volume, of the software hive that the tabs read. If the hive itself
+/// cannot be opened, that is its backup.
 QString software_hive_to_read(const source_volume &volume);
 
 /// One warning, beginning with the path relative to the volume, for each finding about the hives
 /// that the tabs read, and for each package folder that may not be listed. The backup of the
-/// software hive is looked at only when it will be needed.
+/// software hive is examined only if it is needed.
 QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
                               const QList<host_tab> &tabs);
 

@@ -11,11 +11,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Places of which something cannot be listed, most of them only counted.
+/// Places of which something cannot be listed. The first is named, the others are counted.
 class unlisted_places
 {
 public:
-    /// `place` tells the path, which is asked for the first alone.
+    /// `place` returns the path; it is called for the first place only.
     template<typename function>
     void add(function place)
     {
@@ -37,7 +37,7 @@ private:
     qint64 m_count = 0;
 };
 
-/// Cut where only a forged hive goes on.
+/// Cut at a length that only forged hives reach.
 QString shown(const QString &path)
 {
     constexpr qsizetype longest_path = 500;
@@ -53,7 +53,7 @@ public:
     QStringList findings();
 
 private:
-    /// A key that was reached, from the one at `parent` among those that were reached before.
+    /// A key that was reached, from the key at `parent` in the list of those reached before.
     struct reached_key
     {
         unsigned long node;
@@ -116,7 +116,8 @@ unsigned long key_survey::start_key()
     return key;
 }
 
-/// 0 when there is none, and nothing when the list, or a name before it, keeps it from being found.
+/// 0 when there is none. Nothing when it cannot be found because the list, or a name before it,
+/// cannot be read.
 std::optional<unsigned long> key_survey::subkey_named(unsigned long parent,
                                                       const QByteArray &wanted)
 {
@@ -176,7 +177,7 @@ void key_survey::survey_subkeys(size_t position)
         m_partly_read.add([&] { return path_of(position); });
 }
 
-/// A list that only the end of the walk keeps from being read is not refused.
+/// A list that was not read because the walk had ended is not counted as refused.
 void key_survey::note_refused(size_t position)
 {
     if (!m_hive.is_walk_over())
@@ -185,7 +186,7 @@ void key_survey::note_refused(size_t position)
 
 QString key_survey::path_of(size_t position) const
 {
-    constexpr int deepest_level_told = 8; // only a forged hive goes on
+    constexpr int deepest_level_told = 8; // only forged hives have more
     QString path;
     for (; m_keys[position].level > 0; position = m_keys[position].parent) {
         if (m_keys[position].level <= deepest_level_told)

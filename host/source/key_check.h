@@ -19,10 +19,10 @@ struct listed_key
 /// Whether libhivex opens the regular file as a registry hive. The whole file is read.
 bool opens_as_hive(const QString &hive_file);
 
-/// What keeps the keys from being listed as a whole: a few findings for each, none when everything
-/// is readable or absent. One name among its sisters that cannot be decoded is enough to hide a
-/// key. Of a hive that has the same lists read again and again only the beginning is looked at: the
-/// plug-in says by itself where it stops reading one.
+/// What prevents the keys from being listed completely: a few findings for each key, none when
+/// everything is readable or absent. One sister whose name cannot be decoded is enough to hide a
+/// key. If a hive has the same lists read again and again, only its beginning is checked, because
+/// the plug-in itself tells where it stops reading such a hive.
 QStringList key_findings(const QString &hive_file, const QList<listed_key> &keys);
 
 #endif

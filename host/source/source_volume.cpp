@@ -50,8 +50,8 @@ QList<QByteArray> raw_names_in_users(const source_volume &volume, QStringList &w
     return names;
 }
 
-/// Their names as texts, folders before links to them, so that a link never hides the folder. Qt
-/// reaches no file whose name is not UTF-8: such names are reported.
+/// Their names as texts. Folders come before links to them, so that a link never hides the folder.
+/// Qt cannot open a file whose name is not UTF-8; such names are reported.
 QStringList names_in_users(const source_volume &volume, QStringList &warnings)
 {
     QStringList folders;
@@ -70,8 +70,8 @@ QStringList names_in_users(const source_volume &volume, QStringList &warnings)
     return folders + links;
 }
 
-/// The accounts without those whose folder another one before has as well, through a link or on a
-/// file system that ignores letter case.
+/// The accounts, without those whose folder an earlier one has too: through a link, or on a file
+/// system that ignores letter case.
 QStringList each_folder_once(const source_volume &volume, const QStringList &accounts)
 {
     QStringList kept;

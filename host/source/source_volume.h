@@ -24,7 +24,7 @@ public:
     /// Absolute path without links, ending in "/".
     const QString &root() const { return m_root; }
 
-    /// Whether `relative` exists, but lies outside the volume because a symbolic link leads there.
+    /// Whether a symbolic link leads from `relative` to something outside of the volume.
     bool leads_out(const QString &relative) const;
 
     /// Whether something lies at `relative`.
@@ -34,7 +34,7 @@ private:
     QString m_root;
 };
 
-/// Where the software hive lies, relative to the volume's root, and its copy of last resort.
+/// Where the software hive and its backup lie, relative to the volume's root.
 inline constexpr auto software_hive_path = QLatin1StringView("Windows/System32/config/SOFTWARE");
 inline constexpr auto software_backup_path =
     QLatin1StringView("Windows/System32/config/RegBack/SOFTWARE");
@@ -50,10 +50,10 @@ struct account_selection
     QStringList warnings;
 };
 
-/// The `requested` accounts or, when none is, all folders of "Users" that hold a registry hive or a
-/// package folder, or that may hide one, by name; a folder that is reached twice, through a link
-/// beside it, counts once. Accounts whose folder or files lie outside the volume are left out and
-/// reported.
+/// The `requested` accounts. If there are none: all folders of "Users" that hold a registry hive or
+/// a package folder, or that may hide one, sorted by name. A folder that is reached twice, through
+/// a link beside it, is taken once. Accounts whose folder or files lie outside of the volume are
+/// left out and reported.
 account_selection select_accounts(const source_volume &volume, const QStringList &requested);
 
 #endif
