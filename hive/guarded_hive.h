@@ -28,6 +28,9 @@ public:
 
     bool is_open() const { return handle() != nullptr; }
 
+    /// Bytes of the hive's file when it was opened.
+    qint64 file_length() const { return m_file.length(); }
+
     /// Starts another walk over the open hive: all of it may be read again.
     void begin_walk();
 

@@ -36,6 +36,7 @@ namespace {
 const QVariantMap all_options = {{u"ignore_letter_case"_s, true},
                                  {u"decode_by_type"_s, true},
                                  {u"installations_of_users"_s, true},
+                                 {u"keep_hives_open"_s, true},
                                  {u"old_layout"_s, true},
                                  {u"hive_copies"_s, QVariantMap{{u"/none"_s, u"/copy"_s}}}};
 
@@ -57,15 +58,19 @@ void tst_extraction_options::are_read_from_a_map_data()
     const auto row = [](const char *name, const QVariant &property, const QList<bool> &options) {
         QTest::newRow(name) << property << options;
     };
-    row("nothing", {}, {false, false, false, false});
-    row("an empty map", QVariantMap(), {false, false, false, false});
-    row("letter case", QVariantMap{{u"ignore_letter_case"_s, true}}, {true, false, false, false});
-    row("decoding", QVariantMap{{u"decode_by_type"_s, true}}, {false, true, false, false});
+    row("nothing", {}, {false, false, false, false, false});
+    row("an empty map", QVariantMap(), {false, false, false, false, false});
+    row("letter case", QVariantMap{{u"ignore_letter_case"_s, true}},
+        {true, false, false, false, false});
+    row("decoding", QVariantMap{{u"decode_by_type"_s, true}}, {false, true, false, false, false});
     row("installations", QVariantMap{{u"installations_of_users"_s, true}},
-        {false, false, true, false});
-    row("the old layout", QVariantMap{{u"old_layout"_s, true}}, {false, false, false, true});
-    row("all", all_options, {true, true, true, true});
-    row("one taken back", QVariantMap{{u"old_layout"_s, false}}, {false, false, false, false});
+        {false, false, true, false, false});
+    row("kept hives", QVariantMap{{u"keep_hives_open"_s, true}},
+        {false, false, false, false, true});
+    row("the old layout", QVariantMap{{u"old_layout"_s, true}}, {false, false, false, true, false});
+    row("all", all_options, {true, true, true, true, true});
+    row("one taken back", QVariantMap{{u"old_layout"_s, false}},
+        {false, false, false, false, false});
 }
 
 void tst_extraction_options::are_read_from_a_map()
@@ -73,9 +78,10 @@ void tst_extraction_options::are_read_from_a_map()
     QFETCH(const QVariant, property);
     const read_extraction_options read = extraction_options_from(property);
     const extraction_options &options = read.options;
-    QTEST((QList<bool>{options.ignore_letter_case, options.decode_by_type,
-                       options.installations_of_users, options.old_layout}),
-          "options");
+    QTEST(
+        (QList<bool>{options.ignore_letter_case, options.decode_by_type,
+                     options.installations_of_users, options.old_layout, options.keep_hives_open}),
+        "options");
     QCOMPARE(read.ignored, QStringList());
 }
 

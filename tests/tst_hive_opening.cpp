@@ -12,6 +12,7 @@
 #include "plugin_tabs.h"
 #include "sample_evidence.h"
 #include "test_main.h"
+#include "windows_installed_applications.h"
 #include "unread_keys.h"
 
 #include <QFile>
@@ -148,6 +149,9 @@ private slots:
     void closes_a_hive_with_its_walk();
     void closes_a_hive_where_another_is_opened();
     void reads_every_hive_of_a_run_into_memory();
+    void opens_each_hive_once_when_asked_to_keep_them_open();
+    void closes_kept_hives_where_a_run_is_cancelled();
+    void closes_kept_hives_behind_their_last_tab();
 };
 
 namespace {
@@ -324,6 +328,56 @@ void tst_hive_opening::reads_every_hive_of_a_run_into_memory()
         QVERIFY(use.reading);
         QVERIFY(!use.writing);
     }
+}
+
+namespace {
+
+/// A host that asks for hives to be kept open, in front of the sample evidence.
+struct keeping_host
+{
+    evidence_volume volume;
+    std::optional<host_double> host;
+
+    keeping_host()
+    {
+        add_sample_evidence(volume);
+        volume.write();
+        host.emplace(volume, row_progress::every_row);
+        host->plugin().setProperty("extraction_options", QVariantMap{{u"keep_hives_open"_s, true}});
+    }
+};
+
+} // namespace
+
+void tst_hive_opening::opens_each_hive_once_when_asked_to_keep_them_open()
+{
+    keeping_host keeping;
+    keeping.host->run();
+    QCOMPARE(openings.size(), 3);
+    QCOMPARE(flags_for(keeping.volume.software_path()), QSet<int>{read_into_memory});
+    QVERIFY(open_hives.isEmpty());
+}
+
+void tst_hive_opening::closes_kept_hives_where_a_run_is_cancelled()
+{
+    for (int row = 1; row < 8 * int(sample_row_count); ++row) {
+        keeping_host keeping;
+        keeping.host->cancel_at_row(row);
+        keeping.host->run();
+        QVERIFY(open_hives.isEmpty());
+    }
+}
+
+// The software hive goes before the first user's hive comes, and one user's before the next.
+void tst_hive_opening::closes_kept_hives_behind_their_last_tab()
+{
+    keeping_host keeping;
+    keeping.host->settings.tabs = {u"install_apps_64"_s, u"install_apps_32"_s, u"uninstall_apps"_s};
+    qsizetype most = 0;
+    keeping.host->on_event([&](const QString &) { most = std::max(most, open_hives.size()); });
+    keeping.host->run();
+    QCOMPARE(most, 1);
+    QCOMPARE(openings.size(), 3);
 }
 
 TEST_MAIN(tst_hive_opening)

@@ -21,10 +21,8 @@ bool write_icons(extraction &run, hive_rows &rows, const QString &hive_path,
     QSet<QPair<unsigned long, bool>> written_icons; ///< with the setting that their rows tell
     parse_hidden_desktop_icons names;
     bool is_cancelled = false;
-    const extraction_options &options = run.context().options;
-    if (options.decode_by_type)
-        names.decode_by_type();
-    const QString file = options.file_to_read(hive_path);
+    prepare_walker(run, names);
+    const QString file = run.context().options.file_to_read(hive_path);
     names.look_up_icon_names(file, class_ids, [&](qsizetype position, unsigned long key) {
         const bool is_hidden = integer_32_of(class_ids.at(position).data, byte_order::little_endian,
                                              *run.context().is_cancelled) == 1;

@@ -11,6 +11,8 @@
 
 #include <functional>
 
+class hive_pool;
+
 /// What the run of all tables tells each extraction.
 struct extraction_context
 {
@@ -24,6 +26,9 @@ struct extraction_context
     const bool *is_cancelled;          ///< set when the run is cancelled
     std::function<void()> row_written; ///< counts a row and signals progress
     extraction_options options;
+    hive_pool *kept_hives;   ///< where hives stay open for later tables; null when none does
+    bool is_last_of_machine; ///< whether no later table reads the SOFTWARE hive
+    bool is_last_of_users;   ///< whether no later table reads the users' hives
 
     /// What a table gets at most from the hive at the path.
     std::function<hive_output::limit(const QString &)> most_output_of;

@@ -21,6 +21,7 @@ constexpr bool_option bool_options[] = {
     {"ignore_letter_case"_L1, &extraction_options::ignore_letter_case},
     {"decode_by_type"_L1, &extraction_options::decode_by_type},
     {"installations_of_users"_L1, &extraction_options::installations_of_users},
+    {"keep_hives_open"_L1, &extraction_options::keep_hives_open},
     {"old_layout"_L1, &extraction_options::old_layout},
 };
 

@@ -65,17 +65,38 @@ QString hive_rows::place(const QString &key_path) const
 int walk_hive(const extraction &run, registry &walker, const QString &path,
               const listed_registry_key &key)
 {
-    const extraction_options &options = run.context().options;
-    if (options.decode_by_type)
+    prepare_walker(run, walker);
+    return walker.start_registry_parse(run.context().options.file_to_read(path), key.path,
+                                       key.has_own_values());
+}
+
+void prepare_walker(const extraction &run, registry &walker)
+{
+    const extraction_context &context = run.context();
+    if (context.options.decode_by_type)
         walker.decode_by_type();
-    return walker.start_registry_parse(options.file_to_read(path), key.path, key.has_own_values());
+    if (context.kept_hives != nullptr)
+        walker.keep_open_in(*context.kept_hives);
+}
+
+void close_hive(const extraction &run, const QString &path)
+{
+    const extraction_context &context = run.context();
+    if (context.kept_hives != nullptr)
+        context.kept_hives->close(context.options.file_to_read(path));
 }
 
 QString walk_software_hive(const extraction &run, registry &walker)
 {
     const extraction_context &context = run.context();
-    if (walk_hive(run, walker, context.software_hive_path, run.extracted().key) != -1)
+    const auto walked = [&](const QString &path) {
+        const bool is_walked = walk_hive(run, walker, path, run.extracted().key) != -1;
+        if (context.is_last_of_machine)
+            close_hive(run, path);
+        return is_walked;
+    };
+    if (walked(context.software_hive_path))
         return context.software_hive_path;
     const QString backup = run.on_volume(context.source_root_path + software_backup_path);
-    return walk_hive(run, walker, backup, run.extracted().key) != -1 ? backup : QString();
+    return walked(backup) ? backup : QString();
 }

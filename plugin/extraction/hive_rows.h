@@ -60,6 +60,12 @@ int walk_hive(const extraction &run, registry &walker, const QString &path,
 /// cannot be opened. Returns the path of the one that was read; empty when neither can be.
 QString walk_software_hive(const extraction &run, registry &walker);
 
+/// Prepares a walker for the options of the run.
+void prepare_walker(const extraction &run, registry &walker);
+
+/// Closes the hive at `path`, if it was kept open.
+void close_hive(const extraction &run, const QString &path);
+
 /// Calls `write_rows_of` with the path of each user's hive. False when that returned false, or when
 /// the extraction was cancelled before a hive.
 template<typename function>
@@ -68,6 +74,8 @@ bool for_each_user_hive(const extraction &run, function write_rows_of)
     for (const QString &path : run.context().user_hive_paths) {
         if (run.is_cancelled() || !write_rows_of(path))
             return false;
+        if (run.context().is_last_of_users)
+            close_hive(run, path);
     }
     return true;
 }

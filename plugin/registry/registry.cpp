@@ -59,18 +59,28 @@ int registry::walk_opened_hive(const QString &hive_path,
     const auto walk_end = qScopeGuard([this] { end_walk(); });
     m_early_end.clear();
     m_replaced_texts = 0;
-    if (!m_hive.open(hive_path))
+    m_walked = opened(hive_path);
+    if (m_walked == nullptr)
         return -1;
-    walk(m_hive.handle(), m_hive.root());
+    walk(m_walked->handle(), m_walked->root());
     if (has_ended_early()) {
-        const QString key_path = m_hive.last_key_path();
+        const QString key_path = m_walked->last_key_path();
         m_early_end = key_path.isEmpty() ? QStringLiteral("the root key") : key_path;
     }
     return 0;
 }
 
+/// Null when the hive cannot be opened.
+guarded_hive *registry::opened(const QString &hive_path)
+{
+    if (m_hive_pool != nullptr)
+        return m_hive_pool->open(hive_path);
+    return m_hive.open(hive_path) ? &m_hive : nullptr;
+}
+
 void registry::end_walk()
 {
+    m_walked = nullptr;
     m_hive.close();
     m_value_names = {};
     m_subkey_names.reset();
@@ -79,8 +89,9 @@ void registry::end_walk()
 /// The hive that this walker has opened is guarded, any other one cannot be.
 unguarded_hive &registry::reader_of(hive_h *hive)
 {
-    if (hive == m_hive.handle())
-        return m_hive;
+    guarded_hive &own_hive = m_walked == nullptr ? m_hive : *m_walked;
+    if (hive == own_hive.handle())
+        return own_hive;
     m_foreign_hive.set_handle(hive);
     return m_foreign_hive;
 }

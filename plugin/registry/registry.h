@@ -2,6 +2,7 @@
 #define REGISTRY_H
 
 #include "guarded_hive.h"
+#include "hive_pool.h"
 #include "recent_names.h"
 
 #include <QByteArray>
@@ -145,6 +146,10 @@ public:
     /// knows the type. By default no type is looked at.
     void decode_by_type() { m_decodes_by_type = true; }
 
+    /// From now on hives are walked in `hives`, which keeps them open for later walks and must
+    /// outlive this walker. By default each walk opens its hive and closes it again.
+    void keep_open_in(hive_pool &hives) { m_hive_pool = &hives; }
+
     /// How many texts of the last walk had half of a surrogate pair, which became U+FFFD. Always 0
     /// unless data are decoded by type.
     qint64 replaced_texts() const { return m_replaced_texts; }
@@ -216,7 +221,7 @@ protected:
 
     /// Whether the walk that runs has ended early. A value whose data were to be read then is no
     /// record: nothing tells whether they are empty.
-    bool has_ended_early() const { return m_hive.is_open() && m_hive.is_walk_over(); }
+    bool has_ended_early() const { return m_walked != nullptr && m_walked->is_walk_over(); }
 
     /// Until the walk ends, get_user_node_handle() lists the subkeys of each key once and keeps
     /// their names, for very many descents.
@@ -226,6 +231,7 @@ private:
     /// The subkeys of some keys by name, in lower case; of equal names the first.
     using subkeys_by_name = QHash<unsigned long, QHash<QByteArray, unsigned long>>;
 
+    guarded_hive *opened(const QString &hive_path);
     void end_walk();
     unguarded_hive &reader_of(hive_h *hive);
     template<typename function>
@@ -236,8 +242,10 @@ private:
     bool visit_once(int node);
     void descend(hive_h *hive, const QMap<QString, int> &children);
 
-    guarded_hive m_hive;           ///< the hive being walked; closed outside of a walk
-    unguarded_hive m_foreign_hive; ///< for operations that get a handle from somewhere else
+    guarded_hive m_hive;              ///< for walks that open their hive; closed outside of them
+    hive_pool *m_hive_pool = nullptr; ///< null when no hive is kept open
+    guarded_hive *m_walked = nullptr; ///< the hive being walked; null outside of a walk
+    unguarded_hive m_foreign_hive;    ///< for operations that get a handle from somewhere else
     recent_names m_value_names;
     QString m_early_end;
     bool m_decodes_by_type = false;

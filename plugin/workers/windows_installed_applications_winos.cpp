@@ -4,10 +4,12 @@
 #include "artifact_list.h"
 #include "conversions.h"
 #include "extraction.h"
+#include "hive_pool.h"
 #include "plugin_static_function.h"
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +21,18 @@ constexpr auto extract_signature =
     "void windows_installed_applications_winos::extract_plugin_artifacts()"_L1;
 
 constexpr qint64 progress_interval_ms = 1000;
+
+bool reads_software_hive(const artifact &reader)
+{
+    return reader.input == artifact_input::software_hive;
+}
+
+bool reads_user_hives(const artifact &reader, const extraction_options &options)
+{
+    const bool reads_installations =
+        options.installations_of_users && !reader.of_users.key.path.isEmpty();
+    return reader.input == artifact_input::user_hives || reads_installations;
+}
 
 bool is_known_edition(int engine_type)
 {
@@ -135,10 +149,12 @@ void windows_installed_applications_winos::extract_plugin_artifacts()
     plugin_static_function::app_debug(u"[extract_plugins_artifacts]---STARTS---"_s,
                                       extract_signature);
     if (is_known_edition(engine_type)) {
-        for (const artifact *selectable : artifact_list()) {
-            if (!selected_tabs_list.contains(selectable->table.name))
-                continue;
-            run(*selectable);
+        const QList<const artifact *> artifacts = selected_artifacts();
+        std::optional<hive_pool> kept_hives;
+        if (m_options.keep_hives_open)
+            kept_hives.emplace();
+        for (qsizetype i = 0; i < artifacts.size(); ++i) {
+            run(*artifacts.at(i), kept_hives ? &*kept_hives : nullptr, artifacts.mid(i + 1));
             emit signal_extracted_records_of_plugin_winos(record_count);
             ++tab_processed_count;
             emit signal_total_tabs_processed_winos(tab_processed_count);
@@ -225,8 +241,22 @@ hive_output::limit windows_installed_applications_winos::most_output_of(const QS
     return hive_output::limit_for(QFileInfo(path).size());
 }
 
-void windows_installed_applications_winos::run(const artifact &extracted)
+QList<const artifact *> windows_installed_applications_winos::selected_artifacts() const
 {
+    QList<const artifact *> selected;
+    for (const artifact *selectable : artifact_list()) {
+        if (selected_tabs_list.contains(selectable->table.name))
+            selected.append(selectable);
+    }
+    return selected;
+}
+
+void windows_installed_applications_winos::run(const artifact &extracted, hive_pool *kept_hives,
+                                               const QList<const artifact *> &later_artifacts)
+{
+    const auto no_later_one = [&](auto reads) {
+        return std::none_of(later_artifacts.begin(), later_artifacts.end(), reads);
+    };
     const extraction_context context = {
         destination_db_file,
         source_root_path,
@@ -238,6 +268,9 @@ void windows_installed_applications_winos::run(const artifact &extracted)
         &bool_cancel_extraction,
         [this] { count_row(); },
         m_options,
+        kept_hives,
+        no_later_one([](const artifact *later) { return reads_software_hive(*later); }),
+        no_later_one([this](const artifact *later) { return reads_user_hives(*later, m_options); }),
         [this](const QString &path) { return most_output_of(m_options.file_to_read(path)); },
         [this](const QString &path, const auto &tell) { return find_on_volume(path, tell); },
     };

@@ -10,6 +10,7 @@
 #include <optional>
 
 struct artifact;
+class hive_pool;
 
 /// Worker for Windows sources, the only one that extracts anything: finds the registry hives and
 /// the users' package folders of a mounted volume and fills the selected result tables from them.
@@ -145,10 +146,13 @@ protected:
     /// What a table gets at most from the hive at `path`.
     virtual hive_output::limit most_output_of(const QString &path) const;
 
-    /// Extracts the artefact into its table.
-    void run(const artifact &extracted);
+    /// Extracts the artefact into its table. Hives that one of `later_artifacts` reads stay open in
+    /// `kept_hives`, if there is one.
+    void run(const artifact &extracted, hive_pool *kept_hives = nullptr,
+             const QList<const artifact *> &later_artifacts = {});
 
 private:
+    QList<const artifact *> selected_artifacts() const;
     void count_row();
     QString find_on_volume(const QString &path, const std::function<void(const QString &)> &tell);
     QString existing_path(const QString &path, QLatin1StringView failure);

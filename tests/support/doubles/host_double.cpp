@@ -4,6 +4,7 @@
 #include "windows_installed_applications.h"
 #include "windows_installed_applications_winos.h"
 
+#include <QVariantMap>
 #include <limits>
 
 namespace test_support {
@@ -74,6 +75,11 @@ host_double::host_double(const evidence_volume &volume, row_progress progress)
     settings.tabs = all_tabs();
     settings.result_folder = m_result_folder.path();
     settings.source = source_of(volume);
+
+    // Some test programs are run once with hives kept open, which must change nothing that they
+    // see.
+    if (qEnvironmentVariableIsSet("HOST_KEEPS_HIVES_OPEN"))
+        m_plugin->setProperty("extraction_options", QVariantMap{{u"keep_hives_open"_s, true}});
 
     using plugin = windows_installed_applications;
     QObject::connect(m_plugin.get(), &plugin::signal_extracted_records_of_plugin_overall,
