@@ -254,7 +254,7 @@ void windows_installed_applications::log_unknown_scheme(const QString &caller)
         caller);
 }
 
-/// What is wrong with the options is told once in a run.
+/// Logs what is wrong with the options, each text once in a run.
 void windows_installed_applications::read_extraction_options(const QString &caller)
 {
     const auto read = extraction_options_from(property("extraction_options"));
@@ -266,7 +266,7 @@ void windows_installed_applications::read_extraction_options(const QString &call
     winos_obj->winos_set_extraction_options(read.options);
 }
 
-/// Every worker goes on counting from the totals of earlier extractions.
+/// Gives the totals of earlier extractions to the workers, which count on from them.
 void windows_installed_applications::hand_over_totals()
 {
     macos_obj->macos_set_plugin_helper_obj(helper_obj);

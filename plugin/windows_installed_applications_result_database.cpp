@@ -71,8 +71,8 @@ void windows_installed_applications::create_db_tables()
             plugin_static_function::app_debug(
                 " table creation -----FAILED---- "_L1 + QString(table.name), caller);
     }
-    // There is nothing to commit under the lock that kept the tables out; a reader may keep the
-    // commit of what was created.
+    // If a lock kept the tables from being created, there is nothing to commit and nothing to wait
+    // for. If a reader holds the lock, the commit has to wait for it.
     wait.restore(database);
     database.commit();
     database.close();

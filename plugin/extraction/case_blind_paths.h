@@ -8,13 +8,13 @@
 
 #include <functional>
 
-/// Finds the files of a volume by names whose letter case differs from theirs, as Windows does. Two
-/// names are the same to it when their code points are, each folded by itself (simple case
-/// folding). A folder is listed once, so that what changes on the volume meanwhile is not seen.
+/// Finds files of a volume without regard to letter case, as Windows does. Two names are equal if
+/// their code points are equal after simple case folding. Each folder is listed once; later changes
+/// on the volume are not seen.
 class case_blind_paths
 {
 public:
-    /// Nothing outside of the folder at `root_path`, which ends in "/", is looked for.
+    /// Looks for files below the folder at `root_path` only, which must end in "/".
     explicit case_blind_paths(const QString &root_path);
 
     /// Returns `path` as it stands on the volume, or unchanged when nothing lies there, or when it

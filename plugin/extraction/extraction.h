@@ -33,8 +33,8 @@ struct extraction_context
     /// What a table gets at most from the hive at the path.
     std::function<hive_output::limit(const QString &)> most_output_of;
 
-    /// Where a file of the source lies whose name may differ in letter case, if such names are
-    /// looked for; `tell` gets what there is to tell of it.
+    /// Returns where a file of the source lies. Its name may differ from `path` in letter case, if
+    /// the host asked for that; `tell` then gets a text where several names would do.
     std::function<QString(const QString &path, const std::function<void(const QString &)> &tell)>
         find_on_volume;
 };
@@ -54,7 +54,7 @@ public:
     const extraction_context &context() const { return m_context; }
     bool is_cancelled() const { return *m_context.is_cancelled; }
 
-    /// Returns where the file of the source lies that is meant by `path`: elsewhere only if letter
+    /// Returns where the source file named by `path` lies. That differs from `path` only if letter
     /// case is ignored and nothing lies at `path` itself.
     QString on_volume(const QString &path) const;
 

@@ -4,14 +4,14 @@
 
 namespace {
 
-/// A value takes no fewer bytes of a hive: its record, and its entry in a list.
+/// The fewest bytes that a value takes of a hive: its record, and its entry in a list.
 constexpr qint64 shortest_value = 36;
 
-/// A row of such a value has no more text than so many times that: Windows allows the name of its
-/// key 255 letters, and the other columns repeat a few hundred bytes.
+/// The most text that the row of such a value has for each of its bytes. Windows allows 255 letters
+/// for the name of its key, and the other columns repeat a few hundred bytes.
 constexpr qint64 text_for_each_byte = 64;
 
-/// An icon is certain of its names with each of two settings.
+/// An icon may be listed as hidden and as shown; its names are certain for each of the two.
 constexpr qint64 settings = 2;
 
 /// Bytes of the text in UTF-8. Both halves of a surrogate pair take two.

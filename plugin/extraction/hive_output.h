@@ -3,9 +3,9 @@
 
 #include <QStringList>
 
-/// What one table has got from one hive. Rows may repeat what stands in the hive once, such as the
-/// names of an icon in each list that hides it, so that a few megabytes could fill a disk: there is
-/// an end to it, far above anything that Windows writes.
+/// Counts what one table has got from one hive, and limits it. Rows may repeat what stands in the
+/// hive once, such as the names of an icon in each list that hides it. A forged hive of a few
+/// megabytes could fill a disk that way. The limit is far above anything that Windows writes.
 class hive_output
 {
 public:

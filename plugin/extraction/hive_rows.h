@@ -31,8 +31,8 @@ public:
     template<typename record_list, typename row_function>
     bool write(const record_list &records, row_function columns_of, qsizetype certain_rows = 0);
 
-    /// Logs what there is to tell of the walker's last walk of the hive: that it ended before its
-    /// end, or that texts of it hold what no text can.
+    /// Logs what was unusual in the walker's last walk of the hive: it ended before its end, or
+    /// some of its texts hold half of a surrogate pair.
     void log_findings(const registry &walker) const;
 
 private:
@@ -80,7 +80,7 @@ bool for_each_user_hive(const extraction &run, function write_rows_of)
     return true;
 }
 
-/// Writes one row for each record that was read of the hive.
+/// Logs the walk's findings and writes one row for each of its records; false when cancelled.
 template<typename record_list, typename row_function>
 bool write_walked(hive_rows rows, const registry &walker, const record_list &records,
                   row_function columns_of)

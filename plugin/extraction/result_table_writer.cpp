@@ -11,9 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// UTF-8 as bytes; the text itself where SQLite makes something else of it, which drops a byte order
-// mark in front and has its own way with halves of surrogate pairs, and where no bytes could be
-// NULL.
+// Returns the UTF-8 bytes of the text, or the text itself where SQLite would store other bytes:
+// SQLite drops a byte order mark at the beginning and converts halves of surrogate pairs in its own
+// way. An empty text stays a text, because empty bytes could be stored as NULL.
 QVariant utf8_of(const QString &value)
 {
     if (value.isEmpty() || value.startsWith(QChar(QChar::ByteOrderMark)) ||
@@ -95,10 +95,10 @@ bool result_table_writer::insert(const QStringList &values)
         return true;
     }
     QString error = m_query->lastError().text();
-    // Qt words the failure of a statement that has inserted rows before differently from that of a
-    // fresh one; the log tells what the tab's own statement, prepared for this row alone, meets. It
-    // is executed again only where it cannot succeed: a full disk has rolled back the rows before,
-    // and a second try would write the very row that is reported as lost.
+    // Qt words an error differently once a statement has succeeded; the log needs the text that a
+    // fresh statement gives. The row is executed again only if preparing fails too. Otherwise a
+    // second try could succeed, after a full disk for example, and write the very row that is
+    // reported as lost.
     const bool is_of_its_own = !m_is_named && m_is_fresh;
     m_is_named = false;
     if (!is_of_its_own && !prepare()) {
@@ -110,10 +110,10 @@ bool result_table_writer::insert(const QStringList &values)
     return false;
 }
 
-/// The tab's statement with a name for each placeholder. Qt finds a value by its placeholder's
-/// name; by position it makes a text of the number each time, which takes longer than SQLite takes
-/// to insert the value. Qt also binds all values again for each row, and SQLite turns a text's
-/// UTF-16 into UTF-8 each time: bytes that are UTF-8 already need only be called a text.
+/// Returns the tab's statement with a name for each placeholder. Qt finds a value faster by a name
+/// than by its position: it turns a position into a text each time, which takes longer than
+/// SQLite's insertion. Qt binds all values again for each row, and SQLite converts each text from
+/// UTF-16 to UTF-8. Bytes that are UTF-8 already only need a cast to text.
 QString result_table_writer::named_statement() const
 {
     const QStringList parts = QString(m_insert_statement).split(u'?');
@@ -132,12 +132,12 @@ bool result_table_writer::prepare()
     m_is_fresh = true;
     for (column &each : m_columns)
         each.is_bound = false;
-    // Not before there is a row, since a locked database keeps it waiting.
+    // Reading the encoding waits for a locked database, so it is not read before there is a row.
     m_takes_utf8 = m_is_named && stores_utf8();
     return noted(m_query->prepare(m_is_named ? named_statement() : m_insert_statement));
 }
 
-// A query keeps what is bound to it: what is the same as in the row before stays.
+// A query keeps its bound values, so only values that differ from the last row are bound again.
 bool result_table_writer::execute(const QStringList &values)
 {
     for (qsizetype position = 0; position < values.size(); ++position) {

@@ -219,12 +219,12 @@ protected:
     /// Returns the registry type code of `value`; 0 when it cannot be read.
     int value_type(hive_h *hive, unsigned long value);
 
-    /// Whether the walk that runs has ended early. A value whose data were to be read then is no
-    /// record: nothing tells whether they are empty.
+    /// Whether the running walk has ended early. A value whose data were not read for that reason
+    /// must not become a record, because its data would look empty.
     bool has_ended_early() const { return m_walked != nullptr && m_walked->is_walk_over(); }
 
-    /// Until the walk ends, get_user_node_handle() lists the subkeys of each key once and keeps
-    /// their names, for very many descents.
+    /// Makes get_user_node_handle() list the subkeys of each key only once until the walk ends, and
+    /// keep their names. That makes very many descents fast.
     void keep_subkey_names() { m_subkey_names.emplace(); }
 
 private:

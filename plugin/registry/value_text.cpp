@@ -15,14 +15,14 @@ QString without_zero_bytes(char *begin, qsizetype length)
         *end = *byte;
         end += *byte == '\0' ? 0 : 1;
     }
-    // Much faster, and the same in every local encoding.
+    // Latin-1 is much faster, and ASCII is the same in every local encoding.
     const bool is_ascii = (all_bits & 0x80) == 0;
     return is_ascii ? QString::fromLatin1(begin, end - begin)
                     : QString::fromLocal8Bit(begin, end - begin);
 }
 
-/// The same of ASCII text in UTF-16 with zeros only behind its end, as nearly all texts of a
-/// registry are; null for any other data.
+/// Does the same for ASCII text in UTF-16 with zeros only behind its end, which nearly all texts of
+/// a registry are. Null for any other data.
 QString plain_text(const char *begin, qsizetype length)
 {
     if (length % 2 != 0)
