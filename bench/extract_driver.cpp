@@ -36,8 +36,9 @@ struct driven_run
     QString source_root; ///< ends in "/"
     QString result_directory;
     QString account;
-    QString debug_log; ///< an existing file, or empty
-    QStringList tabs;  ///< empty for all
+    QString debug_log;   ///< an existing file, or empty
+    QStringList tabs;    ///< empty for all
+    QStringList options; ///< of "extraction_options", each set to true
 };
 
 /// Qt loads its SQLite driver at its first use. A host has used it before.
@@ -49,8 +50,18 @@ void warm_up()
     QSqlDatabase::removeDatabase(name);
 }
 
+void set_options(artifact_plugin &plugin, const QStringList &names)
+{
+    QVariantMap options;
+    for (const QString &name : names)
+        options.insert(name, true);
+    if (!options.isEmpty())
+        plugin.setProperty("extraction_options", options);
+}
+
 void set_up(artifact_plugin &plugin, const driven_run &run)
 {
+    set_options(plugin, run.options);
     struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info source;
     source.source_root_path = run.source_root;
     source.os_scheme_display = u"Windows"_s;
@@ -80,6 +91,7 @@ driven_run parsed(const QApplication &application)
     parser.addPositionalArgument(u"ACCOUNT"_s, u"The user to read."_s);
     parser.addOption({u"debug-log"_s, u"An existing file for the plug-in's log."_s, u"FILE"_s});
     parser.addOption({u"tab"_s, u"A tab to fill instead of all; may be repeated."_s, u"NAME"_s});
+    parser.addOption({u"option"_s, u"An extraction option to set; may be repeated."_s, u"NAME"_s});
     parser.addHelpOption();
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
@@ -90,7 +102,8 @@ driven_run parsed(const QApplication &application)
             arguments.at(2),
             arguments.at(3),
             parser.value(u"debug-log"_s),
-            parser.values(u"tab"_s)};
+            parser.values(u"tab"_s),
+            parser.values(u"option"_s)};
 }
 
 } // namespace
