@@ -19,7 +19,8 @@ enum class artifact_input
 struct listed_registry_key
 {
     QLatin1StringView path; ///< from the root of the hive; empty for no key
-    int first_value_level;  ///< the values of this level and of those below it are read
+    int first_value_level;  ///< the values of this level and of those below it are read; none if it
+                            ///< is beyond last_level
     int last_level;         ///< nothing is read below this level
 
     static constexpr int all_levels = 1 << 20; ///< as last_level: every level is read
@@ -37,6 +38,12 @@ constexpr listed_registry_key values_of(QLatin1StringView path)
 constexpr listed_registry_key values_of_subkeys_of(QLatin1StringView path)
 {
     return {path, 1, 1};
+}
+
+/// Returns the key of which the direct subkeys are listed, and no values are read.
+constexpr listed_registry_key subkeys_of(QLatin1StringView path)
+{
+    return {path, 2, 1};
 }
 
 /// How the source's root is taken away from the path that a row names as its source file.

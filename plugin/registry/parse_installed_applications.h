@@ -5,11 +5,14 @@
 
 #include <QLatin1StringView>
 
-/// Walker of the keys that list installed applications. The key path of the walk decides, by
-/// case-sensitive substrings and in this order, what becomes a record:
-/// - an Uninstall key: each subkey, in installed_apps_records;
-/// - "\RegisteredApplications": each value, as name and text, in data_records;
-/// - the Compatibility Assistant's Store: each value, as name and raw data, in data_records.
+/// Walker of the keys that list installed applications. When the subkeys of a key are walked, each
+/// becomes a record in installed_apps_records, with its name and last-write time. The key path of
+/// the walk decides, by case-sensitive substrings and in this order, which values are read:
+/// - an Uninstall key: those of each subkey, into its record;
+/// - "\RegisteredApplications": each value, as name and text, a record in data_records;
+/// - the Compatibility Assistant's Store: each value, as name and raw data, a record in
+/// data_records;
+/// - any other key: none.
 class parse_installed_applications : public registry
 {
 public:

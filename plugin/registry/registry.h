@@ -36,7 +36,7 @@ public:
         QByteArray data; ///< raw value data
     };
 
-    /// One subkey of an Uninstall key; texts are empty where the subkey has no such value.
+    /// One subkey of a key that lists applications; texts are empty where it has no such value.
     struct struct_installed_apps
     {
         QString key_name;           ///< name of the application's subkey
@@ -156,7 +156,7 @@ public:
 
     QList<struct_data> data_records; ///< filled by the walkers that read a key's values
     struct_data *current_data;       ///< the record being filled; null when none is open
-    QList<struct_installed_apps> installed_apps_records; ///< filled by the Uninstall walk
+    QList<struct_installed_apps> installed_apps_records; ///< filled by the walks over applications
     struct_installed_apps *current_installed_app;        ///< null when none is open
     QList<struct_user_asist> user_assist_records;        ///< filled by the UserAssist walk
     struct_user_asist *current_user_assist;              ///< null when none is open
