@@ -278,7 +278,7 @@ void tst_library_unloading::description_of_the_artefacts_lives_on()
     const QVariantList artifacts = told_artifacts();
     QVERIFY(!is_loaded());
     const QVariantMap first = artifacts.value(0).toMap();
-    QCOMPARE(first.keys(), (QStringList{u"input"_s, u"keys"_s, u"name"_s}));
+    QCOMPARE(first.keys(), (QStringList{u"input"_s, u"keys"_s, u"keys_of_users"_s, u"name"_s}));
     QCOMPARE(first.value(u"name"_s).toString(), u"install_apps_64"_s);
     QCOMPARE(first.value(u"input"_s).toString(), u"software_hive"_s);
     const QVariantMap key = first.value(u"keys"_s).toList().value(0).toMap();

@@ -3,6 +3,7 @@
 #include "artifact_constants.h"
 
 #include <QVariantMap>
+#include <initializer_list>
 #include <iterator>
 
 using namespace Qt::StringLiterals;
@@ -35,10 +36,10 @@ QString plain_path(QLatin1StringView path)
     return path;
 }
 
-QVariantList described_keys(const artifact &described)
+QVariantList described_keys(std::initializer_list<listed_registry_key> described)
 {
     QVariantList keys;
-    for (const listed_registry_key &key : {described.key, described.further_key}) {
+    for (const listed_registry_key &key : described) {
         if (!key.path.isEmpty())
             keys.append(QVariantMap{{"path"_L1, plain_path(key.path)},
                                     {"first_value_level"_L1, key.first_value_level},
@@ -60,8 +61,10 @@ QVariantList described_artifacts()
 {
     QVariantList descriptions;
     for (const artifact *described : artifact_list())
-        descriptions.append(QVariantMap{{"name"_L1, QString(described->table.name)},
-                                        {"input"_L1, input_name(described->input)},
-                                        {"keys"_L1, described_keys(*described)}});
+        descriptions.append(
+            QVariantMap{{"name"_L1, QString(described->table.name)},
+                        {"input"_L1, input_name(described->input)},
+                        {"keys"_L1, described_keys({described->key, described->further_key})},
+                        {"keys_of_users"_L1, described_keys({described->of_users.key})}});
     return descriptions;
 }

@@ -25,12 +25,19 @@ public:
     /// text for each such folder and name, once.
     QString find(const QString &path, const std::function<void(const QString &)> &tell);
 
+    /// Returns every place below the root that `path` may mean, in the order in which find() tries
+    /// them; none when nothing lies there.
+    QStringList find_all(const QString &path);
+
 private:
     using names_by_folded_name = QHash<QString, QStringList>;
 
     const names_by_folded_name &names_in(const QString &folder);
     QString find_below(const QString &folder, const QStringList &parts,
                        const std::function<void(const QString &)> &tell);
+    void find_all_below(const QString &folder, const QStringList &parts, QStringList &found);
+    QStringList parts_below_root(const QString &path) const;
+    QStringList same_names(const QString &folder, const QString &name);
     QStringList candidates(const QString &folder, const QString &name,
                            const std::function<void(const QString &)> &tell);
 

@@ -35,15 +35,29 @@ case_blind_paths::case_blind_paths(const QString &root_path) : m_root_path(root_
 QString case_blind_paths::find(const QString &path,
                                const std::function<void(const QString &)> &tell)
 {
-    if (!m_root_path.endsWith(u'/') || !path.startsWith(m_root_path))
-        return path;
-    const QStringList parts = path.mid(m_root_path.size()).split(u'/', Qt::SkipEmptyParts);
-    if (parts.isEmpty() || parts.contains("."_L1) || parts.contains(".."_L1))
-        return path;
-    const QString found = find_below(m_root_path, parts, tell);
+    const QStringList parts = parts_below_root(path);
+    const QString found = parts.isEmpty() ? QString() : find_below(m_root_path, parts, tell);
     if (found.isEmpty())
         return path;
     return path.endsWith(u'/') ? found + u'/' : found;
+}
+
+QStringList case_blind_paths::find_all(const QString &path)
+{
+    QStringList found;
+    const QStringList parts = parts_below_root(path);
+    if (!parts.isEmpty())
+        find_all_below(m_root_path, parts, found);
+    return found;
+}
+
+/// None when the path is not looked for.
+QStringList case_blind_paths::parts_below_root(const QString &path) const
+{
+    if (!m_root_path.endsWith(u'/') || !path.startsWith(m_root_path))
+        return {};
+    const QStringList parts = path.mid(m_root_path.size()).split(u'/', Qt::SkipEmptyParts);
+    return parts.contains("."_L1) || parts.contains(".."_L1) ? QStringList() : parts;
 }
 
 /// Empty when nothing lies there. Each call goes one folder down, so the depth is that of the path.
@@ -60,14 +74,32 @@ QString case_blind_paths::find_below(const QString &folder, const QStringList &p
     return {};
 }
 
+void case_blind_paths::find_all_below(const QString &folder, const QStringList &parts,
+                                      QStringList &found)
+{
+    for (const QString &name : same_names(folder, parts.first())) {
+        if (parts.size() == 1)
+            found.append(folder + name);
+        else
+            find_all_below(folder + name + u'/', parts.mid(1), found);
+    }
+}
+
 /// The names in the folder that are the same as `name`, in the order in which they are tried.
-QStringList case_blind_paths::candidates(const QString &folder, const QString &name,
-                                         const std::function<void(const QString &)> &tell)
+QStringList case_blind_paths::same_names(const QString &folder, const QString &name)
 {
     QStringList names = names_in(folder).value(folded(name));
     // A folder that cannot be listed may still be passed through.
     if (names.removeOne(name) || (names.isEmpty() && QFileInfo::exists(folder + name)))
         names.prepend(name);
+    return names;
+}
+
+/// The same names, and tells that there are several.
+QStringList case_blind_paths::candidates(const QString &folder, const QString &name,
+                                         const std::function<void(const QString &)> &tell)
+{
+    QStringList names = same_names(folder, name);
     const QString told = folder + name;
     if (names.size() > 1 && !m_told.contains(told)) {
         m_told.insert(told);
