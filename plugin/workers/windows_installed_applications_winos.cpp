@@ -8,6 +8,7 @@
 #include "plugin_static_function.h"
 
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
 #include <utility>
@@ -48,6 +49,27 @@ void log_letter_case(const QString &text)
 {
     log_find("[letter case] "_L1 + text);
 }
+
+/// Takes the files of the accounts, and each once where letter case is ignored: of two accounts
+/// whose names differ in it alone, each may lead to the other's file.
+class file_taker
+{
+public:
+    explicit file_taker(bool takes_each_once) : m_takes_each_once(takes_each_once) {}
+
+    /// An empty path is no file.
+    void append_to(QStringList &list, const QString &path)
+    {
+        if (path.isEmpty() || (m_takes_each_once && m_taken.contains(path)))
+            return;
+        m_taken.insert(path);
+        list.append(path);
+    }
+
+private:
+    bool m_takes_each_once;
+    QSet<QString> m_taken;
+};
 
 } // namespace
 
@@ -95,6 +117,7 @@ void windows_installed_applications_winos::find_source_file()
     hive_path_software = existing_path(config_dir + "SOFTWARE"_L1,
                                        "[find_source_file]  hivepath_soft -- FILE NOT EXISTS"_L1);
 
+    file_taker taker(m_paths.has_value());
     const QString users = first_existing_folder("Users/"_L1, "Documents and Settings/"_L1);
     for (const auto &account : std::as_const(system_account_list)) {
         if (bool_cancel_extraction)
@@ -102,12 +125,10 @@ void windows_installed_applications_winos::find_source_file()
         const QString home = users + account.system_user;
         const QString ntuser = existing_path(
             home + "/NTUSER.DAT"_L1, "[find_source_file] ntuser_path -- FILE NOT EXISTS"_L1);
-        if (!ntuser.isEmpty())
-            ntuser_path_list.append(ntuser);
+        taker.append_to(ntuser_path_list, ntuser);
         const QString packages = existing_path(home + "/AppData/Local/Packages/"_L1,
                                                "[find_source_file]  -- FILE NOT EXISTS"_L1);
-        if (!packages.isEmpty())
-            packages_dir_list.append(packages);
+        taker.append_to(packages_dir_list, packages);
     }
     log_find(u"[find_source_file]---ENDS---"_s);
 }
