@@ -39,6 +39,11 @@ quint32 hive_base_block::secondary_sequence() const
     return field_at(base_block::secondary_sequence);
 }
 
+quint64 hive_base_block::last_written() const
+{
+    return qFromLittleEndian<quint64>(m_bytes.constData() + base_block::last_write);
+}
+
 qint64 hive_base_block::told_length() const
 {
     return base_block::size + qint64(field_at(base_block::bins_size));

@@ -25,6 +25,9 @@ public:
     quint32 primary_sequence() const;
     quint32 secondary_sequence() const;
 
+    /// When Windows wrote the hive last, as a FILETIME.
+    quint64 last_written() const;
+
     /// The length of the file according to the base block: the base block and all bins.
     qint64 told_length() const;
 

@@ -7,6 +7,7 @@
 #include "extract_command.h"
 #include "host_tabs.h"
 #include "plugin_library.h"
+#include "volumes_command.h"
 
 using namespace Qt::StringLiterals;
 
@@ -50,6 +51,8 @@ exit_code show_help(const QString &plugin_file)
 exit_code run(int argc, char **argv)
 {
     const command_line command = parse_command_line(arguments_of(argc, argv));
+    if (command.volumes)
+        return list_volumes(*command.volumes);
     if (!command.extract && !command.help_with_plugin)
         return show(command);
     qInstallMessageHandler(show_qt_message);

@@ -48,6 +48,7 @@ void tst_artifact_host::fills_all_tabs_and_reports_rows_and_database()
                           u"artifact_host: 6 of 8 tabs, 9 rows, 0:00"_s,
                           u"artifact_host: 7 of 8 tabs, 10 rows, 0:00"_s,
                           u"artifact_host: 8 of 8 tabs, 11 rows, 0:00"_s}));
+    QCOMPARE(result.options_line, every_option);
     QCOMPARE(result.output, small_volume_report + QStringList{database_path()});
     QCOMPARE(result.exit_code, 0);
 
@@ -67,7 +68,8 @@ void tst_artifact_host::fills_only_the_tabs_that_were_asked_for()
     const host_result result =
         extract(*volume, {u"--tab"_s, u"metro_apps"_s, u"--tab"_s, u"install_apps_64"_s, u"--tab"_s,
                           u"metro_apps"_s});
-    QCOMPARE(result.errors, (QStringList{u"artifact_host: 0 of 2 tabs, 0 rows, 0:00"_s,
+    QCOMPARE(result.errors, (QStringList{bob_has_no_hive, // whose installations would be rows
+                                         u"artifact_host: 0 of 2 tabs, 0 rows, 0:00"_s,
                                          u"artifact_host: 1 of 2 tabs, 2 rows, 0:00"_s,
                                          u"artifact_host: 2 of 2 tabs, 4 rows, 0:00"_s}));
     QCOMPARE(result.output,
@@ -101,6 +103,7 @@ void tst_artifact_host::shows_no_progress_when_quiet()
     const auto volume = small_volume();
     const host_result result = extract(*volume, {u"--quiet"_s, u"--user"_s, u"ann"_s});
     QCOMPARE(result.errors, QStringList());
+    QCOMPARE(result.options_line, every_option);
     QCOMPARE(result.output.last(), database_path());
 }
 
@@ -117,7 +120,8 @@ void tst_artifact_host::draws_one_line_over_again_on_a_terminal()
                                             "\r0 of 1 tabs, 1 rows, 0:00\x1b[K"
                                             "\r1 of 1 tabs, 1 rows, 0:00\x1b[K"
                                             "\r1 of 1 tabs, 1 rows, 0:00\x1b[K"
-                                            "\r1 of 1 tabs, 1 rows, 0:00\x1b[K\r\n"));
+                                            "\r1 of 1 tabs, 1 rows, 0:00\x1b[K\r\n") +
+                                     every_option.toUtf8() + "\r\n");
     QCOMPARE(result.exit_code, 0);
 }
 
@@ -196,6 +200,9 @@ void tst_artifact_host::explains_itself_data()
     QTest::newRow("help of extract lists the tabs")
         << QStringList{u"extract"_s, u"-h"_s} << usage
         << u"                    hidden_desktop_icons_app"_s;
+    QTest::newRow("help of volumes lists exit codes")
+        << QStringList{u"volumes"_s, u"--help"_s}
+        << u"Usage: artifact_host volumes SOURCE [options]"_s << code;
     QTest::newRow("version is one line")
         << QStringList{u"--version"_s} << u"artifact_host 1.0.0"_s << u"artifact_host 1.0.0"_s;
 }

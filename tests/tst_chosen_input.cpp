@@ -62,15 +62,20 @@ void tst_chosen_input::needs_something_to_read_for_the_tabs_data()
     QTest::addColumn<QString>("has"); // a hive's place, or a folder in Users
     QTest::addColumn<QString>("tab");
     QTest::addColumn<bool>("is_enough");
-    const auto row = [](const char *name, const QString &has, const QString &tab, bool is_enough) {
-        QTest::newRow(name) << has << tab << is_enough;
+    QTest::addColumn<QStringList>("options");
+    const auto row = [](const char *name, const QString &has, const QString &tab, bool is_enough,
+                        const QStringList &options = {}) {
+        QTest::newRow(name) << has << tab << is_enough << options;
     };
     const auto account = u"Users/ann/NTUSER.DAT"_s;
     row("the hive of the machine for a tab of it", software, u"install_apps_64"_s, true);
     row("its backup for a tab of it", backup, u"install_apps_64"_s, true);
     row("the hive of the machine for a tab of users", software, u"uninstall_apps"_s, false);
     row("the hive of the machine for a tab of packages", software, u"metro_apps"_s, false);
-    row("an account for a tab of the machine", account, u"install_apps_64"_s, false);
+    row("an account for installations", account, u"install_apps_64"_s, true);
+    row("an account for installations as in a suite", account, u"install_apps_64"_s, false,
+        {u"--like-the-suite"_s});
+    row("an account for another tab of the machine", account, u"registered_apps"_s, false);
     row("an account for a tab of users", account, u"uninstall_apps"_s, true);
     row("an account for a tab of packages", account, u"metro_apps"_s, true);
 }
@@ -80,9 +85,10 @@ void tst_chosen_input::needs_something_to_read_for_the_tabs()
     QFETCH(const QString, has);
     QFETCH(const QString, tab);
     QFETCH(const bool, is_enough);
+    QFETCH(const QStringList, options);
     m_volume->hive(has);
     m_volume->write();
-    QCOMPARE(extract({u"--tab"_s, tab}).exit_code, is_enough ? 0 : 3);
+    QCOMPARE(extract(QStringList{u"--tab"_s, tab} + options).exit_code, is_enough ? 0 : 3);
     QCOMPARE(QFileInfo::exists(m_results->filePath(u"results"_s)), is_enough);
 }
 

@@ -66,6 +66,7 @@ private slots:
     void tells_what_is_no_file();
     void looks_only_at_the_hives_that_the_tabs_read_data();
     void looks_only_at_the_hives_that_the_tabs_read();
+    void looks_at_no_hive_of_a_user_for_the_machine_alone();
     void looks_at_the_backup_only_when_it_is_needed_data();
     void looks_at_the_backup_only_when_it_is_needed();
 };
@@ -184,8 +185,10 @@ void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read_data()
                                       u"Windows/System32/config/RegBack/SOFTWARE: not found"_s};
     const auto users =
         QStringList{u"Users/ann/NTUSER.DAT: not found"_s, u"Users/bob/NTUSER.DAT: not found"_s};
-    QTest::newRow("installed applications need the software hive")
-        << QStringList{u"install_apps_32"_s} << software;
+    QTest::newRow("installed applications need all hives")
+        << QStringList{u"install_apps_32"_s} << software + users;
+    QTest::newRow("registered applications need the software hive")
+        << QStringList{u"registered_apps"_s} << software;
     QTest::newRow("user assist entries need the users' hives")
         << QStringList{u"uninstall_apps"_s} << users;
     QTest::newRow("packages need no hive") << QStringList{u"metro_apps"_s} << QStringList();
@@ -200,6 +203,15 @@ void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read()
     QCOMPARE(precheck_warnings(source_volume(volume.root()), {u"ann"_s, u"bob"_s},
                                tabs_named(plugin_tabs(), tabs)),
              warnings);
+}
+
+void tst_hive_precheck::looks_at_no_hive_of_a_user_for_the_machine_alone()
+{
+    const evidence_volume volume;
+    const auto tabs = without_keys_of_users(tabs_named(plugin_tabs(), {u"install_apps_32"_s}));
+    QCOMPARE(precheck_warnings(source_volume(volume.root()), {u"ann"_s}, tabs),
+             (QStringList{u"Windows/System32/config/SOFTWARE: not found"_s,
+                          u"Windows/System32/config/RegBack/SOFTWARE: not found"_s}));
 }
 
 void tst_hive_precheck::looks_at_the_backup_only_when_it_is_needed_data()

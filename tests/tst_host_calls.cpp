@@ -48,7 +48,8 @@ void tst_host_calls::calls_the_operations_in_the_documented_order()
                         u"call: pub_set_result_directory(%1)"_s.arg(result_directory),
                         u"call: pub_create_db_tables()"_s,
                         u"call: pub_set_clear_db(false)"_s,
-                        u"call: pub_find_source_file()"_s,
+                        u"call: pub_find_source_file(decode_by_type | ignore_letter_case | "
+                        "installations_of_users | old_layout)"_s,
                         u"call: pub_extract_artifacts()"_s,
                         u"call: pub_remove_temporary_asthetics()"_s,
                         u"call: delete()"_s,
@@ -71,13 +72,11 @@ void tst_host_calls::takes_all_accounts_with_artefacts_by_name()
 void tst_host_calls::takes_the_accounts_that_were_asked_for()
 {
     const auto volume = small_volume();
-    const host_result result =
-        extract(*volume, recorded + QStringList{u"--quiet"_s, u"--tab"_s, u"metro_apps"_s,
-                                                u"--user"_s, u"bob"_s, u"--user"_s, u"nobody"_s,
-                                                u"--user"_s, u"ann"_s, u"--user"_s, u"bob"_s});
+    const host_result result = extract(
+        *volume, recorded + QStringList{u"--quiet"_s, u"--tab"_s, u"metro_apps"_s, u"--user"_s,
+                                        u"bob"_s, u"--user"_s, u"ann"_s, u"--user"_s, u"bob"_s});
     QCOMPARE(result.errors.filter(u"source_info"_s).value(0).section(u'|', 3),
              u"  | bob |  | ann | )"_s);
-    QVERIFY(result.errors.contains(u"artifact_host: warning: Users/nobody: not found"_s));
 }
 
 void tst_host_calls::takes_an_account_once_that_is_asked_for_by_two_names()

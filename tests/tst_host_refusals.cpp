@@ -104,9 +104,10 @@ void tst_host_refusals::refuses_a_source_that_cannot_be_read_data()
     QTest::addColumn<QString>("reason");
     QTest::newRow("no such folder") << u"%SRCnone"_s << u"source %SRCnone does not exist"_s;
     QTest::newRow("empty path") << QString() << u"source  does not exist"_s;
-    QTest::newRow("disk image instead of its content")
+    QTest::newRow("hive instead of its volume")
         << u"%SRC%1"_s.arg(software_file)
-        << u"source %SRC%1 is no folder: mount or extract the volume first"_s.arg(software_file);
+        << u"source %SRC%1 is no folder: it is a registry hive; give the folder of the volume that it belongs to"_s
+               .arg(software_file);
     QTest::newRow("folder that is no Windows volume")
         << u"%SRCUsers"_s
         << u"source %SRCUsers/ holds nothing to read: no %1 and no account in Users"_s.arg(

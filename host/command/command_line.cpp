@@ -6,40 +6,66 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const auto general_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
+       artifact_host volumes SOURCE [options]
 
 Lists the installed, registered, run, uninstalled and hidden applications of a
 Windows volume in a SQLite database.
 
 Commands:
   extract        Reads the volume mounted or extracted at SOURCE.
+  volumes        Lists the volumes in SOURCE and what would be read of them.
 
 Options:
-  -h, --help     Shows this text; "artifact_host extract --help" tells more.
+  -h, --help     Shows this text; "artifact_host COMMAND --help" tells more.
   -v, --version  Shows the version.
 
 )"_s;
 
 const auto extract_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
 
-Reads the Windows volume mounted or extracted at SOURCE, which is never written
-to, and fills DIR/Artifacts_Result/Windows_Installed_Applications/
+Reads the Windows volume mounted or extracted at SOURCE, or in a folder some
+levels below, as triage collectors write it. SOURCE is never written to. Fills DIR/Artifacts_Result/Windows_Installed_Applications/
 Windows_Installed_Applications.sqlite. Standard output tells the rows of each
 tab, their total and, last, the path of the database. Progress and warnings
 about what could not be read go to standard error; a warning does not change
 the exit code. Ctrl-C stops the run and keeps the rows written so far; a second
 one ends the program at once.
 
+A run reads all the evidence there is: files in whatever letter case their names
+are spelt, texts decoded by their registry type, programs that were installed
+for one user only, and the accounts of Windows 2000 to 2003. The last line on
+standard error but for failures tells so. With --like-the-suite a run gives
+what the plug-in gives in a forensics suite, to the letter, and warns of what
+that leaves out.
+
 Options:
   --result DIR      Folder for the results; created if missing, never in SOURCE.
-  --user NAME       Account to read: the name of its folder in SOURCE/Users. May
-                    be repeated. Without it, all that hold an NTUSER.DAT or a
-                    package folder.
+  --volume NAME     Volume to read if SOURCE holds several; "artifact_host
+                    volumes SOURCE" lists them.
+  --user NAME       Account to read: the name of its folder in Users, in any
+                    letter case. May be repeated. Without it, all that hold an
+                    NTUSER.DAT or a package folder.
   --tab NAME        Tab to fill. May be repeated. Without it, all%1
   --debug-log FILE  Append the plug-in's debug log to FILE.
   --plugin FILE     Plug-in library to load. Without it, the one beside this
                     program, or in ../plugin or ../lib from there.
   --keep-rows       Keep the rows of earlier runs in the database.
+  --like-the-suite  Read only what the plug-in reads in a forensics suite.
   --quiet           Show no progress.
+  -h, --help        Shows this text.
+
+)"_s;
+
+const auto volumes_help = uR"(Usage: artifact_host volumes SOURCE [options]
+
+Lists the Windows volumes in SOURCE and what a run would read of each: its
+accounts, its registry hives with their size, the time of their last change in
+the file system and by Windows, and their state, and its package folders.
+Nothing is written. Warnings about what would not be read go to standard error.
+
+Options:
+  --volume NAME     The volume to list. Without it, all.
+  --like-the-suite  List what a run with this option would read.
   -h, --help        Shows this text.
 
 )"_s;
@@ -47,7 +73,7 @@ Options:
 const auto exit_code_help = uR"(Exit codes:
   0    the run is complete
   1    the run failed, or rows are missing from the database
-  2    wrong use, such as an unknown tab
+  2    wrong use, such as an unknown tab, account or volume
   3    the source cannot be read
   4    the result folder or the debug log cannot be written
   5    the plug-in cannot be loaded
@@ -89,6 +115,7 @@ public:
     {
         m_parser.addOptions(
             {m_result, m_user, m_tab, m_debug_log, m_plugin, m_keep_rows, m_quiet, m_help});
+        m_parser.addOptions({m_volume, m_like_the_suite});
     }
 
     command_line parse(const QStringList &arguments)
@@ -97,13 +124,13 @@ public:
         if (!m_parser.parse(QStringList(u"artifact_host"_s) + arguments))
             return misused(m_parser.errorText());
         if (m_parser.isSet(m_help))
-            return {std::nullopt, {}, exit_complete, m_parser.value(m_plugin)};
+            return {std::nullopt, {}, exit_complete, std::nullopt, m_parser.value(m_plugin)};
         const QStringList sources = m_parser.positionalArguments();
         if (sources.size() != 1)
             return misused(u"extract takes one SOURCE, but %1 were given"_s.arg(sources.size()));
         if (!m_parser.isSet(m_result))
             return misused(u"extract needs a result folder: --result DIR"_s);
-        for (const QCommandLineOption &option : {m_result, m_debug_log, m_plugin}) {
+        for (const QCommandLineOption &option : {m_result, m_debug_log, m_plugin, m_volume}) {
             if (m_parser.isSet(option) && m_parser.value(option).isEmpty())
                 return misused(u"--%1 was given an empty path"_s.arg(option.names().first()));
         }
@@ -123,6 +150,9 @@ private:
         options.plugin_file = m_parser.value(m_plugin);
         options.keep_rows = m_parser.isSet(m_keep_rows);
         options.quiet = m_parser.isSet(m_quiet);
+        options.volume = m_parser.value(m_volume);
+        if (m_parser.isSet(m_like_the_suite))
+            options.reading = {};
         return options;
     }
 
@@ -142,8 +172,32 @@ private:
     const QCommandLineOption m_plugin{u"plugin"_s, {}, u"FILE"_s};
     const QCommandLineOption m_keep_rows{u"keep-rows"_s};
     const QCommandLineOption m_quiet{u"quiet"_s};
+    const QCommandLineOption m_volume{u"volume"_s, {}, u"NAME"_s};
+    const QCommandLineOption m_like_the_suite{u"like-the-suite"_s};
     const QCommandLineOption m_help{{u"h"_s, u"help"_s}};
 };
+
+command_line parse_volumes(const QStringList &arguments)
+{
+    const QCommandLineOption volume{u"volume"_s, {}, u"NAME"_s};
+    const QCommandLineOption like_the_suite{u"like-the-suite"_s};
+    const QCommandLineOption help{{u"h"_s, u"help"_s}};
+    QCommandLineParser parser;
+    parser.addOptions({volume, like_the_suite, help});
+    if (!parser.parse(QStringList(u"artifact_host"_s) + arguments))
+        return misused(parser.errorText());
+    if (parser.isSet(help))
+        return shown(volumes_help + exit_code_help);
+    const QStringList sources = parser.positionalArguments();
+    if (sources.size() != 1)
+        return misused(u"volumes takes one SOURCE, but %1 were given"_s.arg(sources.size()));
+    if (parser.isSet(volume) && parser.value(volume).isEmpty())
+        return misused(u"--volume was given an empty path"_s);
+    volumes_options options{sources.first(), parser.value(volume)};
+    if (parser.isSet(like_the_suite))
+        options.reading = {};
+    return {std::nullopt, {}, exit_complete, options};
+}
 
 } // namespace
 
@@ -159,6 +213,8 @@ command_line parse_command_line(const QStringList &arguments)
     const QString first = arguments.value(0);
     if (first == "extract"_L1)
         return extract_parser().parse(arguments.mid(1));
+    if (first == "volumes"_L1)
+        return parse_volumes(arguments.mid(1));
     if (first == "--help"_L1 || first == "-h"_L1)
         return shown(general_help + exit_code_help);
     if (first == "--version"_L1 || first == "-v"_L1)

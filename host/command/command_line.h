@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "exit_code.h"
+#include "reading_options.h"
 
 /// What the examiner asked the `extract` command for.
 struct extract_options
@@ -19,6 +20,16 @@ struct extract_options
     QString plugin_file; ///< empty to look beside the program
     bool keep_rows = false;
     bool quiet = false;
+    QString volume; ///< the volume's name in the source; empty for the only one
+    reading_options reading = reading_options::all();
+};
+
+/// What the examiner asked the `volumes` command for.
+struct volumes_options
+{
+    QString source;
+    QString volume; ///< empty for all
+    reading_options reading = reading_options::all();
 };
 
 /// What a command line asks for: a run, help that names the plug-in's tabs, or a text to show.
@@ -27,6 +38,7 @@ struct command_line
     std::optional<extract_options> extract;       ///< set when a run is asked for
     QString text;                                 ///< help, the version, or what is wrong
     exit_code code = exit_complete;               ///< what the program ends with after the text
+    std::optional<volumes_options> volumes = {};  ///< set when a list of volumes is asked for
     std::optional<QString> help_with_plugin = {}; ///< the plug-in whose tabs the help shall name
 };
 

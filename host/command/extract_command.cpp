@@ -4,17 +4,20 @@
 
 #include <algorithm>
 
+#include "account_selection.h"
 #include "allocator_settings.h"
 #include "console.h"
 #include "extraction_run.h"
 #include "hive_precheck.h"
 #include "output_watch.h"
+#include "passed_over.h"
 #include "plugin_library.h"
 #include "result_location.h"
 #include "row_counter.h"
 #include "run_report.h"
 #include "source_volume.h"
 #include "unread_keys.h"
+#include "volume_search.h"
 
 using namespace Qt::StringLiterals;
 
@@ -34,7 +37,7 @@ QList<host_tab> tabs_within(const source_volume &volume, const QList<host_tab> &
                             QStringList &warnings)
 {
     QList<host_tab> kept = tabs;
-    for (const QString &path : {QString(software_hive_path), QString(software_backup_path)}) {
+    for (const QString &path : {volume.software_hive(), volume.software_backup()}) {
         if (!any_reads(kept, tab_input::software_hive) || !volume.leads_out(path))
             continue;
         kept.removeIf([](const host_tab &tab) { return tab.input == tab_input::software_hive; });
@@ -49,24 +52,24 @@ QList<host_tab> tabs_within(const source_volume &volume, const QList<host_tab> &
 bool is_anything_to_read(const source_volume &volume, const prepared_run &run)
 {
     const bool has_software =
-        volume.holds(software_hive_path) || volume.holds(software_backup_path);
+        volume.holds(volume.software_hive()) || volume.holds(volume.software_backup());
     const bool reads_accounts =
-        any_reads(run.tabs, tab_input::user_hive) || any_reads(run.tabs, tab_input::package_folder);
+        reads_user_hives(run.tabs) || any_reads(run.tabs, tab_input::package_folder);
     return (has_software && any_reads(run.tabs, tab_input::software_hive)) ||
            (!run.plan.accounts.isEmpty() && reads_accounts);
 }
 
 refusal nothing_to_read(const source_volume &volume)
 {
-    return {exit_source, u"source %1 holds nothing to read: no %2 and no account in Users"_s.arg(
-                             volume.root(), software_hive_path)};
+    return {exit_source, u"source %1 holds nothing to read: no %2 and no account in %3"_s.arg(
+                             volume.root(), volume.software_hive(), volume.accounts_folder())};
 }
 
 qint64 size_of_largest_hive(const source_volume &volume, const QStringList &accounts)
 {
-    qint64 largest = QFileInfo(volume.root() + software_hive_path).size();
+    qint64 largest = QFileInfo(volume.root() + volume.software_hive()).size();
     for (const QString &account : accounts)
-        largest = std::max(largest, QFileInfo(volume.root() + user_hive_path(account)).size());
+        largest = std::max(largest, QFileInfo(volume.root() + volume.user_hive(account)).size());
     return largest;
 }
 
@@ -77,9 +80,12 @@ struct chosen_tabs
     std::optional<refusal> refused;
 };
 
-chosen_tabs choose_tabs(const artifact_plugin &plugin, const QStringList &names)
+chosen_tabs choose_tabs(const artifact_plugin &plugin, const extract_options &options)
 {
-    const QList<host_tab> tabs = tabs_of(plugin);
+    const QStringList &names = options.tabs;
+    const QList<host_tab> all = tabs_of(plugin);
+    const QList<host_tab> tabs =
+        options.reading.installations_of_users ? all : without_keys_of_users(all);
     if (tabs.isEmpty())
         return {{}, refusal{exit_plugin, u"the plug-in does not tell which tabs it fills"_s}};
     const QStringList known = names_of(tabs);
@@ -94,17 +100,18 @@ chosen_tabs choose_tabs(const artifact_plugin &plugin, const QStringList &names)
 
 /// Chooses what to read. Leaves out accounts and tabs whose files a link leads out of the volume.
 prepared_run choose_input(const source_volume &volume, const extract_options &options,
-                          const QList<host_tab> &tabs)
+                          const account_selection &selection, const QList<host_tab> &tabs)
 {
     prepared_run run;
-    account_selection selection = select_accounts(volume, options.users);
     run.warnings = selection.warnings;
     run.tabs = tabs_within(volume, tabs, run.warnings);
     run.warnings += precheck_warnings(volume, selection.accounts, run.tabs);
+    run.warnings += passed_over_warnings(volume, selection, run.tabs);
     run.plan.source_root = volume.root();
     run.plan.accounts = selection.accounts;
     run.plan.tabs = names_of(run.tabs);
     run.plan.keep_rows = options.keep_rows;
+    run.plan.options = options.reading;
     return run;
 }
 
@@ -157,7 +164,15 @@ exit_code run_and_report(artifact_plugin &plugin, const prepared_run &run,
         finished.counts = count_rows(database, run.plan.tabs);
     if (!finished.outcome.cancelled)
         print_warnings(unread_key_warnings(volume, run.plan.accounts, run.tabs));
+    print_notice(line_about(run.plan.options));
     return report_run(finished);
+}
+
+/// Says where in the source the volume lies, unless the source is the volume.
+void tell_place(const found_volume &volume)
+{
+    if (volume.name != "."_L1)
+        print_notice(u"the volume is %1 in the source"_s.arg(volume.name));
 }
 
 } // namespace
@@ -170,14 +185,22 @@ exit_code extract(const extract_options &options)
     };
     if (const auto refused = check_source(options.source))
         return refuse(*refused);
-    const source_volume volume(options.source);
+    const chosen_volume place = choose_volume(options.source, options.volume);
+    print_warnings(place.warnings);
+    if (place.refused)
+        return refuse(*place.refused);
+    tell_place(place.volume);
+    const source_volume volume(place.volume.directory, options.reading, options.source);
     const loaded_plugin plugin = load_plugin(options.plugin_file);
     if (plugin.object == nullptr)
         return refuse({exit_plugin, plugin.failure});
-    const chosen_tabs chosen = choose_tabs(*plugin.object, options.tabs);
+    const chosen_tabs chosen = choose_tabs(*plugin.object, options);
     if (chosen.refused)
         return refuse(*chosen.refused);
-    prepared_run run = choose_input(volume, options, chosen.tabs);
+    const account_selection accounts = select_accounts(volume, options.users);
+    if (accounts.refused)
+        return refuse(*accounts.refused);
+    prepared_run run = choose_input(volume, options, accounts, chosen.tabs);
     if (!is_anything_to_read(volume, run)) {
         print_warnings(run.warnings); // they may tell why
         return refuse(nothing_to_read(volume));

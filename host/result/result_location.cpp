@@ -61,7 +61,7 @@ QStringList folders_to_remove(const result_location &location)
 std::optional<refusal> evidence_at(const QStringList &paths, const QString &name,
                                    const source_volume &volume)
 {
-    const evidence_relation relation = evidence_guard(volume.root()).relation_of(paths);
+    const evidence_relation relation = evidence_guard(volume.source_root()).relation_of(paths);
     if (relation.is == evidence_relation::kind::within)
         return refused(u"%1 lies in the source, which is never written to"_s.arg(name));
     if (relation.is == evidence_relation::kind::unknown)
@@ -101,7 +101,7 @@ std::optional<refusal> check_result(const result_location &location, const sourc
         return refused(u"result folder %1 cannot be made: %2 is no folder"_s.arg(
             location.result_directory, nearest));
     // A temporary folder that is a link goes as a link.
-    if (volume.root().startsWith(resolved(location.plugin_directory) + "/tmp/"_L1))
+    if (volume.source_root().startsWith(resolved(location.plugin_directory) + "/tmp/"_L1))
         return refused(u"the source lies in %1, which is removed at the end"_s.arg(
             temporary_directory_of(location)));
     const QString name = u"result folder %1"_s.arg(location.result_directory);

@@ -50,6 +50,13 @@ void connect_progress(const artifact_plugin &plugin, const progress_display &pro
     QObject::connect(&plugin, TABS_SIGNAL, &progress, SLOT(slot_tabs(int)));
 }
 
+/// A plug-in that is asked for nothing keeps what it would do for every host.
+void ask_for(const reading_options &options, artifact_plugin &plugin)
+{
+    if (const QVariantMap property = property_of(options); !property.isEmpty())
+        plugin.setProperty("extraction_options", property);
+}
+
 } // namespace
 
 run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
@@ -72,6 +79,7 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     plugin.pub_create_db_tables();
     on_tables_made();
     plugin.pub_set_clear_db(!plan.keep_rows);
+    ask_for(plan.options, plugin);
     plugin.pub_find_source_file();
     plugin.pub_extract_artifacts();
     plugin.pub_remove_temporary_asthetics();

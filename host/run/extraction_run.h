@@ -8,6 +8,7 @@
 
 #include "artifact_plugin_interface.h"
 #include "progress_display.h"
+#include "reading_options.h"
 
 /// All that a run needs to know, already checked.
 struct extraction_plan
@@ -18,6 +19,7 @@ struct extraction_plan
     QString result_directory;
     QString debug_log; ///< an existing file, or empty for none
     bool keep_rows = false;
+    reading_options options;
 };
 
 /// How a run went, as far as the plug-in told.

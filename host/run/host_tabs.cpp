@@ -28,16 +28,22 @@ listed_key key_of(const QVariantMap &description)
             description.value(u"last_level"_s).toInt()};
 }
 
+QList<listed_key> keys_of(const QVariant &descriptions)
+{
+    QList<listed_key> keys;
+    for (const QVariant &key : descriptions.toList())
+        keys.append(key_of(key.toMap()));
+    return keys;
+}
+
 std::optional<host_tab> tab_of(const QVariantMap &description)
 {
     const QString name = description.value(u"name"_s).toString();
     const auto input = input_named(description.value(u"input"_s).toString());
     if (name.isEmpty() || !input)
         return std::nullopt;
-    host_tab tab{name, *input, {}};
-    for (const QVariant &key : description.value(u"keys"_s).toList())
-        tab.keys.append(key_of(key.toMap()));
-    return tab;
+    return host_tab{name, *input, keys_of(description.value(u"keys"_s)),
+                    keys_of(description.value(u"keys_of_users"_s))};
 }
 
 } // namespace
@@ -75,6 +81,20 @@ QList<host_tab> tabs_named(const QList<host_tab> &tabs, const QStringList &names
             named.append(tab);
     }
     return named;
+}
+
+QList<host_tab> without_keys_of_users(QList<host_tab> tabs)
+{
+    for (host_tab &tab : tabs)
+        tab.keys_of_users.clear();
+    return tabs;
+}
+
+bool reads_user_hives(const QList<host_tab> &tabs)
+{
+    return std::any_of(tabs.begin(), tabs.end(), [](const host_tab &tab) {
+        return tab.input == tab_input::user_hive || !tab.keys_of_users.isEmpty();
+    });
 }
 
 bool any_reads(const QList<host_tab> &tabs, tab_input input)

@@ -24,6 +24,7 @@ struct host_tab
     QString name;
     tab_input input;
     QList<listed_key> keys; ///< the registry keys that it lists; none when it reads no hive
+    QList<listed_key> keys_of_users; ///< those that it lists in the users' hives besides
 };
 
 /// The tabs that the plug-in object tells of in its property "artifacts", in the order in which it
@@ -38,6 +39,12 @@ QStringList names_of(const QList<host_tab> &tabs);
 
 /// The tabs among those of the plug-in that `names` has, each once and in the plug-in's order.
 QList<host_tab> tabs_named(const QList<host_tab> &tabs, const QStringList &names);
+
+/// The tabs of a run that reads no installations of users.
+QList<host_tab> without_keys_of_users(QList<host_tab> tabs);
+
+/// Whether one of `tabs` lists keys of the users' hives.
+bool reads_user_hives(const QList<host_tab> &tabs);
 
 /// Whether one of `tabs` is filled from `input`.
 bool any_reads(const QList<host_tab> &tabs, tab_input input);

@@ -99,16 +99,16 @@ bool append_findings(const source_volume &volume, const QString &path, QStringLi
 
 bool has_usable_backup(const source_volume &volume)
 {
-    return check_hive_file(volume.root() + software_backup_path).readable;
+    return check_hive_file(volume.root() + volume.software_backup()).readable;
 }
 
 void append_software_findings(const source_volume &volume, QStringList &warnings)
 {
-    append_findings(volume, software_hive_path, warnings);
-    if (software_hive_to_read(volume) == software_hive_path)
+    append_findings(volume, volume.software_hive(), warnings);
+    if (software_hive_to_read(volume) == volume.software_hive())
         return;
-    if (append_findings(volume, software_backup_path, warnings))
-        warnings.append(software_backup_path +
+    if (append_findings(volume, volume.software_backup(), warnings))
+        warnings.append(volume.software_backup() +
                         ": is read in place of the software hive, which cannot be opened"_L1);
 }
 
@@ -144,10 +144,10 @@ hive_findings check_hive_file(const QString &path)
 // Most Windows versions keep the backup empty, so trying to open the hive is rarely needed.
 QString software_hive_to_read(const source_volume &volume)
 {
+    const QString hive = volume.root() + volume.software_hive();
     const bool is_read =
-        check_hive_file(volume.root() + software_hive_path).readable &&
-        (!has_usable_backup(volume) || opens_as_hive(volume.root() + software_hive_path));
-    return is_read ? software_hive_path : software_backup_path;
+        check_hive_file(hive).readable && (!has_usable_backup(volume) || opens_as_hive(hive));
+    return is_read ? volume.software_hive() : volume.software_backup();
 }
 
 QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
@@ -156,13 +156,13 @@ QStringList precheck_warnings(const source_volume &volume, const QStringList &ac
     QStringList warnings;
     if (any_reads(tabs, tab_input::software_hive))
         append_software_findings(volume, warnings);
-    if (any_reads(tabs, tab_input::user_hive)) {
+    if (reads_user_hives(tabs)) {
         for (const QString &account : accounts)
-            append_findings(volume, user_hive_path(account), warnings);
+            append_findings(volume, volume.user_hive(account), warnings);
     }
     if (any_reads(tabs, tab_input::package_folder)) {
         for (const QString &account : accounts)
-            append_package_folder_finding(volume, package_folder_path(account), warnings);
+            append_package_folder_finding(volume, volume.package_folder(account), warnings);
     }
     return warnings;
 }

@@ -2,95 +2,19 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 
-#include <algorithm>
 #include <filesystem>
+
+#include "image_file.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QString account_path(const QString &account)
+QString root_of(const QString &directory)
 {
-    return "Users/"_L1 + account;
-}
-
-/// The first path of the account that a link leads out of the volume, or an empty text.
-QString path_leading_out(const source_volume &volume, const QString &account)
-{
-    for (const QString &path :
-         {account_path(account), user_hive_path(account), package_folder_path(account)}) {
-        if (volume.leads_out(path))
-            return path;
-    }
-    return {};
-}
-
-bool may_hold_artifacts(const source_volume &volume, const QString &account)
-{
-    const QStringList paths{user_hive_path(account), package_folder_path(account)};
-    return std::any_of(paths.begin(), paths.end(), [&volume](const QString &path) {
-        return volume.holds(path) || is_hidden(volume.root() + path);
-    });
-}
-
-/// The entries of "Users" as the file system names them, in no order.
-QList<QByteArray> raw_names_in_users(const source_volume &volume, QStringList &warnings)
-{
-    QList<QByteArray> names;
-    std::error_code error;
-    const std::filesystem::path users = QFile::encodeName(volume.root() + "Users"_L1).toStdString();
-    for (auto entry = std::filesystem::directory_iterator(users, error);
-         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
-        names.append(QByteArray::fromStdString(entry->path().filename().string()));
-    if (error && error != std::errc::no_such_file_or_directory)
-        warnings.append(
-            u"Users: cannot be listed: %1"_s.arg(QString::fromLocal8Bit(error.message().c_str())));
-    return names;
-}
-
-/// Their names as texts. Folders come before links to them, so that a link never hides the folder.
-/// Qt cannot open a file whose name is not UTF-8; such names are reported.
-QStringList names_in_users(const source_volume &volume, QStringList &warnings)
-{
-    QStringList folders;
-    QStringList links;
-    for (const QByteArray &raw_name : raw_names_in_users(volume, warnings)) {
-        const QString name = QString::fromUtf8(raw_name);
-        if (name.toUtf8() != raw_name)
-            warnings.append(
-                u"%1: its name is not valid UTF-8, so it is not read"_s.arg(account_path(name)));
-        else
-            (QFileInfo(volume.root() + account_path(name)).isSymLink() ? links : folders)
-                .append(name);
-    }
-    folders.sort();
-    links.sort();
-    return folders + links;
-}
-
-/// The accounts, without those whose folder an earlier one has too: through a link, or on a file
-/// system that ignores letter case.
-QStringList each_folder_once(const source_volume &volume, const QStringList &accounts)
-{
-    QStringList kept;
-    QSet<QString> seen;
-    for (const QString &account : accounts) {
-        const QString folder = QFileInfo(volume.root() + account_path(account)).canonicalFilePath();
-        if (!seen.contains(folder))
-            kept.append(account);
-        seen.insert(folder);
-    }
-    return kept;
-}
-
-QStringList accounts_found(const source_volume &volume, QStringList &warnings)
-{
-    QStringList accounts = names_in_users(volume, warnings);
-    accounts.removeIf(
-        [&volume](const QString &account) { return !may_hold_artifacts(volume, account); });
-    return accounts;
+    const QString root = QFileInfo(directory).canonicalFilePath();
+    return root.endsWith(u'/') ? root : root + u'/';
 }
 
 } // namespace
@@ -101,9 +25,8 @@ std::optional<refusal> check_source(const QString &directory)
     if (directory.isEmpty() || !info.exists())
         return refusal{exit_source, u"source %1 does not exist"_s.arg(directory)};
     if (!info.isDir())
-        return refusal{
-            exit_source,
-            u"source %1 is no folder: mount or extract the volume first"_s.arg(directory)};
+        return refusal{exit_source,
+                       u"source %1 is no folder: %2"_s.arg(directory, advice_about(directory))};
     if (!info.isReadable() || !info.isExecutable())
         return refusal{exit_source, u"source %1 cannot be read"_s.arg(directory)};
     return std::nullopt;
@@ -116,11 +39,13 @@ bool is_hidden(const QString &path)
     return error == std::errc::permission_denied;
 }
 
-source_volume::source_volume(const QString &directory)
-    : m_root(QFileInfo(directory).canonicalFilePath())
+source_volume::source_volume(const QString &directory, const reading_options &options,
+                             const QString &source)
+    : m_root(root_of(directory)),
+      m_source_root(source.isEmpty() ? m_root : root_of(source)),
+      m_options(options),
+      m_paths(m_root)
 {
-    if (!m_root.endsWith(u'/'))
-        m_root += u'/';
 }
 
 bool source_volume::leads_out(const QString &relative) const
@@ -134,37 +59,61 @@ bool source_volume::holds(const QString &relative) const
     return QFileInfo::exists(m_root + relative);
 }
 
-QString user_hive_path(const QString &account)
+QString source_volume::place_of(const QString &relative) const
 {
-    return account_path(account) + "/NTUSER.DAT"_L1;
+    if (!m_options.ignore_letter_case || holds(relative))
+        return relative;
+    return m_paths.find(m_root + relative, [](const QString &) {}).mid(m_root.size());
 }
 
-QString package_folder_path(const QString &account)
+QStringList source_volume::namesakes_of(const QString &relative) const
 {
-    return account_path(account) + "/AppData/Local/Packages"_L1;
+    QStringList places = m_paths.find_all(m_root + relative);
+    for (QString &place : places)
+        place.remove(0, m_root.size());
+    return places;
 }
 
-account_selection select_accounts(const source_volume &volume, const QStringList &requested)
+QString source_volume::software_hive() const
 {
-    account_selection selection;
-    QStringList &warnings = selection.warnings;
-    QStringList accounts;
-    const QStringList candidates =
-        requested.isEmpty() ? accounts_found(volume, warnings) : requested;
-    for (const QString &account : candidates) {
-        const QString outside = path_leading_out(volume, account);
-        if (!outside.isEmpty())
-            warnings.append(u"%1: a link leads out of the source; account %2 is left out"_s.arg(
-                outside, account));
-        else if (!volume.holds(account_path(account)))
-            warnings.append(u"%1: not found"_s.arg(account_path(account)));
-        else
-            accounts.append(account);
-    }
-    selection.accounts = each_folder_once(volume, accounts);
-    if (requested.isEmpty())
-        selection.accounts.sort();
-    else if (selection.accounts.size() < accounts.size())
-        warnings.append(u"Users: some of the accounts share a folder, which is read once"_s);
-    return selection;
+    const QString windows = first_that_exists(u"Windows"_s, u"WINNT"_s);
+    return place_of(windows + "/System32/config/SOFTWARE"_L1);
+}
+
+// The plug-in knows no backup of older layouts.
+QString source_volume::software_backup() const
+{
+    return place_of(software_backup_path);
+}
+
+QString source_volume::accounts_folder() const
+{
+    return first_that_exists(u"Users"_s, u"Documents and Settings"_s);
+}
+
+QString source_volume::account_folder(const QString &account) const
+{
+    return place_of(path_of_account(account));
+}
+
+QString source_volume::user_hive(const QString &account) const
+{
+    return place_of(path_of_account(account) + "/NTUSER.DAT"_L1);
+}
+
+QString source_volume::package_folder(const QString &account) const
+{
+    return place_of(path_of_account(account) + "/AppData/Local/Packages"_L1);
+}
+
+/// `folder`, or the older one where it is asked for and it alone exists.
+QString source_volume::first_that_exists(const QString &folder, const QString &older_folder) const
+{
+    const auto exists = [this](const QString &name) { return holds(place_of(name + u'/')); };
+    return m_options.old_layout && !exists(folder) && exists(older_folder) ? older_folder : folder;
+}
+
+QString source_volume::path_of_account(const QString &account) const
+{
+    return accounts_folder() + u'/' + account;
 }

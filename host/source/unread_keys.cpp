@@ -7,20 +7,41 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The keys that the tabs list, each once: two tabs may list the same.
-QList<listed_key> keys_of(const QList<host_tab> &tabs, tab_input input)
+/// Each key once: two tabs may list the same.
+QList<listed_key> each_once(const QList<listed_key> &keys)
+{
+    QList<listed_key> once;
+    QStringList paths;
+    for (const listed_key &key : keys) {
+        if (paths.contains(key.key_path))
+            continue;
+        paths.append(key.key_path);
+        once.append(key);
+    }
+    return once;
+}
+
+/// The keys of the machine's hive that the tabs list.
+QList<listed_key> software_keys_of(const QList<host_tab> &tabs)
 {
     QList<listed_key> keys;
-    QStringList paths;
     for (const host_tab &tab : tabs) {
-        for (const listed_key &key : tab.keys) {
-            if (tab.input != input || paths.contains(key.key_path))
-                continue;
-            paths.append(key.key_path);
-            keys.append(key);
-        }
+        if (tab.input == tab_input::software_hive)
+            keys += tab.keys;
     }
-    return keys;
+    return each_once(keys);
+}
+
+/// The keys of each user's hive that the tabs list.
+QList<listed_key> user_keys_of(const QList<host_tab> &tabs)
+{
+    QList<listed_key> keys;
+    for (const host_tab &tab : tabs) {
+        if (tab.input == tab_input::user_hive)
+            keys += tab.keys;
+        keys += tab.keys_of_users;
+    }
+    return each_once(keys);
 }
 
 QStringList warnings_about(const source_volume &volume, const QString &hive_path,
@@ -41,11 +62,11 @@ QStringList unread_key_warnings(const source_volume &volume, const QStringList &
                                 const QList<host_tab> &tabs)
 {
     QStringList warnings;
-    const QList<listed_key> software_keys = keys_of(tabs, tab_input::software_hive);
+    const QList<listed_key> software_keys = software_keys_of(tabs);
     if (!software_keys.isEmpty())
         warnings += warnings_about(volume, software_hive_to_read(volume), software_keys);
-    const QList<listed_key> users_keys = keys_of(tabs, tab_input::user_hive);
+    const QList<listed_key> users_keys = user_keys_of(tabs);
     for (const QString &account : accounts)
-        warnings += warnings_about(volume, user_hive_path(account), users_keys);
+        warnings += warnings_about(volume, volume.user_hive(account), users_keys);
     return warnings;
 }

@@ -44,8 +44,8 @@ build "$source_dir/tests/foreign_host" "$scratch/foreign_build" -DCMAKE_PREFIX_P
 "$cmake" -E rm -rf "$scratch/package"
 
 "$demo_program" "$volume"
-"$built_host" extract "$volume" --result "$scratch/built" --quiet >"$scratch/built.txt"
-"$prefix/bin/artifact_host" extract "$volume" --result "$scratch/installed" --quiet >"$scratch/installed.txt"
+"$built_host" extract "$volume" --result "$scratch/built" --quiet --like-the-suite >"$scratch/built.txt"
+"$prefix/bin/artifact_host" extract "$volume" --result "$scratch/installed" --quiet --like-the-suite >"$scratch/installed.txt"
 "$scratch/foreign_build/foreign_host" "$volume" "$scratch/foreign" >"$scratch/foreign.txt"
 
 # Of what artifact_host prints, the counts without their total.

@@ -4,6 +4,7 @@
 
 #include <QProcessEnvironment>
 #include <QRegularExpression>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -38,6 +39,16 @@ QByteArray without_elapsed_times(const QByteArray &output)
 {
     static const QRegularExpression elapsed(u"(tabs, \\d+ rows, )\\d+:\\d\\d"_s);
     return QString::fromUtf8(output).replace(elapsed, u"\\10:00"_s).toUtf8();
+}
+
+/// Every run ends with the line, whose place no test but its own looks at.
+QString taken_options_line(QStringList &lines)
+{
+    const auto line = std::find_if(lines.begin(), lines.end(), [](const QString &text) {
+        return text.startsWith("artifact_host: read with "_L1) ||
+               text.startsWith("artifact_host: read like "_L1);
+    });
+    return line == lines.end() ? QString() : lines.takeAt(line - lines.begin());
 }
 
 } // namespace
@@ -165,6 +176,7 @@ host_result host_process::finish()
     (ended_itself ? result.exit_code : result.signal_number) = m_process.exitCode();
     result.output = lines_of(m_process.readAllStandardOutput());
     result.errors = lines_of(without_elapsed_times(m_errors));
+    result.options_line = taken_options_line(result.errors);
     result.on_terminal = received_by_terminal();
     return result;
 }

@@ -15,6 +15,7 @@ struct host_result
     int signal_number = 0;  ///< the signal that ended it, or 0
     QStringList output;     ///< lines of standard output
     QStringList errors;     ///< lines of standard error, the elapsed times in them set to 0:00
+    QString options_line;   ///< the one of them that tells the run's options, which `errors` lacks
     QByteArray on_terminal; ///< what a terminal in place of standard error received
 };
 

@@ -53,6 +53,10 @@ std::unique_ptr<evidence::evidence_volume> small_volume();
 extern const QStringList small_volume_report;
 extern const QString bob_has_no_hive;
 
+/// The lines that tell the options of a run.
+extern const QString every_option;
+extern const QString no_option;
+
 } // namespace test_support
 
 #endif

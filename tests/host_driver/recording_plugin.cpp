@@ -111,7 +111,10 @@ public:
         if (behaviour() == "until cancelled")
             m_cancelled.release();
     }
-    void pub_find_source_file() override { record(u"pub_find_source_file"_s); }
+    void pub_find_source_file() override
+    {
+        record(u"pub_find_source_file"_s, property("extraction_options").toMap().keys());
+    }
     void pub_set_extended_attributes_list(QStringList) override
     {
         record(u"pub_set_extended_attributes_list"_s);

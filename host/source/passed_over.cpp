@@ -1,0 +1,223 @@
+#include "passed_over.h"
+
+#include <QFileInfo>
+#include <QSet>
+
+#include "raw_names.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto accounts_folder = u"Users"_s;
+const auto older_accounts_folder = u"Documents and Settings"_s;
+const auto user_hive_name = u"/NTUSER.DAT"_s;
+const auto package_path = u"/AppData/Local/Packages"_s;
+
+/// Looks a volume over for what its plug-in will not read.
+class survey
+{
+public:
+    survey(const source_volume &volume, const account_selection &selection,
+           const QList<host_tab> &tabs)
+        : m_volume(volume),
+          m_selection(selection),
+          m_reads_software(any_reads(tabs, tab_input::software_hive)),
+          m_reads_hives(reads_user_hives(tabs)),
+          m_reads_packages(any_reads(tabs, tab_input::package_folder))
+    {
+    }
+
+    QStringList warnings();
+
+private:
+    void note_places_that_are_read();
+    void look_at_software();
+    void look_at_folders_of_accounts();
+    void look_at_folder_of_accounts(const QString &folder, const QString &reason);
+    qsizetype accounts_in(const QString &folder) const;
+    void look_at_account(const QString &account, bool is_selected);
+    void look_at_namesakes(const QString &path, const QString &place, bool is_checked = false);
+    void look_at_way_to_packages(const QString &account);
+    void look_at_package_names(const QString &account);
+    void look_at_line_breaks(const QString &name, const QString &path);
+    bool is_folder_of_accounts_read(const QString &folder) const;
+    void warn(const QString &path, const QString &finding);
+
+    const source_volume &m_volume;
+    const account_selection &m_selection;
+    const bool m_reads_software;
+    const bool m_reads_hives;
+    const bool m_reads_packages;
+    QSet<QString> m_read; ///< places of hives and package folders
+    QStringList m_warnings;
+    QSet<QString> m_told;
+};
+
+bool has_line_break(const QString &text)
+{
+    return text.contains(u'\n') || text.contains(u'\r');
+}
+
+/// A link that leads nowhere, or to itself.
+bool is_broken_link(const QFileInfo &info)
+{
+    return info.isSymLink() && !info.exists() && !is_hidden(info.filePath());
+}
+
+void survey::warn(const QString &path, const QString &finding)
+{
+    const QString warning = path + ": "_L1 + finding;
+    if (m_told.contains(warning))
+        return;
+    m_told.insert(warning);
+    m_warnings.append(warning);
+}
+
+QStringList survey::warnings()
+{
+    note_places_that_are_read();
+    look_at_line_breaks(m_volume.root(), u"the source"_s);
+    if (m_reads_software)
+        look_at_software();
+    if (m_reads_hives || m_reads_packages)
+        look_at_folders_of_accounts();
+    for (const QString &account : m_selection.accounts)
+        look_at_account(account, true);
+    for (const QString &account : m_selection.others)
+        look_at_account(account, false);
+    return m_warnings;
+}
+
+void survey::note_places_that_are_read()
+{
+    m_read.insert(m_volume.software_hive());
+    for (const QString &account : m_selection.accounts) {
+        m_read.insert(m_volume.user_hive(account));
+        m_read.insert(m_volume.package_folder(account));
+    }
+}
+
+void survey::look_at_software()
+{
+    look_at_namesakes(software_hive_path, m_volume.software_hive(), true);
+    if (!m_volume.holds(m_volume.software_hive()))
+        look_at_namesakes(software_backup_path, m_volume.software_backup());
+    for (const QString &older : m_volume.namesakes_of(u"WINNT/System32/config/SOFTWARE"_s)) {
+        if (!m_read.contains(older))
+            warn(older, u"is not read: it is the hive of an older layout"_s);
+    }
+}
+
+void survey::look_at_folders_of_accounts()
+{
+    for (const QString &folder : m_volume.namesakes_of(accounts_folder))
+        look_at_folder_of_accounts(folder, u"its letter case differs from Users"_s);
+    for (const QString &folder : m_volume.namesakes_of(older_accounts_folder))
+        look_at_folder_of_accounts(folder, u"it is the folder of an older layout"_s);
+}
+
+/// A link shows the accounts of another folder.
+void survey::look_at_folder_of_accounts(const QString &folder, const QString &reason)
+{
+    if (is_folder_of_accounts_read(folder) || QFileInfo(m_volume.root() + folder).isSymLink())
+        return;
+    if (const qsizetype count = accounts_in(folder); count > 0)
+        warn(folder,
+             u"is not read: %1; accounts in it that hold a hive or packages: %2"_s.arg(reason).arg(
+                 count));
+}
+
+bool survey::is_folder_of_accounts_read(const QString &folder) const
+{
+    const QString read = m_volume.accounts_folder();
+    return folder == read ||
+           (m_volume.options().ignore_letter_case && m_volume.namesakes_of(read).contains(folder));
+}
+
+qsizetype survey::accounts_in(const QString &folder) const
+{
+    qsizetype count = 0;
+    for_each_raw_name(m_volume.root() + folder, [&](const QByteArray &raw_name) {
+        const QString account = folder + u'/' + QString::fromUtf8(raw_name);
+        if (!m_volume.namesakes_of(account + user_hive_name).isEmpty() ||
+            !m_volume.namesakes_of(account + package_path).isEmpty())
+            ++count;
+    });
+    return count;
+}
+
+void survey::look_at_account(const QString &account, bool is_selected)
+{
+    const QString folder = m_volume.accounts_folder() + u'/' + account;
+    if (is_selected)
+        look_at_line_breaks(account, m_volume.account_folder(account));
+    if (m_reads_hives) {
+        const QString hive = m_volume.user_hive(account);
+        look_at_namesakes(folder + user_hive_name, hive, is_selected);
+        if (!is_selected && is_broken_link(QFileInfo(m_volume.root() + hive)))
+            warn(hive, u"a link leads nowhere, so it is not read"_s);
+    }
+    if (m_reads_packages) {
+        look_at_namesakes(folder + package_path, m_volume.package_folder(account));
+        look_at_way_to_packages(account);
+        look_at_package_names(account);
+    }
+}
+
+/// The check of a missing hive tells what lies beside it.
+void survey::look_at_namesakes(const QString &path, const QString &place, bool is_checked)
+{
+    const bool is_told = is_checked && !m_volume.holds(place);
+    for (const QString &namesake : m_volume.namesakes_of(path)) {
+        const bool is_beside = QFileInfo(namesake).path() == QFileInfo(place).path();
+        if (namesake != place && !m_read.contains(namesake) && !(is_told && is_beside))
+            warn(namesake, u"is not read: its letter case differs from %1"_s.arg(path));
+    }
+}
+
+/// Names the first part of the path that is there and is no folder.
+void survey::look_at_way_to_packages(const QString &account)
+{
+    const QString folder = m_volume.accounts_folder() + u'/' + account;
+    for (const QString &part : {u""_s, u"/AppData"_s, u"/AppData/Local"_s, package_path}) {
+        const QString place = m_volume.place_of(folder + part);
+        const QFileInfo info(m_volume.root() + place);
+        if (is_broken_link(info))
+            return warn(place, u"a link leads nowhere, so it is not read"_s);
+        if (!info.exists() || (part.isEmpty() && !info.isDir()))
+            return; // files beside the accounts' folders are none
+        if (!info.isDir())
+            return warn(place, u"is no folder, so no packages are read there"_s);
+    }
+}
+
+void survey::look_at_package_names(const QString &account)
+{
+    const QString folder = m_volume.package_folder(account);
+    qsizetype unreadable = 0;
+    QString first;
+    for_each_raw_name(m_volume.root() + folder, [&](const QByteArray &raw_name) {
+        if (!is_utf_8(raw_name) && unreadable++ == 0)
+            first = QString::fromUtf8(raw_name);
+    });
+    if (unreadable > 0)
+        warn(folder, u"names that are not valid UTF-8 and are not read: %1, one of them %2"_s
+                         .arg(unreadable)
+                         .arg(first));
+}
+
+void survey::look_at_line_breaks(const QString &name, const QString &path)
+{
+    if (has_line_break(name))
+        warn(path, u"its name holds line breaks, which may look like lines of their own in the "
+                   "debug log"_s);
+}
+
+} // namespace
+
+QStringList passed_over_warnings(const source_volume &volume, const account_selection &selection,
+                                 const QList<host_tab> &tabs)
+{
+    return survey(volume, selection, tabs).warnings();
+}

@@ -1,0 +1,26 @@
+#ifndef READING_OPTIONS_H
+#define READING_OPTIONS_H
+
+#include <QString>
+#include <QVariantMap>
+
+/// What a run asks of the plug-in beyond what every host gets; docs/host_integration.md tells the
+/// effects.
+struct reading_options
+{
+    bool ignore_letter_case = false;
+    bool decode_by_type = false;
+    bool installations_of_users = false;
+    bool old_layout = false;
+
+    /// All of them, which is what a run without further word asks for.
+    static reading_options all() { return {true, true, true, true}; }
+};
+
+/// The options as the property of the plug-in object takes them; empty when nothing is asked for.
+QVariantMap property_of(const reading_options &options);
+
+/// One line for the end of a run that tells which options were set.
+QString line_about(const reading_options &options);
+
+#endif
