@@ -24,7 +24,8 @@ Options:
 const auto extract_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
 
 Reads the Windows volume mounted or extracted at SOURCE, or in a folder some
-levels below, as triage collectors write it. SOURCE is never written to. Fills DIR/Artifacts_Result/Windows_Installed_Applications/
+levels below, as triage collectors write it. SOURCE is never written to. Fills
+DIR/Artifacts_Result/Windows_Installed_Applications/
 Windows_Installed_Applications.sqlite. Standard output tells the rows of each
 tab, their total and, last, the path of the database. Progress and warnings
 about what could not be read go to standard error; a warning does not change
@@ -33,10 +34,10 @@ one ends the program at once.
 
 A run reads all the evidence there is: files in whatever letter case their names
 are spelt, texts decoded by their registry type, programs that were installed
-for one user only, and the accounts of Windows 2000 to 2003. The last line on
-standard error but for failures tells so. With --like-the-suite a run gives
-what the plug-in gives in a forensics suite, to the letter, and warns of what
-that leaves out.
+for one user only, and the accounts of Windows 2000 to 2003. With
+--like-the-suite a run gives what the plug-in gives in a forensics suite, to the
+letter, and warns of what that leaves out. A line on standard error tells how
+the run has read.
 
 Options:
   --result DIR      Folder for the results; created if missing, never in SOURCE.
