@@ -179,7 +179,7 @@ void tst_winos_worker::counts_tabs_without_a_search_before()
     add_sample_evidence(fixture.volume);
     fixture.volume.write();
     fixture.set_source(fixture.volume.root(), fixture.volume.accounts());
-    // The backup copy of the SOFTWARE hive is the one file that an extractor looks for itself.
+    // The backup copy of the SOFTWARE hive is the one file that an artefact looks for itself.
     fixture.extract_tabs(all_tabs());
     QCOMPARE(fixture.all_rows(), 0);
     QCOMPARE(fixture.worker.tab_processed_count, all_tabs().size());

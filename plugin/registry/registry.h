@@ -72,7 +72,7 @@ public:
     registry &operator=(const registry &) = delete;
     virtual ~registry();
 
-    /// Walks one key of one hive, the only entry point that extractors need.
+    /// Walks one key of one hive, the entry point of a walk.
     /// `hive_path`: the hive file; only a regular file is opened, for reading.
     /// `key_path`: keys separated by backslashes, matched without regard to case; empty parts are
     /// dropped, and a single backslash is the root key.

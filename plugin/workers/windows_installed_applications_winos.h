@@ -80,13 +80,13 @@ public:
     /// Users come from the account list alone; a cancellation stops before the next account.
     void find_source_file();
 
-    /// Runs the extractors of the selected tabs in their fixed order, signalling both totals after
-    /// each. Does nothing but log for a host edition other than 0, 1 and 2.
+    /// Extracts the artefacts of the selected tabs in their fixed order, signalling both totals
+    /// after each. Does nothing but log for a host edition other than 0, 1 and 2.
     void extract_plugin_artifacts();
 
-    // The extractors of the artefacts that hosts have always known: each fills one table and
-    // reports through the debug log and the record signal. A cancellation commits what was written
-    // and leaves no line.
+    // One operation for each of the first eight artefacts. They belong to the contract; later
+    // artefacts have none. Each fills one table and reports through the debug log and the record
+    // signal. A cancellation commits what was written and leaves no line.
 
     /// The native view of the SOFTWARE hive's Uninstall key, into install_apps_64.
     void extract_installed_applications();
