@@ -14,7 +14,7 @@ using namespace test_support;
 
 // Another process holds a lock on the result database for as long as the run lasts. SQLite's
 // sleeping is replaced and counted: each operation waits for the lock once, whatever it then fails
-// to do, and its log tells of each failure.
+// to do, and its log reports each failure.
 class tst_faults_lock : public QObject
 {
     Q_OBJECT

@@ -32,7 +32,7 @@ private:
 
 namespace {
 
-/// Each of these hives gives at most one record for so many bytes, all walks together. Some give
+/// Each of these hives gives at most one record for this many bytes, all walks together. Some give
 /// more to a walk that visits a key twice.
 constexpr qint64 least_bytes_of_a_record = 48;
 

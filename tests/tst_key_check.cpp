@@ -94,7 +94,7 @@ private slots:
 
 void tst_key_check::tells_what_hides_a_key_data()
 {
-    QTest::addColumn<QString>("sister_of_undecodable");
+    QTest::addColumn<QString>("sibling_of_undecodable");
     QTest::addColumn<QString>("key_path");
     QTest::addColumn<QStringList>("findings");
     const auto in = u"the keys in %1 cannot be listed, so A\\B\\C is not read"_s;
@@ -114,14 +114,14 @@ void tst_key_check::tells_what_hides_a_key_data()
 
 void tst_key_check::tells_what_hides_a_key()
 {
-    QFETCH(QString, sister_of_undecodable);
+    QFETCH(QString, sibling_of_undecodable);
     QFETCH(QString, key_path);
     QFETCH(QStringList, findings);
     hive_builder hive;
-    if (!sister_of_undecodable.isEmpty()) {
-        const QString parent = sister_of_undecodable.section(u'\\', 0, -2);
+    if (!sibling_of_undecodable.isEmpty()) {
+        const QString parent = sibling_of_undecodable.section(u'\\', 0, -2);
         (parent.isEmpty() ? hive.root() : hive.key(parent)).add_key(lone_surrogate);
-        hive.key(sister_of_undecodable);
+        hive.key(sibling_of_undecodable);
     }
     hive.key(u"A\\B\\C"_s).text(u"value"_s, u"text"_s);
     const QTemporaryDir folder;
@@ -147,7 +147,7 @@ void tst_key_check::looks_at_the_levels_that_are_listed_data()
     QTest::addColumn<int>("first_value_level");
     QTest::addColumn<int>("last_level");
     QTest::addColumn<QString>("damaged");
-    QTest::addColumn<bool>("is_told");
+    QTest::addColumn<bool>("is_reported");
     QTest::newRow("values of the key itself") << 0 << 0 << u"A"_s << true;
     QTest::newRow("values of a subkey, which are not listed") << 0 << 0 << u"A\\B"_s << false;
     QTest::newRow("values of a subkey") << 1 << 1 << u"A\\B"_s << true;
@@ -165,15 +165,16 @@ void tst_key_check::looks_at_the_levels_that_are_listed()
     QFETCH(int, first_value_level);
     QFETCH(int, last_level);
     QFETCH(QString, damaged);
-    QFETCH(bool, is_told);
+    QFETCH(bool, is_reported);
     hive_builder hive;
     hive.key(u"A\\B\\C\\D\\E"_s);
     hive_key &key = hive.key(damaged).text(u"value"_s, u"text"_s);
     hive.bytes();
     checked_file file(hive_damage(hive.bytes()).value_count(key.cells().key, 1000).bytes());
-    const QStringList told{u"the content of %1 cannot be listed, so it is not read"_s.arg(damaged)};
+    const QStringList reported{
+        u"the content of %1 cannot be listed, so it is not read"_s.arg(damaged)};
     QCOMPARE(file.findings({u"A"_s, first_value_level, last_level}),
-             is_told ? told : QStringList());
+             is_reported ? reported : QStringList());
 }
 
 void tst_key_check::counts_all_keys_of_which_it_names_the_first()

@@ -106,23 +106,21 @@ public:
     /// hidden_desktop_icons_app.
     void extract_hidden_desktop_icons();
 
-    /// Turns an install date of the form YYYYMMDD into DD/MM/YYYY. Nothing is validated: a shorter
-    /// text is cut at the same places ("2021" gives "//2021"); an empty one stays empty.
+    // Conversions of the contract, see conversions.h. A cancellation of this worker ends them.
+
+    /// shown_install_date().
     QString get_install_date(QString install_date);
 
-    /// Rotates the ASCII letters of a UserAssist name by 13 places, its own inverse. Empty when the
-    /// extraction is cancelled meanwhile.
+    /// rotated_name().
     QString decrypt_program_name(QString name);
 
-    /// Reads all of `bytes` as one number in byte order `order`. 0 for a number beyond the signed
-    /// 32 bits, for an order that is none, and (little-endian) when the extraction is cancelled.
+    /// integer_32_of().
     qint32 hex_to_decimal_fourbytes(QByteArray bytes, ENDIANS order);
 
-    /// The same for signed 64 bits.
+    /// integer_64_of().
     qint64 hex_to_decimal_eight_bytes(QByteArray bytes, ENDIANS order);
 
-    /// Writes a path of the mounted source as the Windows path on drive C: as many leading
-    /// characters as the source root has are cut without comparing them. Empty stays empty.
+    /// windows_path_of() with the root of this worker's source.
     QString prepare_windows_path(QString path) const;
 
 signals:

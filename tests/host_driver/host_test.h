@@ -19,13 +19,16 @@ protected:
     /// To be called before each test: an empty folder.
     void begin_test() { m_folder = std::make_unique<QTemporaryDir>(); }
 
+    /// The folder of the test, and paths in it. The canonical one leads through no link.
     QString folder() const { return m_folder->path(); }
     QString canonical_folder() const;
     QString folder_path(const QString &name) const { return m_folder->filePath(name); }
     QString result_path() const { return folder_path(QStringLiteral("results")); }
     QString database_path() const;
 
+    /// The arguments that extract `source` into result_path().
     QStringList arguments(const QString &source, const QStringList &more = {}) const;
+    /// Extracts the volume into result_path() and waits for the end.
     host_result extract(const evidence::evidence_volume &volume,
                         const QStringList &more = {}) const;
 
@@ -37,7 +40,7 @@ private:
 extern const QString software_file;
 extern const QString backup_file;
 
-/// The options that load the plug-in that tells of each call instead of the one under test.
+/// The options that load the plug-in that reports each call instead of the one under test.
 extern const QStringList recorded;
 
 /// The line of the total, which stands before the database's path.
