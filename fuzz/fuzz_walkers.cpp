@@ -14,7 +14,7 @@ using namespace test_support;
 
 namespace {
 
-// The first byte tells what the rest is: choices for a generated hive, or the hive itself.
+// The first byte says what the rest is: choices for a generated hive, or the hive itself.
 enum input_kind
 {
     raw_hive = 'r',

@@ -23,8 +23,9 @@ public:
     /// The hive file; from then on the cells of keys and values are known.
     QByteArray bytes() { return m_hive.bytes(); }
 
-    /// The keys and values in the order of their making; the root is the first key.
+    /// The keys in the order of their making; the root is the first.
     const QList<const hive_key *> &keys() const { return m_keys; }
+    /// The cells of the values, in the order of their making.
     QList<value_cells> values() const;
 
 private:

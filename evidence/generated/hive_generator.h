@@ -9,7 +9,7 @@
 
 namespace evidence {
 
-/// Which of the hives that tell of applications a hive stands for.
+/// Which of the hives that name applications a hive stands for.
 enum class hive_kind
 {
     software, ///< the machine's: Uninstall keys and RegisteredApplications
