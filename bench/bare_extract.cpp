@@ -34,7 +34,7 @@ void warm_up()
 
 } // namespace
 
-/// A function of its own, so that a profiler can be told to watch it alone.
+/// A function of its own, so that a profiler can watch it alone.
 [[gnu::noinline]] void measured_run(const bare_run &run, run_meter &meter)
 {
     for (const bare_tab &tab : tabs) {

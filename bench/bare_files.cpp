@@ -8,7 +8,7 @@
 #include <memory>
 #include <sys/stat.h>
 
-// The tables that tell of files: the programs of the compatibility store, the package folders.
+// The tables of files: the programs of the compatibility store, the package folders.
 
 namespace {
 

@@ -30,6 +30,7 @@ struct value_data
     hivex_text bytes;
     size_t length = 0;
 
+    /// The bytes, valid as long as this object.
     std::string_view view() const { return {bytes.get(), length}; }
 };
 
@@ -45,6 +46,7 @@ std::vector<named_key> sorted_subkeys(hive_h *hive, hive_node_h node);
 /// The last-write time of a key in Unix seconds, as decimal text.
 std::string last_write(hive_h *hive, hive_node_h node);
 
+/// The data of a value; null when they cannot be read.
 value_data read_value(hive_h *hive, hive_value_h value);
 
 /// The same without its zero bytes, which makes plain text of UTF-16LE.

@@ -21,7 +21,7 @@ void extract_previously_executed_apps(const bare_run &run);
 void extract_third_party_applications(const bare_run &run);
 void extract_hidden_desktop_icons_app(const bare_run &run);
 
-// What every row ends with, beside its source file.
+// What every row ends with, besides its source file.
 inline constexpr char os_scheme_display[] = "Windows";
 inline constexpr char source_count_name[] = "Source1";
 

@@ -108,7 +108,7 @@ driven_run parsed(const QApplication &application)
 
 } // namespace
 
-/// A function of its own, so that a profiler can be told to watch it alone.
+/// A function of its own, so that a profiler can watch it alone.
 [[gnu::noinline]] void measured_run(artifact_plugin &plugin)
 {
     plugin.pub_find_source_file();

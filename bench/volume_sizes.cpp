@@ -24,7 +24,7 @@ const QList<named_scenario> &scenarios()
         {u"typical"_s, {100, 5, 200, 100, 50, 300, 2, 20, 100, 10, 1, 100}},
         // Almost as many subkeys and values of one key as libhivex lists: 70,000 and 110,000.
         {u"largest"_s, {300, 50, 65000, 5000, 10000, 100000, 1, 20, 10000, 20, 1, 1000}},
-        // The hive is opened again for each class id.
+        // Icons alone, each with one name.
         {u"icons"_s, {1, 5, 0, 0, 0, 0, 1, 1, 0, 200, 1, 0}},
         {u"packages"_s, {1, 1, 0, 0, 0, 0, 1, 1, 0, 0, 1, 100000}},
     };

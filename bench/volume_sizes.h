@@ -16,7 +16,7 @@ struct volume_sizes
     int registered = 0;         ///< values of RegisteredApplications
     int user_assist = 0;        ///< UserAssist values, spread over the class ids
     int class_ids = 1;          ///< subkeys of UserAssist
-    int uninstall_every = 1;    ///< each n-th UserAssist value tells of an uninstaller
+    int uninstall_every = 1;    ///< each n-th UserAssist value names an uninstaller
     int store = 0;              ///< values of the compatibility store
     int hidden_icons = 0;       ///< class ids below HideDesktopIcons
     int names_per_icon = 1;     ///< values of each class id's NameSpace key

@@ -11,7 +11,7 @@ namespace demo {
 /// SOFTWARE: Uninstall in both views, RegisteredApplications.
 void add_software(evidence::evidence_volume &volume);
 
-/// SYSTEM: what tells the machine's name and its current control set.
+/// SYSTEM: what holds the machine's name and its current control set.
 void add_system(evidence::evidence_volume &volume);
 
 /// The users' hives: UserAssist, Compatibility Assistant, desktop icons.

@@ -1,3 +1,4 @@
+#include "artifact_list.h"
 #include "base_block.h"
 #include "files.h"
 #include "fuzz_main.h"
@@ -13,7 +14,7 @@ using namespace test_support;
 
 namespace {
 
-// The first byte tells what the rest is: choices for a generated hive, or the hive itself.
+// The first byte says what the rest is: choices for a generated hive, or the hive itself.
 enum input_kind
 {
     raw_hive = 'r',
@@ -30,7 +31,8 @@ QByteArray hive_of(const QByteArray &input)
     }
     byte_choices choices(rest);
     const bool is_software = input.startsWith(software_choices);
-    return generate_hive(choices, is_software ? hive_kind::software : hive_kind::user).bytes;
+    const hive_kind kind = is_software ? hive_kind::software : hive_kind::user;
+    return generate_hive(choices, kind, described_artifacts()).bytes;
 }
 
 void guard(qsizetype hive_size)

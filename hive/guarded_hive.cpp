@@ -13,12 +13,12 @@
 
 using namespace regf;
 
-// Before each call of libhivex the budget is told what libhivex will read: the lists, the record
+// Before each call of libhivex the budget notes what libhivex will read: the lists, the record
 // with its name, the cells of the data.
 
 namespace {
 
-// What libhivex refuses unread.
+// libhivex refuses longer lists and data without reading them.
 constexpr quint32 most_subkeys = 70000;
 constexpr quint32 most_values = 110000;
 constexpr qint64 longest_data = 8000000;

@@ -26,6 +26,7 @@ public:
     /// Closes the hive.
     void close();
 
+    /// Whether a hive is open.
     bool is_open() const { return handle() != nullptr; }
 
     /// Bytes of the hive's file when it was opened.

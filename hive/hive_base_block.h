@@ -3,7 +3,7 @@
 
 #include <QByteArray>
 
-/// The base block, with which a hive file begins. It tells the file's state.
+/// The base block, with which a hive file begins. It shows the file's state.
 class hive_base_block
 {
 public:
@@ -31,7 +31,7 @@ public:
     /// The length of the file according to the base block: the base block and all bins.
     qint64 told_length() const;
 
-    /// Whether a file of `length` bytes ends before what the base block tells.
+    /// Whether a file of `length` bytes ends before the length that the base block gives.
     bool is_cut_off(qint64 length) const { return told_length() > length; }
 
     /// Whether a file of `length` bytes ends within the first fields of a bin that the base block

@@ -16,11 +16,13 @@ public:
     /// a device would block for ever.
     bool open(const QString &path);
 
+    /// Closes the file; without effect when none is open.
     void close();
 
+    /// Whether a file is open.
     bool is_open() const { return m_file.isOpen(); }
 
-    /// Bytes of the file when it was opened; 0 before.
+    /// Bytes of the file when it was opened; 0 before, and after close().
     qint64 length() const { return m_length; }
 
     /// Whether `length` bytes from `offset` on lie inside the file.

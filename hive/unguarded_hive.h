@@ -9,8 +9,8 @@
 struct hive_h;
 
 /// Reads a hive that somebody else has opened, through libhivex and without any guard. libhivex
-/// reads past the end of damaged hives, and reads forged ones for hours. A key or a value is given
-/// by its offset in the file, as in libhivex.
+/// reads past the end of damaged hives, and may take hours over forged ones. A key or a value is
+/// given by its offset in the file, as in libhivex.
 class unguarded_hive
 {
 public:

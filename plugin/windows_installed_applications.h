@@ -37,7 +37,7 @@ public:
     explicit windows_installed_applications(QWidget *parent = nullptr);
     ~windows_installed_applications() override;
 
-    /// The host's operations. host/artifact_plugin_interface.h tells what each takes, does and
+    /// The host's operations. host/artifact_plugin_interface.h says what each takes, does and
     /// leaves behind; the test "operations" compares the two lists.
     virtual void pub_set_engine_type(int type);
     virtual QString pub_get_artifact_name();

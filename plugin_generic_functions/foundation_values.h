@@ -22,7 +22,7 @@ std::optional<QString> number_or_yes_no_under_key(const void *dictionary, const 
 std::optional<QString> array_under_key(const void *dictionary, const void *key,
                                        const QString &separator);
 /// An NSDate in UTC in the pattern "dd-MMM-yyyy,HH:mm:ss a", months and halves of the day in
-/// English. Nothing for dates before 15 October 1582, which that text does not tell apart.
+/// English. Nothing for dates before 15 October 1582, which that text does not distinguish.
 std::optional<QString> date_text(const void *date);
 /// A key as the log shows it: its text, or its description when it is no NSString.
 QString key_text(const void *key);

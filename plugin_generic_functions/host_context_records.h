@@ -70,7 +70,7 @@ struct struct_GLOBAL_ARTIFACT_file_times
     qint64 last_modification_time = 0; ///< last change of the content
 };
 
-/// When a file was used, as its metadata listing tells it; decimal seconds since the Unix epoch.
+/// When a file was used, as its metadata listing gives it; decimal seconds since the Unix epoch.
 struct struct_GLOBAL_ARTIFACT_used_dates
 {
     QString last_used_date; ///< attribute "kMDItemLastUsedDate"; empty when absent or unreadable

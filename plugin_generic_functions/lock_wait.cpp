@@ -8,7 +8,7 @@ namespace {
 
 constexpr int default_wait_ms = 5000; // what Qt sets for every connection
 
-// SQLite tells the kind of an error in the lowest byte of its code and the case in the others.
+// SQLite gives the kind of an error in the lowest byte of its code and the case in the others.
 bool is_of_a_lock(const QSqlError &error)
 {
     constexpr int kind_mask = 0xff;

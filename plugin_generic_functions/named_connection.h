@@ -10,7 +10,7 @@
 QString heap_copy(QStringView text);
 
 /// Replaces the connection of that name by a new one to an SQLite file and opens it. isOpen() of
-/// the connection tells whether that worked. `options` are Qt's connect options.
+/// the connection knows whether that worked. `options` are Qt's connect options.
 QSqlDatabase open_named_connection(const QString &name, const QString &db_path,
                                    const QString &options = {});
 

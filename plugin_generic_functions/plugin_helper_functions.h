@@ -14,7 +14,7 @@ struct media_extension_table
     std::array<QStringList, 26> letter_lists; ///< first character 'a' to 'z'
 };
 
-/// The helper object of a plug-in: tells media files by extension and makes working copies of
+/// The helper object of a plug-in: recognises media files by extension and makes working copies of
 /// evidence files in a folder that the plug-in names.
 class plugin_helper_functions : public QWidget
 {

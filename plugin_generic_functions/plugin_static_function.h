@@ -71,7 +71,7 @@ public:
 
     // --- Debug log (plugin_static_function_debug_log.cpp)
 
-    /// Writes one line to the Qt debug channel and to the debug file, as the switches tell.
+    /// Writes one line to the Qt debug channel and to the debug file, as the switches say.
     ///
     /// `function_info` is the caller's full signature, of which the qualified name is shown. The
     /// file is opened and closed for each line and never created: an absent one takes no line.
@@ -121,8 +121,8 @@ public:
         const QString &command, const QStringList &bind_values, int column_index,
         const QString &db_path, const QString &caller);
 
-    /// True when a row's column equals `value`, both trimmed, letter case told apart. False when
-    /// there is none, when cancelled, and when the statement fails.
+    /// True when a row's column equals `value`, both trimmed, with regard to letter case. False
+    /// when there is none, when cancelled, and when the statement fails.
     static bool check_value_existence_in_db_by_dbreference(const QString &command, int column_index,
                                                            const QString &value,
                                                            QSqlDatabase database);
@@ -164,7 +164,7 @@ public:
     static QString convert_human_readable_to_epoch(const QString &date_text);
     /// Takes "Mar 5, 2024, 10:00:00 AM UTC", with any kind of blanks. The zone is UTC: behind the
     /// marker may stand "UTC", "GMT", "Z" or nothing. Another zone's name is unusable input, since
-    /// its abbreviation does not tell an offset and a time that is hours off would be worse than
+    /// its abbreviation gives no offset and a time that is hours off would be worse than
     /// none.
     static QString convert_human_readable_to_epoch_1(const QString &date_text);
     /// Takes "2024-03-05 10:00:00.123 +0530": the fraction is dropped, the zone may touch the time,
@@ -260,7 +260,7 @@ public:
     /// The origins of a printed list of download origins, one per line. Round brackets inside an
     /// origin become "<" and ">", and the ";" of a print that ends in ");" is dropped.
     static QString get_filtered_wherefrom_value(const QString &printed_origins);
-    /// Epoch seconds of an ISO 8601 date such as "2024-03-05 10:00:00 +0000", UTC unless it tells
+    /// Epoch seconds of an ISO 8601 date such as "2024-03-05 10:00:00 +0000", UTC unless it names
     /// an offset. What follows the first "." is dropped, an offset there included. A date without a
     /// time gives the empty text.
     static QString get_filtered_date_value(const QString &printed_date);

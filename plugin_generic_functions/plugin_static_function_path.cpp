@@ -182,7 +182,7 @@ QString available_name(const QString &file_name, const QString &folder_path,
     QDir().mkpath(folder_path);
     QString candidate = file_name;
     for (int counter = 1; !cancel; ++counter) {
-        // A cancelled listing does not tell whether the name is free.
+        // A cancelled listing does not show whether the name is free.
         if (!holds_one_of(folder_path, candidate, suffixes, function_info))
             return cancel ? QString() : candidate;
         candidate = QString::number(counter) + u'_' + file_name;

@@ -6,6 +6,7 @@
 /// How copying one file ended.
 struct whole_file_copy_result
 {
+    /// What came of it; source_failed and destination_failed say where it failed.
     enum class status
     {
         copied,

@@ -38,16 +38,7 @@ void tst_artifact_host::fills_all_tabs_and_reports_rows_and_database()
 {
     const auto volume = small_volume();
     const host_result result = extract(*volume);
-    QCOMPARE(result.errors,
-             (QStringList{bob_has_no_hive, u"artifact_host: 0 of 8 tabs, 0 rows, 0:00"_s,
-                          u"artifact_host: 1 of 8 tabs, 2 rows, 0:00"_s,
-                          u"artifact_host: 2 of 8 tabs, 3 rows, 0:00"_s,
-                          u"artifact_host: 3 of 8 tabs, 4 rows, 0:00"_s,
-                          u"artifact_host: 4 of 8 tabs, 5 rows, 0:00"_s,
-                          u"artifact_host: 5 of 8 tabs, 7 rows, 0:00"_s,
-                          u"artifact_host: 6 of 8 tabs, 9 rows, 0:00"_s,
-                          u"artifact_host: 7 of 8 tabs, 10 rows, 0:00"_s,
-                          u"artifact_host: 8 of 8 tabs, 11 rows, 0:00"_s}));
+    QCOMPARE(result.errors, QStringList{bob_has_no_hive} + small_volume_progress);
     QCOMPARE(result.options_line, every_option);
     QCOMPARE(result.output, small_volume_report + QStringList{database_path()});
     QCOMPARE(result.exit_code, 0);
@@ -95,7 +86,7 @@ void tst_artifact_host::clears_or_keeps_the_rows_of_earlier_runs()
     extract(*volume, options);
     const host_result result = extract(*volume, options);
     QCOMPARE(result.exit_code, 0);
-    QCOMPARE(result.output.value(8), "total                             "_L1 + total);
+    QCOMPARE(total_line(result), "total                             "_L1 + total);
 }
 
 void tst_artifact_host::shows_no_progress_when_quiet()
@@ -168,7 +159,7 @@ void tst_artifact_host::reads_hives_of_more_than_32_mb()
     // Beyond 32 MB the program chooses other allocator settings.
     QVERIFY(QFile::resize(volume->software_path(), qint64(40) << 20));
     const host_result result = extract(*volume, {u"--quiet"_s});
-    QCOMPARE(result.output.first(9), small_volume_report);
+    QCOMPARE(result.output.mid(0, result.output.size() - 1), small_volume_report);
     QCOMPARE(result.exit_code, 0);
 }
 

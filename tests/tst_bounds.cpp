@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
-// What one hostile hive of 10 MB may cost: 1 GiB of memory, as much of results as a table takes
+// What one hostile hive of 10 MB may take: 1 GiB of memory, as much of results as a table takes
 // from a hive, and work that is bounded by the hive's length. The CPU time is shown, not tested.
 class tst_bounds : public QObject
 {
@@ -41,7 +41,7 @@ constexpr bool is_linux = false;
 /// A sanitizer's own memory would be measured with the rest.
 constexpr bool is_memory_measurable = is_linux && !BUILT_WITH_SANITIZERS;
 
-/// What a row takes in a table beside its texts: the numbers of its cells.
+/// What a row takes in a table besides its texts: the numbers of its cells.
 constexpr qint64 most_overhead_of_a_row = 128;
 
 /// How often a hive may be opened: libhivex opens it for each walk, and so does the guard before
@@ -52,7 +52,7 @@ qint64 most_opens()
     return opens_per_walk * (all_tabs().size() + 1);
 }
 
-/// What a run makes of a package folder with so many entries.
+/// What a run makes of a package folder with this many entries.
 struct package_run
 {
     qint64 peak_kib = 0;
@@ -136,7 +136,7 @@ void tst_bounds::one_hive_of_10_mb()
     QVERIFY(!is_memory_measurable || outcome.peak_kib < gib / 1024);
 }
 
-// Entries are read and written one by one: how many there are costs no memory.
+// Entries are read and written one by one: how many there are makes no difference to memory.
 void tst_bounds::a_folder_of_many_packages()
 {
     constexpr int few = 1000;

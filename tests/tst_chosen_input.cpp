@@ -148,7 +148,7 @@ void tst_chosen_input::needs_to_list_and_to_enter_the_source()
     QCOMPARE(result.exit_code, 3);
 }
 
-// A folder is listed in no order, so a few names would not tell.
+// A folder is listed in no order, so a few names would prove nothing.
 void tst_chosen_input::takes_the_first_by_name_of_many_links_to_a_folder()
 {
     m_volume->folder(u"Profiles/max/AppData/Local/Packages"_s);

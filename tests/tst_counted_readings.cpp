@@ -55,15 +55,15 @@ unsigned long value_of(const hive_key &key, qsizetype index)
     return static_cast<unsigned long>(key.cells_of_value(index).value);
 }
 
-/// Tells what a further reading counts: how many fewer of the smallest readings the walk lasts for
+/// Says what a further reading counts: how many fewer of the smallest readings the walk lasts for
 /// then. Long data are read again before, which leaves few of them. The hive gets two keys for it.
-class reading_cost
+class reading_count
 {
 public:
     using reading = std::function<void(guarded_hive &)>;
 
     /// The default leaves 57,408 of 64 MiB; each long reading less leaves 1,000,768 bytes more.
-    explicit reading_cost(hive_builder &builder, int long_readings = 67)
+    explicit reading_count(hive_builder &builder, int long_readings = 67)
         : m_long_readings(long_readings),
           m_long(builder.key(u"long"_s).binary(u"v"_s, QByteArray(1000000, 'x'))),
           m_small(builder.key(u"small"_s).dword(u"v"_s, 1))
@@ -165,11 +165,11 @@ void tst_counted_readings::counts_only_what_is_read_again()
         key.dword(QString::number(i), 1);
     for (int i = 0; i < subkey_count; ++i)
         key.add_key(QString::number(i));
-    const reading_cost cost(builder);
+    const reading_count count(builder);
     guarded_hive hive;
     QVERIFY(hive.open(write(builder.bytes())));
     const auto read = [&](guarded_hive &open) { counted.read(open, key); };
-    QCOMPARE(cost.of(hive, read), counted.bytes);
+    QCOMPARE(count.of(hive, read), counted.bytes);
 }
 
 void tst_counted_readings::counts_lists_of_each_kind_data()
@@ -189,11 +189,11 @@ void tst_counted_readings::counts_lists_of_each_kind()
     hive_key &key = builder.key(u"a"_s).list_kind(kind);
     for (int i = 0; i < subkey_count; ++i)
         key.add_key(QString::number(i));
-    const reading_cost cost(builder);
+    const reading_count count(builder);
     guarded_hive hive;
     QVERIFY(hive.open(write(builder.bytes())));
     const auto read = [&](guarded_hive &open) { open.subkeys(node_of(key)); };
-    QCOMPARE(cost.of(hive, read), in_units(8 + entry_length * subkey_count));
+    QCOMPARE(count.of(hive, read), in_units(8 + entry_length * subkey_count));
 }
 
 void tst_counted_readings::follows_lists_to_where_libhivex_gives_up_data()
@@ -207,7 +207,7 @@ void tst_counted_readings::follows_lists_to_where_libhivex_gives_up_data()
     QTest::newRow("one level more") << 33 << false;
 }
 
-/// The list is read again and again: however deep it stands, each reading costs the same.
+/// The list is read again and again: however deep it stands, each reading counts the same.
 void tst_counted_readings::follows_lists_to_where_libhivex_gives_up()
 {
     QFETCH(const int, levels);
@@ -215,7 +215,7 @@ void tst_counted_readings::follows_lists_to_where_libhivex_gives_up()
     constexpr int keys = 8000;
     hive_builder builder;
     const hive_key &only = builder.key(u"a\\b"_s);
-    const reading_cost cost(builder);
+    const reading_count count(builder);
     hive_damage damage(builder.bytes());
     const hive_key &parent = builder.key(u"a"_s);
     damage.add_list("li", QList<qint64>(keys, only.cells().key));
@@ -229,7 +229,7 @@ void tst_counted_readings::follows_lists_to_where_libhivex_gives_up()
     const auto read = [&](guarded_hive &open) { open.subkeys(node_of(parent)); };
     const qint64 read_again =
         (is_read ? in_units(8 + 4 * keys) : 0) + qint64(levels) * in_units(8 + 4);
-    QCOMPARE(cost.of(hive, read), read_again);
+    QCOMPARE(count.of(hive, read), read_again);
 }
 
 /// An index of two indexes of more empty lists than libhivex follows.
@@ -240,7 +240,7 @@ void tst_counted_readings::follows_no_more_lists_than_libhivex()
     hive_builder builder;
     const hive_key &parent = builder.key(u"a"_s);
     builder.key(u"a\\b"_s);
-    const reading_cost cost(builder, 65);
+    const reading_count count(builder, 65);
     hive_damage damage(builder.bytes());
     damage.add_list("li", {});
     damage.add_list("ri", QList<qint64>(lists_of_an_index, damage.last_cell()));
@@ -251,7 +251,7 @@ void tst_counted_readings::follows_no_more_lists_than_libhivex()
     QVERIFY(!hive.subkeys(node_of(parent)));
     const qint64 indexes = in_units(8 + 4 * 2) + 2 * in_units(8 + 4 * lists_of_an_index);
     const auto read = [&](guarded_hive &open) { open.subkeys(node_of(parent)); };
-    QCOMPARE(cost.of(hive, read), indexes + (most_lists - 3) * in_units(8));
+    QCOMPARE(count.of(hive, read), indexes + (most_lists - 3) * in_units(8));
 }
 
 void tst_counted_readings::counts_nothing_that_libhivex_refuses_unread_data()
@@ -282,13 +282,13 @@ void tst_counted_readings::counts_nothing_that_libhivex_refuses_unread()
     hive_builder builder;
     const hive_key &key = builder.key(u"a"_s).binary(u"v"_s, QByteArray(20000, 'x'));
     builder.key(u"a\\b"_s);
-    const reading_cost cost(builder, 66);
+    const reading_count count(builder, 66);
     hive_damage damage(builder.bytes());
     damage.subkey_count(key.cells().key, subkeys).value_count(key.cells().key, values);
     damage.data_size(key.cells_of_value(0).value, data_length);
     guarded_hive hive;
     QVERIFY(hive.open(write(damage.bytes())));
-    const qint64 counted = cost.of(hive, [&](guarded_hive &open) {
+    const qint64 counted = count.of(hive, [&](guarded_hive &open) {
         open.subkeys(node_of(key));
         open.values(node_of(key));
         open.data(value_of(key, 0));
@@ -300,7 +300,7 @@ void tst_counted_readings::counts_no_data_that_are_longer_than_their_cell()
 {
     hive_builder builder;
     const hive_key &key = builder.key(u"a"_s).binary(u"v"_s, QByteArray(20, 'x'));
-    const reading_cost cost(builder);
+    const reading_count count(builder);
     hive_damage damage(builder.bytes());
     const auto read = [&](guarded_hive &open) { open.data(value_of(key, 0)); };
     for (const quint32 length : {20U, 21U}) {
@@ -308,7 +308,7 @@ void tst_counted_readings::counts_no_data_that_are_longer_than_their_cell()
         guarded_hive hive;
         QVERIFY(hive.open(write(damage.bytes())));
         QCOMPARE(hive.data(value_of(key, 0)).bytes != nullptr, length == 20);
-        QCOMPARE(cost.of(hive, read), length == 20 ? 24 : 0);
+        QCOMPARE(count.of(hive, read), length == 20 ? 24 : 0);
     }
 }
 
@@ -331,12 +331,12 @@ void tst_counted_readings::counts_the_blocks_that_big_data_need()
     QFETCH(const quint32, length);
     hive_builder builder;
     const hive_key &key = builder.key(u"a"_s).binary(u"v"_s, QByteArray(40000, 'x'));
-    const reading_cost cost(builder);
+    const reading_count count(builder);
     hive_damage damage(builder.bytes());
     damage.data_size(key.cells_of_value(0).value, length);
     guarded_hive hive;
     QVERIFY(hive.open(write(damage.bytes())));
-    const qint64 counted = cost.of(hive, [&](guarded_hive &open) { open.data(value_of(key, 0)); });
+    const qint64 counted = count.of(hive, [&](guarded_hive &open) { open.data(value_of(key, 0)); });
     QTEST(counted, "counted");
 }
 

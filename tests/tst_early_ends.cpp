@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
-// Where reading ends early, the log says so, and the reference host tells the examiner.
+// Where reading ends early, the log says so, and the reference host reports it to the examiner.
 class tst_early_ends : public QObject
 {
     Q_OBJECT

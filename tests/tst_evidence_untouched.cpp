@@ -64,7 +64,7 @@ const QRegularExpression &altering_call()
     return call;
 }
 
-/// The lines of a trace that tell of a call that could alter something below the folder.
+/// The lines of a trace that show a call that could alter something below the folder.
 QStringList altering_lines(const QStringList &trace, const QString &folder)
 {
     const QRegularExpression place(u"[<\"]%1[/\">]"_s.arg(QRegularExpression::escape(folder)));

@@ -11,7 +11,7 @@ using namespace test_support::hidden_icons;
 
 namespace {
 
-/// The line that tells that the table has got as much from ann's hive as it takes.
+/// The line which says that the table has got as much from ann's hive as it takes.
 QString full_table_line(const worker_fixture &fixture)
 {
     const hive_output::limit &most = fixture.worker.most_output;

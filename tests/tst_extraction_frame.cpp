@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
-// What all extractors have in common, over evidence that gives each table three rows.
+// What all artefacts have in common, over evidence that gives each table three rows.
 
 namespace {
 
@@ -29,7 +29,7 @@ QStringList failure_lines(const result_tab &tab, const QString &path, const inse
             outcome.statement};
 }
 
-/// The log of a whole run in which these became of the rows.
+/// The log of a whole run whose rows had these outcomes.
 QStringList log_of_run(const result_tab &tab, const QString &path,
                        const QList<insert_outcome> &outcomes)
 {
@@ -98,8 +98,8 @@ private slots:
 
     void writes_every_row_between_two_lines_data() { add_tab_rows(); }
     void writes_every_row_between_two_lines();
-    void logs_with_the_extractor_as_the_origin_data() { add_tab_rows(); }
-    void logs_with_the_extractor_as_the_origin();
+    void logs_with_its_operation_as_the_origin_data() { add_tab_rows(); }
+    void logs_with_its_operation_as_the_origin();
     void leaves_the_columns_of_the_host_null_data() { add_tab_rows(); }
     void leaves_the_columns_of_the_host_null();
     void names_an_account_where_rows_come_from_users_data() { add_tab_rows(); }
@@ -145,7 +145,7 @@ void tst_extraction_frame::writes_every_row_between_two_lines()
     QCOMPARE(fixture.log.messages(), (QStringList{tab.log_line(tab.opening), end_line(tab)}));
 }
 
-void tst_extraction_frame::logs_with_the_extractor_as_the_origin()
+void tst_extraction_frame::logs_with_its_operation_as_the_origin()
 {
     const result_tab &tab = current_tab();
     sample_fixture fixture;

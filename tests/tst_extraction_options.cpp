@@ -76,7 +76,7 @@ void tst_extraction_options::are_read_from_a_map_data()
 void tst_extraction_options::are_read_from_a_map()
 {
     QFETCH(const QVariant, property);
-    const read_extraction_options read = extraction_options_from(property);
+    const parsed_options read = extraction_options_from(property);
     const extraction_options &options = read.options;
     QTEST(
         (QList<bool>{options.ignore_letter_case, options.decode_by_type,
@@ -111,7 +111,7 @@ void tst_extraction_options::ignore_wrong_entries_data()
 void tst_extraction_options::ignore_wrong_entries()
 {
     QFETCH(const QVariant, property);
-    const read_extraction_options read = extraction_options_from(property);
+    const parsed_options read = extraction_options_from(property);
     QFETCH(const QString, text);
     QCOMPARE(read.ignored, QStringList{text});
     QVERIFY(!read.options.old_layout && !read.options.decode_by_type);

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
-// When an extraction tells of its progress, and where it stops when it is cancelled, over evidence
+// When an extraction reports its progress, and where it stops when it is cancelled, over evidence
 // that gives each table three rows.
 
 namespace {

@@ -132,7 +132,7 @@ void tst_faults_cancel::within_each_signal()
         QCOMPARE(written, m_whole_tables.value(table).mid(0, written.size()));
         rows += written.size();
     }
-    // The row that was signalled is the last one; a signal that tells of tabs follows one of rows.
+    // The row that was signalled is the last one; a signal of tabs follows one of rows.
     qint64 signalled = 0;
     for (const QString &event : m_whole_events.mid(0, number))
         signalled = event.startsWith(u"records"_s) ? signalled_rows(event) : signalled;

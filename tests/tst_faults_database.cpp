@@ -93,7 +93,7 @@ void tst_faults_database::database_read_by_another_process()
         QVERIFY(reading.exec(u"select name from sqlite_master"_s) && reading.next());
         const auto [outcome, lines] = run_with_log(m_reference->process(folder), folder);
         QVERIFY2(outcome.completed, outcome.errors.constData());
-        // Nothing tells of a commit that failed: neither the log nor the rows counted.
+        // Nothing reports a commit that failed: neither the log nor the rows counted.
         QCOMPARE(lines, m_reference->log());
         QCOMPARE(outcome.events, m_reference->outcome().events);
     }
@@ -128,7 +128,7 @@ void tst_faults_database::database_that_may_not_be_written()
         QString());
 }
 
-// The database may be written, but no journal can stand beside it.
+// The database may be written, but no journal can stand next to it.
 void tst_faults_database::folder_that_may_not_be_written()
 {
     const QString folder = finished_folder(*m_reference);

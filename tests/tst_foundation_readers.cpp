@@ -23,7 +23,7 @@ QString failure_line(const QString &member, const QString &key)
     return library_line(member, u'[' + member + u"]-----FAILED----- to get value: "_s + key);
 }
 
-// A reader of a value under a key, as every one is called here.
+// A reader of a value under a key. The tests call all of them in this form.
 struct reader
 {
     const char *name;

@@ -1,3 +1,4 @@
+#include "artifact_list.h"
 #include "extraction_check.h"
 #include "files.h"
 #include "hive_generator.h"
@@ -31,7 +32,7 @@ private:
 
 namespace {
 
-/// Each of these hives gives at most one record for so many bytes, all walks together. Some give
+/// Each of these hives gives at most one record for this many bytes, all walks together. Some give
 /// more to a walk that visits a key twice.
 constexpr qint64 least_bytes_of_a_record = 48;
 
@@ -55,7 +56,7 @@ void tst_generated_evidence::walks_end()
     byte_choices choices(random_bytes(seed, 600));
     const hive_kind kind = seed % 2 == 0 ? hive_kind::software : hive_kind::user;
     const QString path = m_folder.filePath(u"hive"_s);
-    write_file(path, generate_hive(choices, kind).bytes);
+    write_file(path, generate_hive(choices, kind, described_artifacts()).bytes);
     const qsizetype records = walk_hive_in_every_way(path);
     QVERIFY(records <= QFileInfo(path).size() / least_bytes_of_a_record);
     QCOMPARE(walk_hive_in_every_way(path), records); // a walk leaves nothing behind
@@ -67,7 +68,7 @@ void tst_generated_evidence::walks_find_records()
     qsizetype hives_with_records = 0;
     for (const hive_kind kind : {hive_kind::software, hive_kind::user}) {
         byte_choices choices{QByteArray()};
-        write_file(path, generate_hive(choices, kind).bytes);
+        write_file(path, generate_hive(choices, kind, described_artifacts()).bytes);
         hives_with_records += walk_hive_in_every_way(path) > 3 ? 1 : 0;
     }
     QCOMPARE(hives_with_records, 2);

@@ -315,7 +315,7 @@ void tst_guarded_hive::tells_the_path_of_a_key()
 {
     hive_builder builder;
     const hive_key &deep = builder.key(u"One\\Zwei ü\\三"_s);
-    builder.key(u"other\\sister"_s);
+    builder.key(u"other\\sibling"_s);
     guarded_hive hive;
     QVERIFY(hive.open(write(builder.bytes())));
     QCOMPARE(hive.key_path(node_of(deep)), QString()); // not listed yet
@@ -378,7 +378,7 @@ void tst_guarded_hive::tells_the_way_on_which_a_key_was_found()
 
 namespace {
 
-/// Reads until the walk is over; tells where it was.
+/// Reads until the walk is over; returns where it was.
 QString end_of(guarded_hive &hive, const std::function<void()> &read)
 {
     while (!hive.is_walk_over())

@@ -133,7 +133,7 @@ void tst_hive_base_block::tells_a_file_that_ends_within_a_bin_head_data()
     const auto add_row = [](const char *name, quint32 bins_size, qint64 length, bool ends_within) {
         QTest::newRow(name) << bins_size << length << ends_within;
     };
-    // The base block tells of two bins of 4,096 bytes.
+    // The base block counts two bins of 4,096 bytes.
     add_row("before the second bin", 8192, 8192, false);
     add_row("after its first byte", 8192, 8193, true);
     add_row("before the last byte that libhivex reads", 8192, 8203, true);

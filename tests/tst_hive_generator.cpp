@@ -34,10 +34,23 @@ namespace {
 
 constexpr qsizetype choice_size = 600;
 
+/// Descriptions of artefacts whose keys the generator does not know by itself.
+QVariantList later_artifacts()
+{
+    const auto described = [](const QString &input, const QString &key, int level) {
+        const QVariantMap read{
+            {u"path"_s, key}, {u"first_value_level"_s, level}, {u"last_level"_s, level}};
+        return QVariantMap{{u"input"_s, input}, {u"keys"_s, QVariantList{read}}};
+    };
+    return {described(u"software_hive"_s, u"Later\\Machine"_s, 1),
+            described(u"user_hives"_s, u"Later\\User"_s, 0),
+            described(u"package_folders"_s, u"Later\\Folders"_s, 0)};
+}
+
 generated_hive hive_of_seed(quint32 seed)
 {
     byte_choices choices(random_bytes(seed, choice_size));
-    return generate_hive(choices, seed % 2 == 0 ? hive_kind::software : hive_kind::user);
+    return generate_hive(choices, seed % 2 == 0 ? hive_kind::software : hive_kind::user, {});
 }
 
 } // namespace
@@ -86,6 +99,9 @@ void tst_hive_generator::makes_an_intact_hive_of_no_bytes_data()
         << user
         << u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\HideDesktopIcons\\NewStartPanel"_s
         << u"{CEBFF5CD-ACE2-4F4F-9178-9926F41749EA}"_s;
+    QTest::newRow("a subkey of a later artefact's key")
+        << software << u"Later\\Machine\\Application"_s << u"Application"_s;
+    QTest::newRow("a later artefact's key") << user << u"Later\\User"_s << u"Application"_s;
     QTest::newRow("the icon's name")
         << user
         << u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Desktop\\NameSpace\\{CEBFF5CD-ACE2-4F4F-9178-9926F41749EA}"_s
@@ -98,7 +114,8 @@ void tst_hive_generator::makes_an_intact_hive_of_no_bytes()
     QFETCH(const QString, key);
     QFETCH(const QString, value);
     byte_choices choices{QByteArray()};
-    const generated_hive hive = generate_hive(choices, static_cast<hive_kind>(kind));
+    const generated_hive hive =
+        generate_hive(choices, static_cast<hive_kind>(kind), later_artifacts());
     QCOMPARE(hive.damages, QStringList());
 
     const QString path = m_folder.filePath(u"hive"_s);

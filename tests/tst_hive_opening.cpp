@@ -12,8 +12,8 @@
 #include "plugin_tabs.h"
 #include "sample_evidence.h"
 #include "test_main.h"
-#include "windows_installed_applications.h"
 #include "unread_keys.h"
+#include "windows_installed_applications.h"
 
 #include <QFile>
 #include <QSet>
@@ -133,8 +133,8 @@ public:
 
 #endif
 
-// libhivex is told to open every hive as if for writing and nothing else, so that it reads the file
-// into memory; the file itself is opened for reading alone, by libhivex and by everybody else.
+// libhivex is asked to open every hive as if for writing and nothing else, so that it reads the
+// file into memory; the file itself is opened for reading alone, by libhivex and by everybody else.
 class tst_hive_opening : public QObject
 {
     Q_OBJECT

@@ -72,7 +72,7 @@ void tst_host_layouts::takes_the_only_volume_that_a_collector_wrote()
     QString shown = folder;
     QCOMPARE(result.errors.first(), u"artifact_host: the volume is %1 in the source"_s.arg(
                                         shown.replace(u'\n', "\\x0a"_L1)));
-    QCOMPARE(result.output.value(8), u"total                              9"_s);
+    QCOMPARE(total_line(result), u"total                              9"_s);
     QCOMPARE(result_database(database_path()).column(u"registered_apps"_s, u"source_file"_s),
              QStringList{u'/' + software_file});
     QCOMPARE(result.exit_code, 0);
@@ -86,7 +86,7 @@ void tst_host_layouts::takes_the_source_itself_whatever_lies_below()
     volume->write();
     const host_result result = extract(*volume, {u"--quiet"_s});
     QCOMPARE(result.errors, QStringList{bob_has_no_hive});
-    QCOMPARE(result.output.first(9), small_volume_report);
+    QCOMPARE(result.output.mid(0, result.output.size() - 1), small_volume_report);
 }
 
 void tst_host_layouts::searches_no_deeper_than_collectors_write()
@@ -141,7 +141,7 @@ void tst_host_layouts::reads_the_volume_that_is_named()
     source.write();
     const host_result result = extract(source, {u"--quiet"_s, u"--volume"_s, name});
     QCOMPARE(result.errors, QStringList{u"artifact_host: the volume is fs/C: in the source"_s});
-    QCOMPARE(result.output.value(8), u"total                              9"_s);
+    QCOMPARE(total_line(result), u"total                              9"_s);
 }
 
 void tst_host_layouts::knows_no_other_volume()
@@ -218,7 +218,7 @@ void tst_host_layouts::reads_the_older_layout()
     volume.write();
     const host_result result = extract(volume, {u"--quiet"_s, u"--user"_s, u"Ann"_s});
     QCOMPARE(result.errors, QStringList());
-    QCOMPARE(result.output.value(8), u"total                              9"_s);
+    QCOMPARE(total_line(result), u"total                              9"_s);
     const result_database database(database_path());
     QCOMPARE(database.rows(u"uninstall_apps"_s, {u"system_account"_s, u"source_file"_s}),
              (QList<QStringList>{{u"ann"_s, u'/' + hive}}));

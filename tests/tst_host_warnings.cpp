@@ -164,7 +164,7 @@ void tst_host_warnings::warns_about_keys_that_cannot_be_listed()
         .add_key(hive_name::lone_surrogate());
     fill_software(volume.software());
     volume.write();
-    const host_result result = extract(volume, {u"--quiet"_s});
+    const host_result result = extract(volume, {u"--quiet"_s, u"--tab"_s, u"install_apps_64"_s});
     QCOMPARE(
         result.errors,
         QStringList{
@@ -182,7 +182,7 @@ void tst_host_warnings::warns_about_keys_of_the_backup_when_that_is_read()
         .add_key(hive_name::lone_surrogate());
     fill_software(volume.reg_back_software());
     volume.write();
-    const host_result result = extract(volume, {u"--quiet"_s});
+    const host_result result = extract(volume, {u"--quiet"_s, u"--tab"_s, u"install_apps_64"_s});
     QCOMPARE(result.errors.size(), 3);
     QCOMPARE(
         result.errors.last(),

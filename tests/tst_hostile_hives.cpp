@@ -185,7 +185,7 @@ void tst_hostile_hives::descends_100000_levels()
     QCOMPARE(walked.walker.user_assist_records.first().value_name, u"deepest"_s);
 }
 
-// Names that double in UTF-8 cost the most of what an intact hive may hold.
+// Names that double in UTF-8 take the most of what an intact hive may hold.
 void tst_hostile_hives::reads_an_intact_hive_to_its_end()
 {
     counted_hive walked;
@@ -345,7 +345,7 @@ void tst_hostile_hives::ends_where_fields_share_one_large_value()
     QCOMPARE(walked.walker.early_end(), QString());
 }
 
-// Data of 100 bytes that claim 4,000 blocks cost libhivex as much as 4,000 values.
+// Data of 100 bytes that claim 4,000 blocks take libhivex as long as 4,000 values.
 void tst_hostile_hives::ends_where_values_share_a_long_list_of_blocks()
 {
     constexpr quint16 block_count = 4000;
@@ -397,7 +397,7 @@ void tst_hostile_hives::reads_nothing_past_the_end_of_the_file()
     QCOMPARE(walked.walker.user_assist_records.last().value_data, "12345"_ba);
 }
 
-// What one walk learned and spent does not touch handles that are opened by hand afterwards, nor
+// What one walk noted and read does not touch handles that are opened by hand afterwards, nor
 // does what such a handle showed.
 void tst_hostile_hives::knows_no_bounds_outside_of_a_walk()
 {

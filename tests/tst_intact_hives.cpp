@@ -8,8 +8,8 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
-// No row of an intact hive is lost, whatever it costs: each table has to hold what libhivex alone
-// gives, in its order, and the log tells of no early end.
+// No row of an intact hive is lost, however long the reading takes: each table has to hold what
+// libhivex alone gives, in its order, and the log reports no early end.
 class tst_intact_hives : public QObject
 {
     Q_OBJECT

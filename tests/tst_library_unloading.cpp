@@ -47,7 +47,7 @@ private:
     void *m_library;
 };
 
-/// What the plug-in tells of its artefacts, and a copy as a host keeps it.
+/// What the plug-in says of its artefacts, and a copy as a host keeps it.
 QVariantList told_artifacts()
 {
     return loaded_library().create_object()->property("artifacts").toList();

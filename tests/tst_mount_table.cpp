@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Where a path lies on its file system, told from a table in the format of the system's own.
+// Where a path lies on its file system, read from a table in the format of the system's own.
 class tst_mount_table : public QObject
 {
     Q_OBJECT

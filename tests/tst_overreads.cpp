@@ -60,13 +60,14 @@ constexpr int hives_in_a_row = 100;
 generated_hive hive_of_seed(quint32 seed)
 {
     byte_choices choices(random_bytes(seed, 400));
-    return generate_hive(choices, seed % 2 == 0 ? hive_kind::software : hive_kind::user);
+    return generate_hive(choices, seed % 2 == 0 ? hive_kind::software : hive_kind::user,
+                         described_artifacts());
 }
 
 QByteArray intact_hive(hive_kind kind)
 {
     byte_choices choices{QByteArray()};
-    return generate_hive(choices, kind).bytes;
+    return generate_hive(choices, kind, described_artifacts()).bytes;
 }
 
 /// A key whose values the plug-in reads.

@@ -269,7 +269,7 @@ void tst_registry::tells_the_time_of_a_key_without_subkeys()
     QVERIFY(noted.walker.data_records.isEmpty());
 }
 
-// A walker that does not look for subkeys is told the time all the same.
+// A walker that does not look for subkeys gets the time all the same.
 void tst_registry::tells_the_time_of_a_key_that_is_not_searched_for_subkeys()
 {
     struct walker_of_lone_keys : registry

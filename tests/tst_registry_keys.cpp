@@ -1,4 +1,4 @@
-#include "hive_rows.h"
+#include "hive_test_data.h"
 #include "noting_walker.h"
 #include "regf_format.h"
 #include "test_main.h"

@@ -1,6 +1,6 @@
+#include "parts_table.h"
 #include "recording_driver.h"
 #include "test_main.h"
-#include "workshop.h"
 
 #include <QMap>
 #include <QRegularExpression>
@@ -132,8 +132,8 @@ void tst_result_table_rows::writes_values_of_any_kind_in_any_encoding()
     rows.append({u"another"_s, value});
     rows.append({value, u"0"_s});
     for (const QString &encoding : {u"UTF-8"_s, u"UTF-16le"_s, u"UTF-16be"_s}) {
-        const workshop plain(encoding);
-        const workshop shop(encoding);
+        const parts_table plain(encoding);
+        const parts_table shop(encoding);
         insert_row_by_row(plain.path, parts_tab.insert_statement, rows);
         {
             result_table_writer writer(parts_tab, shop.path);
@@ -177,8 +177,8 @@ void tst_result_table_rows::reports_a_row_as_a_statement_of_its_own_would()
 void tst_result_table_rows::report_as_a_statement_of_its_own(int row_of_the_fault,
                                                              const QString &statement, bool locks)
 {
-    const workshop plain;
-    const workshop shop;
+    const parts_table plain;
+    const parts_table shop;
     QList<QStringList> rows;
     for (int row = 0; row < row_of_the_fault + 3; ++row)
         rows.append({u'r' + QString::number(row), QString(3000, u'x')}); // a page for each row

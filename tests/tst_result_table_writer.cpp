@@ -1,5 +1,5 @@
+#include "parts_table.h"
 #include "test_main.h"
-#include "workshop.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -48,7 +48,7 @@ private slots:
 
 void tst_result_table_writer::writes_its_rows_as_texts()
 {
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
@@ -64,7 +64,7 @@ void tst_result_table_writer::writes_its_rows_as_texts()
 
 void tst_result_table_writer::writes_a_null_text_as_an_empty_one()
 {
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
@@ -75,7 +75,7 @@ void tst_result_table_writer::writes_a_null_text_as_an_empty_one()
 
 void tst_result_table_writer::commits_its_rows_together_at_the_end()
 {
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
@@ -87,7 +87,7 @@ void tst_result_table_writer::commits_its_rows_together_at_the_end()
 
 void tst_result_table_writer::closes_its_connection_at_the_end()
 {
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
@@ -99,8 +99,8 @@ void tst_result_table_writer::closes_its_connection_at_the_end()
 
 void tst_result_table_writer::replaces_a_stale_connection_of_its_name()
 {
-    const workshop stale;
-    const workshop shop;
+    const parts_table stale;
+    const parts_table shop;
     for (const QString &path : {stale.path, shop.path}) {
         result_table_writer writer(parts_tab, path);
         QVERIFY(writer.open());
@@ -113,7 +113,7 @@ void tst_result_table_writer::replaces_a_stale_connection_of_its_name()
 
 void tst_result_table_writer::makes_a_database_that_is_missing()
 {
-    const workshop shop;
+    const parts_table shop;
     const QString path = shop.folder.filePath(u"missing.sqlite"_s);
     {
         result_table_writer writer(parts_tab, path);
@@ -125,7 +125,7 @@ void tst_result_table_writer::makes_a_database_that_is_missing()
 
 void tst_result_table_writer::logs_a_database_that_cannot_be_opened()
 {
-    const workshop shop;
+    const parts_table shop;
     const QString path = shop.folder.filePath(u"no folder/parts.sqlite"_s);
     {
         result_table_writer writer(parts_tab, path);
@@ -134,12 +134,12 @@ void tst_result_table_writer::logs_a_database_that_cannot_be_opened()
     const QString error = sqlite_connection(path).database.lastError().text();
     QVERIFY(!error.isEmpty());
     QCOMPARE(shop.log.lines(),
-             workshop_lines({u"[fill_parts]Destination Db opening failed "_s, error}));
+             parts_lines({u"[fill_parts]Destination Db opening failed "_s, error}));
 }
 
 void tst_result_table_writer::leaves_nothing_behind_without_being_opened()
 {
-    const workshop shop;
+    const parts_table shop;
     const QString path = shop.folder.filePath(u"missing.sqlite"_s);
     {
         const result_table_writer writer(parts_tab, path);
@@ -150,7 +150,7 @@ void tst_result_table_writer::leaves_nothing_behind_without_being_opened()
 
 void tst_result_table_writer::logs_a_row_that_cannot_be_inserted()
 {
-    const workshop shop;
+    const parts_table shop;
     const QString path = shop.folder.filePath(u"missing.sqlite"_s);
     const QStringList row = {u"bolt"_s, u"12"_s};
     {
@@ -166,7 +166,7 @@ void tst_result_table_writer::logs_a_row_that_cannot_be_inserted()
 
 void tst_result_table_writer::names_the_database_where_the_tab_says_so()
 {
-    const workshop shop;
+    const parts_table shop;
     execute(shop.path, u"drop table parts"_s);
     result_tab discreet_tab = parts_tab;
     discreet_tab.failure_names_database = false;
@@ -176,8 +176,8 @@ void tst_result_table_writer::names_the_database_where_the_tab_says_so()
         QVERIFY(!writer.insert({u"bolt"_s, u"12"_s}));
     }
     const QString failure = u"[fill_parts] insert -----FAILED----- parts"_s;
-    QCOMPARE(shop.log.lines().value(0), workshop_lines({failure + shop.path}).first());
-    QCOMPARE(shop.log.lines().value(3), workshop_lines({failure}).first());
+    QCOMPARE(shop.log.lines().value(0), parts_lines({failure + shop.path}).first());
+    QCOMPARE(shop.log.lines().value(3), parts_lines({failure}).first());
 }
 
 void tst_result_table_writer::refuses_a_row_of_another_length_data()
@@ -191,7 +191,7 @@ void tst_result_table_writer::refuses_a_row_of_another_length_data()
 void tst_result_table_writer::refuses_a_row_of_another_length()
 {
     QFETCH(const QStringList, row);
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
@@ -206,7 +206,7 @@ void tst_result_table_writer::refuses_a_row_of_another_length()
 
 void tst_result_table_writer::loses_no_row_but_those_that_a_lock_keeps_out()
 {
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());
@@ -223,7 +223,7 @@ void tst_result_table_writer::loses_no_row_but_those_that_a_lock_keeps_out()
 
 void tst_result_table_writer::waits_for_no_lock_without_a_row()
 {
-    const workshop shop;
+    const parts_table shop;
     const sqlite_connection other(shop.path);
     execute(other.database, u"begin exclusive"_s);
     {
@@ -237,7 +237,7 @@ void tst_result_table_writer::waits_for_no_lock_without_a_row()
 // The lock is held by the test itself, so that the first wait is made none.
 void tst_result_table_writer::waits_for_a_lock_once_until_a_row_goes_in()
 {
-    const workshop shop;
+    const parts_table shop;
     result_table_writer writer(parts_tab, shop.path);
     QVERIFY(writer.open());
     QCOMPARE(busy_timeout(writers_connection()), 5000);
@@ -256,7 +256,7 @@ void tst_result_table_writer::waits_for_a_lock_once_until_a_row_goes_in()
 
 void tst_result_table_writer::leaves_no_literal_in_the_list_of_connections()
 {
-    const workshop shop;
+    const parts_table shop;
     {
         result_table_writer writer(parts_tab, shop.path);
         QVERIFY(writer.open());

@@ -10,8 +10,8 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
-// The contract that every result table and its extractor keep. The tests that spell texts out are
-// of the tables that hosts have always known; those that come later stand behind them.
+// The contract that every result table and its artefact keep. The tests that spell texts out cover
+// the first eight tables only. Later tables stand behind these.
 
 namespace {
 
@@ -61,18 +61,18 @@ private slots:
     void insert_their_rows_by_these_statements();
     void log_in_these_words_data();
     void log_in_these_words();
-    void bear_the_signature_of_their_extractor_data();
-    void bear_the_signature_of_their_extractor();
+    void bear_the_signature_of_their_operation_data();
+    void bear_the_signature_of_their_operation();
     void fill_columns_that_their_table_has_data() { add_tab_rows(); }
     void fill_columns_that_their_table_has();
     void end_every_row_with_its_source_data() { add_tab_rows(); }
     void end_every_row_with_its_source();
     void have_a_placeholder_for_every_column_but_the_bookmark_data() { add_tab_rows(); }
     void have_a_placeholder_for_every_column_but_the_bookmark();
-    void are_filled_each_by_its_own_extractor_data() { add_tab_rows(); }
-    void are_filled_each_by_its_own_extractor();
-    void are_filled_by_the_operation_of_their_extractor_data();
-    void are_filled_by_the_operation_of_their_extractor();
+    void are_filled_each_by_its_own_artefact_data() { add_tab_rows(); }
+    void are_filled_each_by_its_own_artefact();
+    void are_filled_by_their_operation_data();
+    void are_filled_by_their_operation();
     void are_filled_in_the_order_of_their_creation();
 };
 
@@ -226,7 +226,7 @@ void tst_result_tabs::log_in_these_words()
     QTEST(tab.failure_names_database, "names_database");
 }
 
-void tst_result_tabs::bear_the_signature_of_their_extractor_data()
+void tst_result_tabs::bear_the_signature_of_their_operation_data()
 {
     QTest::addColumn<QString>("operation");
     QTest::newRow("install_apps_64") << u"extract_installed_applications"_s;
@@ -239,7 +239,7 @@ void tst_result_tabs::bear_the_signature_of_their_extractor_data()
     QTest::newRow("hidden_desktop_icons_app") << u"extract_hidden_desktop_icons"_s;
 }
 
-void tst_result_tabs::bear_the_signature_of_their_extractor()
+void tst_result_tabs::bear_the_signature_of_their_operation()
 {
     QFETCH(const QString, operation);
     const result_tab &tab = current_tab();
@@ -276,7 +276,7 @@ void tst_result_tabs::have_a_placeholder_for_every_column_but_the_bookmark()
     QCOMPARE(statement.section(u'(', 2), values.join(u',') + u')');
 }
 
-void tst_result_tabs::are_filled_each_by_its_own_extractor()
+void tst_result_tabs::are_filled_each_by_its_own_artefact()
 {
     QFETCH(const QString, tab);
     worker_fixture fixture;
@@ -291,7 +291,7 @@ void tst_result_tabs::are_filled_each_by_its_own_extractor()
 using operation = void (windows_installed_applications_winos::*)();
 Q_DECLARE_METATYPE(operation)
 
-void tst_result_tabs::are_filled_by_the_operation_of_their_extractor_data()
+void tst_result_tabs::are_filled_by_their_operation_data()
 {
     using worker = windows_installed_applications_winos;
     QTest::addColumn<operation>("extract");
@@ -305,7 +305,7 @@ void tst_result_tabs::are_filled_by_the_operation_of_their_extractor_data()
     QTest::newRow("hidden_desktop_icons_app") << &worker::extract_hidden_desktop_icons;
 }
 
-void tst_result_tabs::are_filled_by_the_operation_of_their_extractor()
+void tst_result_tabs::are_filled_by_their_operation()
 {
     QFETCH(const operation, extract);
     sample_fixture fixture;

@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 using namespace evidence;
 
-// Data decoded as their registry type tells.
+// Data decoded as their registry type says.
 class tst_typed_text : public QObject
 {
     Q_OBJECT

@@ -35,7 +35,7 @@ void write_volume(evidence_volume &volume, const QStringList &accounts)
 }
 
 /// Looks for the files of five accounts, of which the named file is missing, and cancels in the
-/// line that tells so.
+/// line that says so.
 void find_and_cancel_at(worker_fixture &fixture, const QString &missing)
 {
     const QStringList accounts = {u"u1"_s, u"u2"_s, u"u3"_s, u"u4"_s, u"u5"_s};

@@ -14,6 +14,7 @@ class byte_choices
 public:
     explicit byte_choices(const QByteArray &bytes) : m_bytes(bytes) {}
 
+    /// Whether all bytes were read.
     bool is_used_up() const { return m_position >= m_bytes.size(); }
 
     /// The next byte; 0 when used up.

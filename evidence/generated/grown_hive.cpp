@@ -3,6 +3,8 @@
 #include "application_keys.h"
 #include "user_assist.h"
 
+#include <QVariantMap>
+#include <algorithm>
 #include <limits>
 
 namespace evidence {
@@ -29,6 +31,27 @@ const QStringList &uninstall_values()
                                    u"InstallDate"_s,     u"InstallLocation"_s, u"InstallSource"_s,
                                    u"UninstallString"_s, u"URLInfoAbout"_s,    u"displayname"_s};
     return names;
+}
+
+const QStringList &application_names()
+{
+    static const QStringList names{u"Application"_s, u"application"_s, u"{Product}"_s};
+    return names;
+}
+
+/// The keys that the artefacts of such a hive describe, in their order.
+QList<QVariantMap> described_keys(hive_kind kind, const QVariantList &artifacts)
+{
+    const QString input = kind == hive_kind::software ? u"software_hive"_s : u"user_hives"_s;
+    QList<QVariantMap> keys;
+    for (const QVariant &description : artifacts) {
+        const QVariantMap artifact = description.toMap();
+        if (artifact.value(u"input"_s).toString() != input)
+            continue;
+        for (const QVariant &key : artifact.value(u"keys"_s).toList())
+            keys.append(key.toMap());
+    }
+    return keys;
 }
 
 /// The bytes of a name and whether they claim to be Latin-1.
@@ -58,11 +81,12 @@ const QList<odd_name> &odd_names()
 
 } // namespace
 
-grown_hive::grown_hive(byte_choices &choices, hive_kind kind) : m_choices(choices)
+grown_hive::grown_hive(byte_choices &choices, hive_kind kind, const QVariantList &artifacts)
+    : m_choices(choices)
 {
     m_hive.minor_version(m_choices.pick(QList<quint32>{5, 3, 4, 6}));
     m_keys.append(&m_hive.root());
-    const QList<growth> plans = growths_of(kind);
+    const QList<growth> plans = growths_of(kind, artifacts);
     for (const growth &plan : plans) {
         if (!m_choices.one_in(8))
             grow(key_at(plan.path), plan, plan.levels);
@@ -71,9 +95,9 @@ grown_hive::grown_hive(byte_choices &choices, hive_kind kind) : m_choices(choice
         m_hive.sort_subkeys();
 }
 
-QList<grown_hive::growth> grown_hive::growths_of(hive_kind kind)
+QList<grown_hive::growth> grown_hive::usual_growths(hive_kind kind)
 {
-    const QStringList applications{u"Application"_s, u"application"_s, u"{Product}"_s};
+    const QStringList &applications = application_names();
     if (kind == hive_kind::software)
         return {{uninstall_key, applications, uninstall_values(), 1},
                 {uninstall_key_32, applications, uninstall_values(), 1},
@@ -85,6 +109,22 @@ QList<grown_hive::growth> grown_hive::growths_of(hive_kind kind)
             {compatibility_store_key, {}, {u"C:\\App\\app.exe"_s, u"D:\\app.exe"_s}, 0},
             {hide_desktop_icons_key, {u"NewStartPanel"_s}, class_ids(), 1},
             {name_space_key, class_ids(), {u""_s, u"InfoTip"_s}, 1}};
+}
+
+/// The usual ones come first, so that later artefacts leave them their choices.
+QList<grown_hive::growth> grown_hive::growths_of(hive_kind kind, const QVariantList &artifacts)
+{
+    constexpr int most_levels = 3;
+    const QStringList &names = application_names();
+    QList<growth> growths = usual_growths(kind);
+    for (const QVariantMap &key : described_keys(kind, artifacts)) {
+        const QString path = key.value(u"path"_s).toString();
+        const int levels = std::min(key.value(u"last_level"_s).toInt(), most_levels);
+        if (std::none_of(growths.cbegin(), growths.cend(),
+                         [&](const growth &known) { return known.path == path; }))
+            growths.append({path, names, names, levels});
+    }
+    return growths;
 }
 
 /// Makes the key, noting those on the way to it.

@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QStringList>
+#include <QVariantList>
 
 namespace evidence {
 
@@ -15,13 +16,16 @@ namespace evidence {
 class grown_hive
 {
 public:
-    grown_hive(byte_choices &choices, hive_kind kind);
+    /// Grows the keys that each hive of the kind has, and then those of the described artefacts,
+    /// see generate_hive().
+    grown_hive(byte_choices &choices, hive_kind kind, const QVariantList &artifacts);
 
     /// The hive file; from then on the cells of keys and values are known.
     QByteArray bytes() { return m_hive.bytes(); }
 
-    /// The keys and values in the order of their making; the root is the first key.
+    /// The keys in the order of their making; the root is the first.
     const QList<const hive_key *> &keys() const { return m_keys; }
+    /// The cells of the values, in the order of their making.
     QList<value_cells> values() const;
 
 private:
@@ -40,7 +44,8 @@ private:
         int levels; ///< how deep below the path keys shall grow
     };
 
-    static QList<growth> growths_of(hive_kind kind);
+    static QList<growth> usual_growths(hive_kind kind);
+    static QList<growth> growths_of(hive_kind kind, const QVariantList &artifacts);
     hive_key &key_at(const QString &path);
     hive_key &added_key(hive_key &parent, const growth &plan);
     void grow(hive_key &key, const growth &plan, int levels);

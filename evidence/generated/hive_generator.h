@@ -5,10 +5,11 @@
 
 #include <QByteArray>
 #include <QStringList>
+#include <QVariantList>
 
 namespace evidence {
 
-/// Which of the hives that tell of applications a hive stands for.
+/// Which of the hives that name applications a hive stands for.
 enum class hive_kind
 {
     software, ///< the machine's: Uninstall keys and RegisteredApplications
@@ -27,7 +28,10 @@ struct generated_hive
 /// then up to eight damages of sizes, counts, offsets and header fields. The checksum is right, so
 /// that libhivex opens most of them. A used-up string makes an intact hive with a record under
 /// every key that is read.
-generated_hive generate_hive(byte_choices &choices, hive_kind kind);
+///
+/// `artifacts` are those that the plug-in describes in its property "artifacts". Keys of theirs
+/// that this generator does not know get subkeys and values with the names of applications.
+generated_hive generate_hive(byte_choices &choices, hive_kind kind, const QVariantList &artifacts);
 
 } // namespace evidence
 

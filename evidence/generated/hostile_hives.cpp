@@ -117,7 +117,7 @@ QByteArray one_long_name_listed_often(const value_place &place)
     return damage.bytes();
 }
 
-/// A longer hive affords more work.
+/// The longer the hive, the more may be read again.
 QByteArray padded(hive_damage &damage)
 {
     constexpr qsizetype padded_length = 10000000;

@@ -14,9 +14,9 @@ namespace evidence {
 /// it claims would take hours and more memory than there is.
 struct hostile_hive
 {
-    QString name;   ///< what is hostile about it
-    hive_kind kind; ///< where it must stand to be read
-    std::function<QByteArray()> make;
+    QString name;                     ///< what is hostile about it
+    hive_kind kind;                   ///< where it must stand to be read
+    std::function<QByteArray()> make; ///< returns the bytes of the hive
 };
 
 /// All of them; they are made when asked for.

@@ -10,13 +10,13 @@
 
 namespace evidence {
 
-/// A large hive of some shape that costs much, although no part of it is shared.
+/// A large hive of some shape that takes long to read, although no part of it is shared.
 struct intact_hive
 {
     QString name;
     hive_kind kind;
-    QString table; ///< that the shape is about
-    std::function<QByteArray()> make;
+    QString table;                    ///< that the shape is about
+    std::function<QByteArray()> make; ///< returns the bytes of the hive
 };
 
 /// Shapes that Windows writes, or that anybody with a user's rights can have it write, as large as

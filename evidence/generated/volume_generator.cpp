@@ -8,85 +8,95 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using maker = void (*)(evidence_volume &, const QString &path, byte_choices &, hive_kind);
-
-void make_nothing(evidence_volume &, const QString &, byte_choices &, hive_kind) {}
-
-void make_hive(evidence_volume &volume, const QString &path, byte_choices &choices, hive_kind kind)
+/// What places files in a volume.
+struct volume_in_making
 {
-    volume.file(path, generate_hive(choices, kind).bytes);
+    evidence_volume &volume;
+    byte_choices &choices;
+    const QVariantList &artifacts; ///< whose keys the hives have
+};
+
+using maker = void (*)(const volume_in_making &, const QString &path, hive_kind);
+
+void make_nothing(const volume_in_making &, const QString &, hive_kind) {}
+
+void make_hive(const volume_in_making &made, const QString &path, hive_kind kind)
+{
+    made.volume.file(path, generate_hive(made.choices, kind, made.artifacts).bytes);
 }
 
-void make_linked_hive(evidence_volume &volume, const QString &path, byte_choices &choices,
-                      hive_kind kind)
+void make_linked_hive(const volume_in_making &made, const QString &path, hive_kind kind)
 {
-    make_hive(volume, path + u".hive"_s, choices, kind);
-    volume.link(path, volume.path(path + u".hive"_s));
+    make_hive(made, path + u".hive"_s, kind);
+    made.volume.link(path, made.volume.path(path + u".hive"_s));
 }
 
-void make_other_file(evidence_volume &volume, const QString &path, byte_choices &choices, hive_kind)
+void make_other_file(const volume_in_making &made, const QString &path, hive_kind)
 {
-    volume.file(path, choices.bytes(choices.pick(QList<qsizetype>{0, 1, 4095, 4096, 8192})));
+    const QList<qsizetype> sizes{0, 1, 4095, 4096, 8192};
+    made.volume.file(path, made.choices.bytes(made.choices.pick(sizes)));
 }
 
-void make_folder_there(evidence_volume &volume, const QString &path, byte_choices &, hive_kind)
+void make_folder_there(const volume_in_making &made, const QString &path, hive_kind)
 {
-    volume.folder(path);
+    made.volume.folder(path);
 }
 
-void make_fifo(evidence_volume &volume, const QString &path, byte_choices &, hive_kind)
+void make_fifo(const volume_in_making &made, const QString &path, hive_kind)
 {
-    volume.fifo(path);
+    made.volume.fifo(path);
 }
 
-void make_link_loop(evidence_volume &volume, const QString &path, byte_choices &, hive_kind)
+void make_link_loop(const volume_in_making &made, const QString &path, hive_kind)
 {
-    volume.link(path, volume.path(path));
+    made.volume.link(path, made.volume.path(path));
 }
 
-void place_hive(evidence_volume &volume, const QString &path, byte_choices &choices, hive_kind kind)
+void place_hive(const volume_in_making &made, const QString &path, hive_kind kind)
 {
     static const QList<maker> others{make_nothing, make_other_file, make_folder_there,
                                      make_fifo,    make_link_loop,  make_linked_hive};
-    const maker make = choices.one_in(8) ? choices.pick(others) : make_hive;
-    make(volume, path, choices, kind);
+    const maker make = made.choices.one_in(8) ? made.choices.pick(others) : make_hive;
+    make(made, path, kind);
 }
 
-void make_packages(evidence_volume &volume, const QString &folder, byte_choices &choices)
+void make_packages(const volume_in_making &made, const QString &folder)
 {
     static const QList<QString> names{u"Package_1"_s, u" blank "_s,    u"\u4e2d\u6587"_s,
                                       u".hidden"_s,   u"line\nfeed"_s, u"'quoted'"_s};
-    if (choices.one_in(8))
+    if (made.choices.one_in(8))
         return;
-    volume.folder(folder);
-    const qint64 count = choices.between(1, 4);
+    made.volume.folder(folder);
+    const qint64 count = made.choices.between(1, 4);
     for (qint64 i = 0; i < count; ++i)
-        place_hive(volume, folder + u'/' + choices.pick(names) + QString::number(i), choices,
+        place_hive(made, folder + u'/' + made.choices.pick(names) + QString::number(i),
                    hive_kind::user);
-    if (choices.one_in(4))
-        volume.raw_folder(folder.toUtf8() + "/\xff\xfe");
+    if (made.choices.one_in(4))
+        made.volume.raw_folder(folder.toUtf8() + "/\xff\xfe");
 }
 
-void make_account(evidence_volume &volume, const QString &account, byte_choices &choices)
+void make_account(const volume_in_making &made, const QString &account)
 {
     const QString home = u"Users/"_s + account;
-    place_hive(volume, home + u"/NTUSER.DAT"_s, choices, hive_kind::user);
-    make_packages(volume, home + u"/AppData/Local/Packages"_s, choices);
+    place_hive(made, home + u"/NTUSER.DAT"_s, hive_kind::user);
+    make_packages(made, home + u"/AppData/Local/Packages"_s);
 }
 
 } // namespace
 
-QStringList generate_volume(evidence_volume &volume, byte_choices &choices)
+QStringList generate_volume(evidence_volume &volume, byte_choices &choices,
+                            const QVariantList &artifacts)
 {
+    const volume_in_making made{volume, choices, artifacts};
     const QString config = u"Windows/System32/config/"_s;
-    place_hive(volume, config + u"SOFTWARE"_s, choices, hive_kind::software);
+    place_hive(made, config + u"SOFTWARE"_s, hive_kind::software);
     if (choices.one_in(2))
-        place_hive(volume, config + u"RegBack/SOFTWARE"_s, choices, hive_kind::software);
+        place_hive(made, config + u"RegBack/SOFTWARE"_s, hive_kind::software);
 
     QStringList accounts{u"ann"_s, u"\u0410\u043d\u043d\u0430 B."_s, u" "_s};
     accounts = accounts.mid(0, choices.between(1, accounts.size()));
     for (const QString &account : std::as_const(accounts))
-        make_account(volume, account, choices);
+        make_account(made, account);
     if (choices.one_in(4))
         accounts << u".."_s << u""_s << u"nobody"_s << u"ann"_s;
     return accounts;

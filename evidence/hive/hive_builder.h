@@ -31,9 +31,10 @@ public:
     hive_builder(const hive_builder &) = delete;
     hive_builder &operator=(const hive_builder &) = delete;
 
+    /// The root key, which every hive has.
     hive_key &root() { return m_keys.front(); }
 
-    /// The key at `path` below the root, see hive_key::key.
+    /// Makes the key at `path` below the root unless it is there, see hive_key::key.
     hive_key &key(const QString &path) { return root().key(path); }
 
     /// Sets the format's minor version (5 by default); below 4 there are no "db" records and long

@@ -9,7 +9,7 @@
 namespace evidence {
 
 /// Alters the bytes of a hive field by field; the operations chain. Cells are meant by their file
-/// offsets, which key_cells and value_cells tell. Whatever is altered, the base block's checksum is
+/// offsets, which key_cells and value_cells give. Whatever is altered, the base block's checksum is
 /// right in the end, so that a reader gets as far as the damage. A field that lies outside the
 /// bytes, or a cell offset that lies before the first bin, throws std::out_of_range.
 class hive_damage

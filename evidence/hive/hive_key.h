@@ -58,6 +58,8 @@ public:
 
     /// Adds a text in UTF-16LE with its terminator.
     hive_key &text(const hive_name &name, const QString &text, quint32 type = reg_sz);
+
+    /// Adds a value of the type that the name says.
     hive_key &multi_text(const hive_name &name, const QStringList &texts);
     hive_key &binary(const hive_name &name, const QByteArray &data);
     hive_key &dword(const hive_name &name, quint32 number);

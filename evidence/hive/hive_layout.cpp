@@ -155,7 +155,7 @@ void hive_layout::place_subkeys(hive_key &key)
 {
     if (key.m_subkeys.empty())
         return;
-    QList<listed_key> subkeys;
+    QList<subkey_entry> subkeys;
     subkeys.reserve(static_cast<qsizetype>(key.m_subkeys.size()));
     for (const hive_key *subkey : key.m_subkeys)
         subkeys.append({subkey->m_cells.key, subkey->m_name});
@@ -167,7 +167,7 @@ void hive_layout::place_subkeys(hive_key &key)
     put_32(m_bins.bytes(), at + nk::subkey_count, static_cast<quint32>(subkeys.size()));
     put_32(m_bins.bytes(), at + nk::subkey_list, stored_offset(placed.list));
     const quint32 longest_name =
-        longest(subkeys, [](const listed_key &subkey) { return subkey.name.utf16_size(); });
+        longest(subkeys, [](const subkey_entry &subkey) { return subkey.name.utf16_size(); });
     put_16(m_bins.bytes(), at + nk::longest_subkey_name, static_cast<quint16>(longest_name));
 }
 

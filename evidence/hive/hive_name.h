@@ -22,6 +22,7 @@ public:
     /// Half of a surrogate pair, which Windows takes and libhivex refuses.
     static hive_name lone_surrogate();
 
+    /// The bytes of the name, and whether they are flagged as Latin-1.
     const QByteArray &stored() const { return m_stored; }
     bool compressed() const { return m_compressed; }
 

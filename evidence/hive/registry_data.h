@@ -33,6 +33,7 @@ QByteArray registry_text(const QString &text);
 /// The data of a REG_MULTI_SZ value: every text with its terminator, and one more at the end.
 QByteArray registry_multi_text(const QStringList &texts);
 
+/// The data of a number: little-endian, 4 or 8 bytes.
 QByteArray registry_dword(quint32 number);
 QByteArray registry_qword(quint64 number);
 

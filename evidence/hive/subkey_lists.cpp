@@ -43,7 +43,7 @@ qint64 place_plain_list(hive_bins &bins, const char *signature, const QList<qint
     return bins.add(cell);
 }
 
-qint64 place_hashed_list(hive_bins &bins, const char *signature, const QList<listed_key> &keys,
+qint64 place_hashed_list(hive_bins &bins, const char *signature, const QList<subkey_entry> &keys,
                          quint32 (*hash)(const hive_name &))
 {
     QByteArray cell = list_cell(signature, keys.size(), list::hashed_entry_size);
@@ -55,16 +55,16 @@ qint64 place_hashed_list(hive_bins &bins, const char *signature, const QList<lis
     return bins.add(cell);
 }
 
-QList<qint64> cells_of(const QList<listed_key> &keys)
+QList<qint64> cells_of(const QList<subkey_entry> &keys)
 {
     QList<qint64> cells;
     cells.reserve(keys.size());
-    for (const listed_key &key : keys)
+    for (const subkey_entry &key : keys)
         cells.append(key.cell);
     return cells;
 }
 
-qint64 place_leaf(hive_bins &bins, const QList<listed_key> &keys, subkey_list kind)
+qint64 place_leaf(hive_bins &bins, const QList<subkey_entry> &keys, subkey_list kind)
 {
     if (kind == subkey_list::li)
         return place_plain_list(bins, "li", cells_of(keys));
@@ -81,7 +81,7 @@ qsizetype leaf_limit(subkey_list kind)
 
 } // namespace
 
-placed_list place_subkey_list(hive_bins &bins, const QList<listed_key> &keys, subkey_list kind)
+placed_list place_subkey_list(hive_bins &bins, const QList<subkey_entry> &keys, subkey_list kind)
 {
     const qsizetype limit = leaf_limit(kind);
     if (kind != subkey_list::ri && keys.size() <= limit)

@@ -9,7 +9,7 @@
 namespace evidence {
 
 /// A subkey as its parent lists it.
-struct listed_key
+struct subkey_entry
 {
     qint64 cell; ///< file offset of the "nk" cell
     hive_name name;
@@ -24,7 +24,7 @@ struct placed_list
 
 /// Adds the list of the given subkeys, of which there is at least one, in the given order. What
 /// does not fit into one list of the wanted kind becomes several of them below an "ri".
-placed_list place_subkey_list(hive_bins &bins, const QList<listed_key> &keys, subkey_list kind);
+placed_list place_subkey_list(hive_bins &bins, const QList<subkey_entry> &keys, subkey_list kind);
 
 } // namespace evidence
 

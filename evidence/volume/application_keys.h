@@ -5,7 +5,7 @@
 
 namespace evidence {
 
-// The keys that tell of applications, from the root of the hive that holds them.
+// The keys that name applications, from the root of the hive that holds them.
 
 inline const QString uninstall_key =
     QStringLiteral("Microsoft\\Windows\\CurrentVersion\\Uninstall");

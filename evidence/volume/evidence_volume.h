@@ -69,6 +69,7 @@ public:
     /// Writes every hive that was asked for.
     void write();
 
+    /// The absolute paths of the hives and of an account's packages, which need not exist.
     QString software_path() const;
     QString reg_back_path() const;
     QString system_path() const;

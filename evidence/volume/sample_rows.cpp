@@ -38,7 +38,7 @@ void add_icon(hive_builder &hive, const QString &name)
     hive.key(name_space_key + u'\\' + class_id).text(u""_s, name);
 }
 
-/// A value of the key that is read, or of a key so many levels below it.
+/// A value of the key that is read, or of a key that many levels below it.
 void add_value(hive_builder &hive, const QVariantMap &key, const QString &name)
 {
     QString path = key.value(u"path"_s).toString();

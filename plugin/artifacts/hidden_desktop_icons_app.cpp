@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Each icon gets so many of its names into the table, whatever stands before it in the hive.
+/// Each icon gets this many of its names into the table, whatever stands before it in the hive.
 constexpr qsizetype certain_names = 64;
 
 /// Writes one row for each value of each class id's NameSpace key in the same hive, which names the
@@ -18,7 +18,7 @@ bool write_icons(extraction &run, hive_rows &rows, const QString &hive_path,
                  const QList<registry::struct_data> &class_ids)
 {
     const QString reg_path = run.extracted().key.path;
-    QSet<QPair<unsigned long, bool>> written_icons; ///< with the setting that their rows tell
+    QSet<QPair<unsigned long, bool>> written_icons; ///< with the setting that their rows show
     parse_hidden_desktop_icons names;
     bool is_cancelled = false;
     prepare_walker(run, names);

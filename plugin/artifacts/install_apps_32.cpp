@@ -1,4 +1,4 @@
-#include "uninstall_key.h"
+#include "uninstall_applications.h"
 
 using namespace Qt::StringLiterals;
 
@@ -37,5 +37,5 @@ extern const artifact install_apps_32_artifact = {
         "node_name,reg_path,install_date,modified_timestamp,source_file, os_scheme_display ,"
         " source_count_name) VALUES(0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"_L1,
     },
-    write_uninstall_key,
+    write_uninstall_applications,
 };

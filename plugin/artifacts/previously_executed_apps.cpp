@@ -40,7 +40,7 @@ extern const artifact previously_executed_apps_artifact = {
         false,
     },
     artifact_input::user_hives,
-    user_assist_key,
+    user_assist_entries_key,
     {},
     root_removal::where_it_stands,
     {},

@@ -18,18 +18,18 @@ struct entry_layout
     qint32 first_run_count;     ///< the count of an entry that was never run
 };
 
-/// Of Windows 7 and later. Shorter layouts are read at the same offsets unless a host asks for
-/// more.
+/// The layout of Windows 7 and later. Shorter layouts are read at the same offsets unless a host
+/// asks for more.
 constexpr entry_layout later_layout = {4, 60, 0};
 
-/// Of Windows 2000 to Vista.
+/// The layout of Windows 2000 to Vista.
 constexpr entry_layout early_layout = {4, 8, 5};
 constexpr qsizetype early_length = 16;
 
 constexpr qsizetype run_count_length = 4;
 constexpr qsizetype last_run_length = 8;
 
-/// What an entry's data tell.
+/// What an entry's data hold.
 struct entry_runs
 {
     qint32 count;

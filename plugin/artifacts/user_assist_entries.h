@@ -11,7 +11,7 @@
 // What the artefacts of the UserAssist key share.
 
 /// The key. Its subkeys are class ids, whose own values are no entries; those below them are.
-inline constexpr listed_registry_key user_assist_key = {
+inline constexpr listed_registry_key user_assist_entries_key = {
     QLatin1StringView("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist"), 2,
     listed_registry_key::all_levels};
 

@@ -25,6 +25,7 @@ struct listed_registry_key
 
     static constexpr int all_levels = 1 << 20; ///< as last_level: every level is read
 
+    /// Whether the values of the key itself are read.
     bool has_own_values() const { return first_value_level == 0; }
 };
 
@@ -53,7 +54,7 @@ enum class root_removal
     by_its_length    ///< as many characters as it has, whatever they are
 };
 
-/// Where the users' hives tell what the machine's hive tells in the artefact's key.
+/// Where the users' hives hold what the machine's hive holds in the artefact's key.
 struct installations_of_users
 {
     listed_registry_key key;

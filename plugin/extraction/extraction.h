@@ -13,7 +13,7 @@
 
 class hive_pool;
 
-/// What the run of all tables tells each extraction.
+/// What each extraction knows of the run of all tables.
 struct extraction_context
 {
     QString database_path;
@@ -50,8 +50,10 @@ public:
     /// the beginning and the end.
     void run();
 
+    /// The artefact and the run that it belongs to.
     const artifact &extracted() const { return m_artifact; }
     const extraction_context &context() const { return m_context; }
+    /// Whether the run was cancelled; rows are written no more then.
     bool is_cancelled() const { return *m_context.is_cancelled; }
 
     /// Returns where the source file named by `path` lies. That differs from `path` only if letter

@@ -32,7 +32,7 @@ bool is_of_type(const QVariant &value, QMetaType::Type type)
     return value.metaType() == QMetaType(type);
 }
 
-void read_copies(const QVariantMap &copies, read_extraction_options &read)
+void read_copies(const QVariantMap &copies, parsed_options &read)
 {
     for (auto copy = copies.cbegin(); copy != copies.cend(); ++copy) {
         if (is_of_type(copy.value(), QMetaType::QString))
@@ -52,7 +52,7 @@ std::optional<bool_option> bool_option_of(const QString &key)
     return std::nullopt;
 }
 
-void read_entry(const QString &key, const QVariant &value, read_extraction_options &read)
+void read_entry(const QString &key, const QVariant &value, parsed_options &read)
 {
     const auto wrong = [&](const QString &reason) {
         read.ignored.append(printable_text(u"%1 %2 and is ignored"_s.arg(key, reason)));
@@ -79,9 +79,9 @@ QString extraction_options::file_to_read(const QString &path) const
     return hive_copies.isEmpty() ? path : hive_copies.value(QDir::cleanPath(path), path);
 }
 
-read_extraction_options extraction_options_from(const QVariant &property)
+parsed_options extraction_options_from(const QVariant &property)
 {
-    read_extraction_options read;
+    parsed_options read;
     if (!property.isValid())
         return read;
     if (!is_of_type(property, QMetaType::QVariantMap)) {

@@ -11,7 +11,7 @@
 struct extraction_options
 {
     bool ignore_letter_case = false;     ///< look files up as Windows does, see case_blind_paths
-    bool decode_by_type = false;         ///< decode registry data as their type tells
+    bool decode_by_type = false;         ///< decode registry data as their type says
     bool installations_of_users = false; ///< read the Uninstall keys of the users' hives too
     bool keep_hives_open = false;        ///< share one handle of a hive among the walks of a run
     bool old_layout = false; ///< look for accounts in "Documents and Settings" where no Users is
@@ -26,7 +26,7 @@ struct extraction_options
 };
 
 /// Options, and a line for each entry of the property that is none of them.
-struct read_extraction_options
+struct parsed_options
 {
     extraction_options options;
     QStringList ignored;
@@ -34,6 +34,6 @@ struct read_extraction_options
 
 /// Reads the property's value. Unknown keys and values of another type are ignored; an invalid
 /// value, which an unset property has, gives the options that every host gets.
-read_extraction_options extraction_options_from(const QVariant &property);
+parsed_options extraction_options_from(const QVariant &property);
 
 #endif

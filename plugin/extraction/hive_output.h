@@ -9,6 +9,7 @@
 class hive_output
 {
 public:
+    /// How much a table takes.
     struct limit
     {
         qint64 rows = 5000000;
@@ -27,6 +28,7 @@ public:
     /// further one; `is_certain` rows are taken beyond it, as many as the limit says.
     bool takes(const QStringList &columns, bool is_certain = false);
 
+    /// The limit that was given.
     const limit &most() const { return m_limit; }
 
 private:

@@ -13,7 +13,7 @@
 #include <optional>
 
 /// Inserts rows into one result table, in one transaction on a connection of its own that is named
-/// after the extractor. Failures are logged in the tab's words. The destructor closes the writer,
+/// after the operation. Failures are logged in the tab's words. The destructor closes the writer,
 /// so that rows are kept whatever path leaves it. Values reach the statement as bound ones alone. A
 /// lock that somebody else holds is waited for once, and again after a row went in.
 class result_table_writer

@@ -35,10 +35,10 @@ public:
     int start_registry_parse(QString hive_path, QString key_path, bool read_key_values) override;
 
     /// Looks up the names of icons, one class id after the other, in one opening of the hive at
-    /// `hive_path`. For each it fills hidden_icons_records with what start_registry_parse() finds
-    /// at name_space_key and the class id, the list emptied before, and calls `visit` with the
-    /// class id's position in `class_ids` and the key that was found, 0 for none; false ends the
-    /// lookup. A key that several class ids lead to is read once and its names are kept.
+    /// `hive_path`. For each it empties hidden_icons_records and fills it with what
+    /// start_registry_parse() finds at name_space_key and the class id. It then calls `visit` with
+    /// the class id's position in `class_ids` and the key that was found, 0 for none; false ends
+    /// the lookup. A key that several class ids lead to is read once and its names are kept.
     /// Returns 0, or -1 without a visit when the path is empty or the hive cannot be opened.
     int look_up_icon_names(const QString &hive_path, const QList<struct_data> &class_ids,
                            const std::function<bool(qsizetype, unsigned long)> &visit);
@@ -49,6 +49,7 @@ public:
     /// Returns the data as text, as registry describes it.
     QString convert_data(hive_h *hive, unsigned long value) override;
 
+    /// Makes a record of a value, or a part of one, as the class description says.
     void find_node_value_length(hive_h *hive, unsigned long value, QString value_name) override;
 
     /// Returns the raw data, empty when it cannot be read.

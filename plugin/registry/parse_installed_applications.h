@@ -34,6 +34,7 @@ public:
     /// Returns the data as text, as registry describes it.
     QString convert_data(hive_h *hive, unsigned long value) override;
 
+    /// Makes a record of a value, or a part of one, as the class description says.
     void find_node_value_length(hive_h *hive, unsigned long value, QString value_name) override;
 
     /// Returns the raw data, empty when it cannot be read.

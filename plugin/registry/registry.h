@@ -72,7 +72,7 @@ public:
     registry &operator=(const registry &) = delete;
     virtual ~registry();
 
-    /// Walks one key of one hive, the only entry point that extractors need.
+    /// Walks one key of one hive, the entry point of a walk.
     /// `hive_path`: the hive file; only a regular file is opened, for reading.
     /// `key_path`: keys separated by backslashes, matched without regard to case; empty parts are
     /// dropped, and a single backslash is the root key.
@@ -137,9 +137,9 @@ public:
     /// zero.
     static qint64 unix_seconds(qint64 filetime);
 
-    /// The path below the root, or "the root key", of the key at which the last walk ended before
-    /// its end because the hive lets the same bytes be read again and again, which no hive does
-    /// that Windows wrote. Empty when the walk was whole. Records read before are kept.
+    /// The key at which the last walk ended early, as its path below the root or "the root key".
+    /// Empty when the walk was complete. A walk ends early when the hive lets the same bytes be
+    /// read again and again; no hive that Windows wrote does that. Records read before are kept.
     const QString &early_end() const { return m_early_end; }
 
     /// From now on value_text() decodes data by their type, as text_by_type() does, wherever that

@@ -6,7 +6,7 @@
 
 #include <optional>
 
-/// Data of a value decoded as its registry type tells.
+/// Data of a value decoded as its registry type says.
 struct typed_text
 {
     QString text;

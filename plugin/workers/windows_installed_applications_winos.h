@@ -80,13 +80,13 @@ public:
     /// Users come from the account list alone; a cancellation stops before the next account.
     void find_source_file();
 
-    /// Runs the extractors of the selected tabs in their fixed order, signalling both totals after
-    /// each. Does nothing but log for a host edition other than 0, 1 and 2.
+    /// Extracts the artefacts of the selected tabs in their fixed order, signalling both totals
+    /// after each. Does nothing but log for a host edition other than 0, 1 and 2.
     void extract_plugin_artifacts();
 
-    // The extractors of the artefacts that hosts have always known: each fills one table and
-    // reports through the debug log and the record signal. A cancellation commits what was written
-    // and leaves no line.
+    // One operation for each of the first eight artefacts. They belong to the contract; later
+    // artefacts have none. Each fills one table and reports through the debug log and the record
+    // signal. A cancellation commits what was written and leaves no line.
 
     /// The native view of the SOFTWARE hive's Uninstall key, into install_apps_64.
     void extract_installed_applications();
@@ -106,23 +106,21 @@ public:
     /// hidden_desktop_icons_app.
     void extract_hidden_desktop_icons();
 
-    /// Turns an install date of the form YYYYMMDD into DD/MM/YYYY. Nothing is validated: a shorter
-    /// text is cut at the same places ("2021" gives "//2021"); an empty one stays empty.
+    // Conversions of the contract, see conversions.h. A cancellation of this worker ends them.
+
+    /// shown_install_date().
     QString get_install_date(QString install_date);
 
-    /// Rotates the ASCII letters of a UserAssist name by 13 places, its own inverse. Empty when the
-    /// extraction is cancelled meanwhile.
+    /// rotated_name().
     QString decrypt_program_name(QString name);
 
-    /// Reads all of `bytes` as one number in byte order `order`. 0 for a number beyond the signed
-    /// 32 bits, for an order that is none, and (little-endian) when the extraction is cancelled.
+    /// integer_32_of().
     qint32 hex_to_decimal_fourbytes(QByteArray bytes, ENDIANS order);
 
-    /// The same for signed 64 bits.
+    /// integer_64_of().
     qint64 hex_to_decimal_eight_bytes(QByteArray bytes, ENDIANS order);
 
-    /// Writes a path of the mounted source as the Windows path on drive C: as many leading
-    /// characters as the source root has are cut without comparing them. Empty stays empty.
+    /// windows_path_of() with the root of this worker's source.
     QString prepare_windows_path(QString path) const;
 
 signals:

@@ -105,7 +105,7 @@ qint64 peak_kib(const rusage &usage)
 #ifdef Q_OS_DARWIN
     return usage.ru_maxrss / 1024;
 #else
-    // What getrusage() tells includes what the parent held before this program was executed.
+    // What getrusage() gives includes what the parent held before this program was executed.
     QFile file(u"/proc/self/status"_s);
     const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     const qsizetype label = status.indexOf("VmHWM:");

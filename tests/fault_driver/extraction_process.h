@@ -21,7 +21,7 @@ struct extraction_outcome
     bool not_permitted = false; ///< whether this machine does not allow what was asked for
     int signal_number = 0;      ///< the signal that ended the process, or 0
     QStringList events;         ///< the signals' events as host_double notes them
-    qint64 steps = 0;           ///< as disk_counts tells, and so are the next two
+    qint64 steps = 0;           ///< as disk_counts counts, and so are the next two
     qint64 writes = 0;
     qint64 hive_opens = 0;
     qint64 microseconds = 0; ///< from the first call of the plug-in to the last one's return
@@ -29,7 +29,7 @@ struct extraction_outcome
     qint64 peak_kib = 0;     ///< most memory held at once
     qint64 waited_us = 0;    ///< how long SQLite meant to wait for locks
     QByteArray errors;       ///< what it wrote to standard error
-    int finished_tabs = 0;   ///< as far as the events tell
+    int finished_tabs = 0;   ///< as far as the events show
     int finished_tabs_before_fault = 0;
 };
 
@@ -42,6 +42,8 @@ public:
 
     /// Accounts besides those that the volume knows.
     extraction_process &accounts(const QStringList &names);
+
+    /// The tabs to extract; all by default.
     extraction_process &tabs(const QStringList &names);
 
     /// Has the rows of the tabs deleted before the extraction.
@@ -72,6 +74,7 @@ public:
     /// Runs the process under another program: its name and arguments.
     extraction_process &under(const QStringList &command);
 
+    /// Runs the process and waits for its end.
     extraction_outcome run();
 
 private:

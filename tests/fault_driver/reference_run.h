@@ -28,7 +28,7 @@ public:
     /// A run over the volume in a process of its own.
     extraction_process process(const QString &result_folder) const;
 
-    /// The table's rows after an undisturbed run, as rows_in() tells rows.
+    /// The table's rows after an undisturbed run, as rows_in() gives rows.
     QList<QStringList> rows_of(const QString &table) const { return m_rows.value(table); }
 
     /// The messages of the debug log of an undisturbed run, its database called DATABASE.

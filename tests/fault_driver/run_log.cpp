@@ -31,7 +31,7 @@ const QStringList &error_beginnings()
     return beginnings;
 }
 
-/// What else a log may hold beside the lines of an undisturbed run.
+/// What a log may hold besides the lines of an undisturbed run.
 const QStringList &failure_beginnings()
 {
     static const QStringList beginnings{
@@ -72,7 +72,7 @@ QString opening_failure(const result_tab &tab)
 
 namespace {
 
-/// The statement as Qt tells that it was executed, with its placeholders numbered.
+/// The statement as Qt says that it was executed, with its placeholders numbered.
 QString executed_statement(const result_tab &tab)
 {
     QStringList parts = QString(tab.insert_statement).split(u'?');

@@ -9,7 +9,7 @@
 
 namespace test_support {
 
-// What the debug log and the tables of a run must tell when its database fails.
+// What the debug log and the tables of a run must say when its database fails.
 
 /// What Qt says of a statement that could not be prepared, whatever the reason.
 extern const QString unprepared;
@@ -33,7 +33,7 @@ QStringList insert_failures(const result_tab &tab, const QString &error, qint64 
 /// The lines between the one that opens a tab's extraction and the one that ends it.
 QStringList lines_of_run(const QStringList &lines, const result_tab &tab);
 
-/// How many rows each tab of a run counted, as its events tell.
+/// How many rows each tab of a run counted, as its events show.
 QList<qint64> rows_counted(const QStringList &events);
 
 /// What is wrong with the log of a run over the given tabs, held against what the run counted;
@@ -45,7 +45,7 @@ QString defect_of_log(const QStringList &lines, const QStringList &events, const
 /// when that run is not whole.
 QString finished_folder(reference_run &reference);
 
-/// What is wrong with the tables after a run in which as many tabs as told came to their end
+/// What is wrong with the tables after a run in which as many tabs as given came to their end
 /// before the fault; empty when nothing is.
 QString defect_of_tables(const reference_run &reference, const QString &database_path,
                          int whole_tabs);

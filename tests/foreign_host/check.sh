@@ -50,7 +50,7 @@ build "$source_dir/tests/foreign_host" "$scratch/foreign_build" -DCMAKE_PREFIX_P
 
 # Of what artifact_host prints, the counts without their total.
 awk 'NF == 2 && $1 != "total" { print $1, $2 }' "$scratch/built.txt" >"$scratch/expected.txt"
-[ "$(wc -l <"$scratch/expected.txt")" -eq 8 ] || fail "the built host counts other than eight tables"
+[ -s "$scratch/expected.txt" ] || fail "the built host counts no table"
 diff "$scratch/expected.txt" "$scratch/foreign.txt" || fail "the foreign host counts other rows"
 for other in installed foreign; do
     cmp "$scratch/built/$tables" "$scratch/$other/$tables" || fail "the $other host's tables differ"

@@ -6,20 +6,12 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTextStream>
+#include <QVariantMap>
 
 #include <artifact_plugin_interface.h>
 #include <memory>
 
 namespace {
-
-const QStringList tables{"install_apps_64",
-                         "install_apps_32",
-                         "uninstall_apps",
-                         "registered_apps",
-                         "metro_apps",
-                         "previously_executed_apps",
-                         "third_party_applications",
-                         "hidden_desktop_icons_app"};
 
 std::unique_ptr<artifact_plugin> make_plugin()
 {
@@ -28,6 +20,15 @@ std::unique_ptr<artifact_plugin> make_plugin()
     if (create_object == nullptr)
         qFatal("%s", qPrintable(library.errorString()));
     return std::unique_ptr<artifact_plugin>(static_cast<artifact_plugin *>(create_object()));
+}
+
+QStringList tables_of(const artifact_plugin &plugin)
+{
+    QStringList tables;
+    const QVariantList artifacts = plugin.property("artifacts").toList();
+    for (const QVariant &artifact : artifacts)
+        tables.append(artifact.toMap()["name"].toString());
+    return tables;
 }
 
 struct_GLOBAL_COMMON_ARKEN_AND_ARTIFACT_source_info windows_volume(const QString &root)
@@ -53,7 +54,7 @@ QString extract(artifact_plugin &plugin, const QString &root, const QString &res
     plugin.pub_set_source_count(1);
     plugin.pub_set_ios_uid_backup_pointer(nullptr);
     plugin.pub_set_extended_attributes_list({});
-    plugin.pub_set_essential_for_arken_desk_extraction(tables, {});
+    plugin.pub_set_essential_for_arken_desk_extraction(tables_of(plugin), {});
     plugin.pub_set_result_directory(results);
     plugin.pub_create_db_tables();
     plugin.pub_set_clear_db(true);
@@ -66,7 +67,7 @@ QString extract(artifact_plugin &plugin, const QString &root, const QString &res
     return results + "/Artifacts_Result/" + name + '/' + name + ".sqlite";
 }
 
-void print_row_counts(const QString &database_file)
+void print_row_counts(const QStringList &tables, const QString &database_file)
 {
     QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE");
     database.setDatabaseName(database_file);
@@ -88,6 +89,7 @@ int main(int argc, char **argv)
     if (arguments.size() != 3)
         qFatal("usage: foreign_host SOURCE RESULT_DIR");
     const std::unique_ptr<artifact_plugin> plugin = make_plugin();
-    print_row_counts(
-        extract(*plugin, QDir(arguments[1]).absolutePath(), QDir(arguments[2]).absolutePath()));
+    const QString database_file =
+        extract(*plugin, QDir(arguments[1]).absolutePath(), QDir(arguments[2]).absolutePath());
+    print_row_counts(tables_of(*plugin), database_file);
 }

@@ -11,7 +11,7 @@ namespace test_support {
 /// What one run of the program left behind.
 struct host_result
 {
-    int exit_code = -1;     ///< what it told the shell; -1 when a signal ended it
+    int exit_code = -1;     ///< what it returned to the shell; -1 when a signal ended it
     int signal_number = 0;  ///< the signal that ended it, or 0
     QStringList output;     ///< lines of standard output
     QStringList errors;     ///< lines of standard error, the elapsed times in them set to 0:00
@@ -41,13 +41,16 @@ public:
     /// Lets the program be started with SIGINT ignored, as `nohup` and shells in the background do.
     host_process &ignoring_interrupts();
 
+    /// Starts the program and returns at once.
     void start(const QStringList &arguments);
     /// Waits until the program has written the line to standard error.
     void wait_for_error_line(const QString &line);
+    /// Sends a signal to the program.
     void send_signal(int signal_number) const;
     /// Waits for the end of the program.
     host_result finish();
 
+    /// Starts the program and waits for its end.
     host_result run(const QStringList &arguments);
 
 private:

@@ -1,8 +1,10 @@
 #include "host_test.h"
 
 #include "application_keys.h"
+#include "artifact_list.h"
 
 #include <QFileInfo>
+#include <QHash>
 
 namespace test_support {
 
@@ -14,12 +16,52 @@ const QString backup_file = u"Windows/System32/config/RegBack/SOFTWARE"_s;
 
 const QStringList recorded{u"--plugin"_s, QStringLiteral(RECORDING_PLUGIN)};
 
-const QStringList small_volume_report{
-    u"install_apps_64                    2"_s, u"install_apps_32                    1"_s,
-    u"uninstall_apps                     1"_s, u"registered_apps                    1"_s,
-    u"metro_apps                         2"_s, u"previously_executed_apps           2"_s,
-    u"third_party_applications           1"_s, u"hidden_desktop_icons_app           1"_s,
-    u"total                             11"_s};
+namespace {
+
+/// The rows of the small volume; tables that are not named have none.
+int small_volume_rows(const QString &table)
+{
+    static const QHash<QString, int> rows{{u"install_apps_64"_s, 2},
+                                          {u"install_apps_32"_s, 1},
+                                          {u"uninstall_apps"_s, 1},
+                                          {u"registered_apps"_s, 1},
+                                          {u"metro_apps"_s, 2},
+                                          {u"previously_executed_apps"_s, 2},
+                                          {u"third_party_applications"_s, 1},
+                                          {u"hidden_desktop_icons_app"_s, 1}};
+    return rows.value(table, 0);
+}
+
+QString report_line(const QString &name, int rows)
+{
+    return name.leftJustified(26) + QString::number(rows).rightJustified(10);
+}
+
+QStringList report_of_small_volume()
+{
+    QStringList lines;
+    for (const artifact *extracted : artifact_list())
+        lines.append(report_line(extracted->table.name, small_volume_rows(extracted->table.name)));
+    return lines << report_line(u"total"_s, 11);
+}
+
+QStringList progress_of_small_volume()
+{
+    const auto line = u"artifact_host: %1 of %2 tabs, %3 rows, 0:00"_s;
+    const qsizetype tabs = artifact_list().size();
+    QStringList lines{line.arg(0).arg(tabs).arg(0)};
+    int rows = 0;
+    for (const artifact *extracted : artifact_list()) {
+        rows += small_volume_rows(extracted->table.name);
+        lines.append(line.arg(lines.size()).arg(tabs).arg(rows));
+    }
+    return lines;
+}
+
+} // namespace
+
+const QStringList small_volume_report = report_of_small_volume();
+const QStringList small_volume_progress = progress_of_small_volume();
 
 const QString bob_has_no_hive = u"artifact_host: warning: Users/bob/NTUSER.DAT: not found"_s;
 
@@ -47,6 +89,11 @@ QStringList host_test::arguments(const QString &source, const QStringList &more)
 host_result host_test::extract(const evidence_volume &volume, const QStringList &more) const
 {
     return host_process().run(arguments(volume.root(), more));
+}
+
+QString total_line(const host_result &result)
+{
+    return result.output.value(result.output.size() - 2);
 }
 
 void fill_software(hive_builder &hive)

@@ -19,13 +19,16 @@ protected:
     /// To be called before each test: an empty folder.
     void begin_test() { m_folder = std::make_unique<QTemporaryDir>(); }
 
+    /// The folder of the test, and paths in it. The canonical one leads through no link.
     QString folder() const { return m_folder->path(); }
     QString canonical_folder() const;
     QString folder_path(const QString &name) const { return m_folder->filePath(name); }
     QString result_path() const { return folder_path(QStringLiteral("results")); }
     QString database_path() const;
 
+    /// The arguments that extract `source` into result_path().
     QStringList arguments(const QString &source, const QStringList &more = {}) const;
+    /// Extracts the volume into result_path() and waits for the end.
     host_result extract(const evidence::evidence_volume &volume,
                         const QStringList &more = {}) const;
 
@@ -37,8 +40,11 @@ private:
 extern const QString software_file;
 extern const QString backup_file;
 
-/// The options that load the plug-in that tells of each call instead of the one under test.
+/// The options that load the plug-in that reports each call instead of the one under test.
 extern const QStringList recorded;
+
+/// The line of the total, which stands before the database's path.
+QString total_line(const host_result &result);
 
 /// Two applications of 64 bits, one of 32 bits and a registered one.
 void fill_software(evidence::hive_builder &hive);
@@ -49,8 +55,10 @@ void fill_user(evidence::hive_builder &hive);
 /// Both of these: Ann has a hive and a package, Bob a package only.
 std::unique_ptr<evidence::evidence_volume> small_volume();
 
-/// What the program reports of that volume, and what it warns of.
+/// What the program reports of that volume: a line for each table of the plug-in and the total; the
+/// lines of its progress; and what it warns of.
 extern const QStringList small_volume_report;
+extern const QStringList small_volume_progress;
 extern const QString bob_has_no_hive;
 
 /// The lines that tell the options of a run.

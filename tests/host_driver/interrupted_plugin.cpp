@@ -4,7 +4,7 @@
 #include <csignal>
 
 /// The plug-in itself, to which Ctrl-C comes when its first tab is done; it goes on only after the
-/// host has told it to stop.
+/// host has asked it to stop.
 class interrupted_plugin : public windows_installed_applications
 {
 public:

@@ -12,7 +12,7 @@ namespace test_support {
 /// What stands between the operation of a line and its message.
 inline const QString message_mark = QStringLiteral("]:-- ");
 
-/// A line as log_capture::lines() tells it: without its time. The operation is the name of the
+/// A line as log_capture::lines() gives it: without its time. The operation is the name of the
 /// member that writes the line, its class in front.
 inline QString log_line(const QString &operation, const QString &message,
                         const QString &edition = QStringLiteral("ARKEN_DESK"))

@@ -6,7 +6,7 @@
 
 namespace test_support {
 
-/// Why a test cannot run that needs what Linux tells of processes and mounts, or an empty text.
+/// Why a test cannot run that needs what Linux shows of processes and mounts, or an empty text.
 /// Other systems have other ways.
 inline QString missing_process_files()
 {

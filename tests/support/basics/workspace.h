@@ -18,16 +18,20 @@ namespace test_support {
 class workspace
 {
 public:
+    /// Returns the absolute path.
     QString path(const QString &relative) const { return folder.filePath(relative); }
+    /// Writes a file, below folders that are made when absent.
     void file(const QString &relative, const QByteArray &content = "content") const
     {
         evidence::make_folder(QFileInfo(path(relative)).path());
         evidence::write_file(path(relative), content);
     }
+    /// Makes a symbolic link to `target`, which is taken as it is.
     void link(const QString &relative, const QString &target) const
     {
         QVERIFY(QFile::link(target, path(relative)));
     }
+    /// Makes a named pipe.
     void pipe(const QString &relative) const
     {
         QCOMPARE(mkfifo(QFile::encodeName(path(relative)).constData(), 0600), 0);
@@ -44,6 +48,7 @@ public:
         found.sort();
         return found;
     }
+    /// Whether there is an entry of the name, a broken link included.
     bool exists(const QString &relative) const
     {
         const QFileInfo info(path(relative));

@@ -6,7 +6,7 @@
 
 namespace test_support {
 
-/// How a NULL is told from the empty text in result_database: U+2400, "symbol for null".
+/// How a NULL differs from the empty text in result_database: U+2400, "symbol for null".
 extern const QString null_text;
 
 /// Reads an SQLite file, opened read-only on a connection of its own. Whatever cannot be read, an

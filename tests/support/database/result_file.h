@@ -13,7 +13,7 @@ namespace test_support {
 // std::runtime_error. Nothing here waits for a lock.
 
 /// A connection of its own to an SQLite file, which is made when absent. Where it cannot be opened,
-/// the database tells the error.
+/// the database gives the error.
 class sqlite_connection
 {
 public:
@@ -36,7 +36,7 @@ void make_read_only(const QString &path);
 struct insert_outcome
 {
     QString error;
-    QString statement; ///< as the query tells that it was executed
+    QString statement; ///< as the query says that it was executed
 };
 
 /// Called with the connection and the number of the row, from 0, before the row is inserted.

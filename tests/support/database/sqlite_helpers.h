@@ -9,7 +9,7 @@
 
 namespace test_support {
 
-/// The caller that every helper is told.
+/// The caller that every helper gets.
 extern const QString helpers_caller;
 
 /// A statement that the fruit database answers, and one that it does not.
@@ -50,7 +50,7 @@ struct sqlite_helper
 /// Every member of the family.
 const QList<sqlite_helper> &sqlite_helpers();
 
-/// A bool as helpers' calls tell it.
+/// A bool as helpers' calls show it.
 QStringList as_list(bool value);
 
 /// The openings of the lines of a helper by path whose database does not open.
@@ -64,8 +64,10 @@ public:
     ~fruit_database();
     Q_DISABLE_COPY_MOVE(fruit_database)
 
+    /// The database file, and a path in a folder that does not exist.
     QString path() const;
     QString absent_path() const;
+    /// A request of the command over the open connection.
     helper_request make(const QString &command, const QStringList &values = {}) const;
     /// Runs one statement; throws std::runtime_error where that fails.
     void run(const QString &command) const;

@@ -26,7 +26,7 @@ inline QStringList row_of(const QString &account, const QString &name, const QSt
             QStringLiteral("Source3")};
 }
 
-/// The subkey of HideDesktopIcons that tells of the current start menu.
+/// The subkey of HideDesktopIcons for the current start menu.
 inline evidence::hive_key &start_panel(evidence::evidence_volume &volume, const QString &account)
 {
     return volume.user(account)

@@ -22,7 +22,7 @@ enum class row_progress
     every_row  ///< after each row too, as if a second had passed
 };
 
-/// Everything that a host tells the plug-in before a run.
+/// Everything that a host sets before a run.
 struct host_settings
 {
     int engine_type = 0;
@@ -50,9 +50,10 @@ public:
     /// What set_up() will hand over; may be changed between runs.
     host_settings settings;
 
+    /// The plug-in object that is driven.
     windows_installed_applications &plugin() { return *m_plugin; }
 
-    /// Hands over all settings, creates the tables and, if told, clears those of the tabs.
+    /// Hands over all settings, creates the tables and, if asked to, clears those of the tabs.
     void set_up();
 
     /// Lets the plug-in find its source files and extract.

@@ -6,7 +6,7 @@
 
 namespace test_support::installed_applications {
 
-/// The table that tells of the native view.
+/// The table of the native view.
 inline const QString native = QStringLiteral("install_apps_64");
 
 /// What a row of an application holds; the rest is the same for all of them.

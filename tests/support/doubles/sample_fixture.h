@@ -16,7 +16,7 @@ struct sample_fixture : worker_fixture
     }
 };
 
-/// The message that ends an undisturbed run of the tab's extractor.
+/// The message that ends an undisturbed run of the tab.
 inline QString end_line(const result_tab &tab)
 {
     return tab.log_line(QLatin1StringView("---ENDS---"));

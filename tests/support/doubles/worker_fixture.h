@@ -36,10 +36,10 @@ public:
     using worker::tab_processed_count;
     using worker::virtual_source_path;
 
-    /// What the worker is told of the milliseconds since its last progress signal.
+    /// What the worker gets as the milliseconds since its last progress signal.
     qint64 milliseconds = 0;
 
-    /// What it would be told without the probe.
+    /// What it would get without the probe.
     qint64 real_milliseconds() const { return worker::elapsed_milliseconds(); }
 
     /// What a table gets from one hive at most.
@@ -96,10 +96,10 @@ private:
 /// The artefact with the table; throws std::out_of_range when there is none.
 const artifact &artifact_named(const QString &table);
 
-/// The two lines of the log of an undisturbed run of the extractor.
+/// The two lines of the log of an undisturbed run of the operation.
 QStringList whole_run_log(const QString &operation);
 
-/// The line of its log that tells that something is left out.
+/// The line of its log for something that is left out.
 QString early_end_line(const QString &operation, const QString &hive_path, const QString &key,
                        const QString &what);
 

@@ -41,6 +41,7 @@ public:
     /// The handles of a key's subkeys in the hive's order.
     QList<size_t> subkey_nodes(size_t node) const;
 
+    /// The name of a key.
     QString name(size_t node) const;
 
     /// The key's values in the hive's order; empty when libhivex refuses them.

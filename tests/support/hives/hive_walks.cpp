@@ -1,6 +1,7 @@
 #include "hive_walks.h"
 
 #include "application_keys.h"
+#include "artifact_list.h"
 #include "parse_hidden_desktop_icons.h"
 #include "parse_installed_applications.h"
 #include "parse_user_assist.h"
@@ -35,14 +36,24 @@ const QList<key_walk> &walks_from_the_root()
     return walks;
 }
 
+/// The keys of all artefacts, without those that have a walker of their own.
+QList<key_walk> walks_of_applications()
+{
+    const QStringList others{user_assist_key, hide_desktop_icons_key, name_space_key};
+    QList<key_walk> walks;
+    for (const artifact *described : artifact_list()) {
+        const listed_registry_key &key = described->key;
+        if (!key.path.isEmpty() && !others.contains(key.path))
+            walks.append({key.path, key.has_own_values()});
+    }
+    return walks;
+}
+
 } // namespace
 
 qsizetype walk_hive_in_every_way(const QString &hive_path)
 {
-    static const QList<key_walk> applications{{uninstall_key, false},
-                                              {uninstall_key_32, false},
-                                              {u'\\' + registered_applications_key, true},
-                                              {compatibility_store_key, true}};
+    static const QList<key_walk> applications = walks_of_applications();
     static const QList<key_walk> icons{
         {hide_desktop_icons_key, false},
         {name_space_key + u"\\{CEBFF5CD-ACE2-4F4F-9178-9926F41749EA}"_s, true},

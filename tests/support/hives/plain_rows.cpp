@@ -165,7 +165,7 @@ QString entry_row(const QString &class_id, const plain_value &entry, qsizetype p
         .join(u'|');
 }
 
-/// The values of all keys below, those of sisters before those of their subkeys.
+/// The values of all keys below, those of siblings before those of their subkeys.
 void append_values_below(const plain_hive &hive, size_t node, QList<plain_value> &values)
 {
     std::vector<size_t> pending{node};

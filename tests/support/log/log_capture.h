@@ -32,6 +32,7 @@ public:
     /// Forgets the lines so far.
     void clear() const;
 
+    /// The file that the log is written to.
     QString path() const;
 
 private:

@@ -1,7 +1,8 @@
 #ifndef LOG_LINE_HOOK_H
 #define LOG_LINE_HOOK_H
 
-#include "run_context_backup.h"
+#include "kept_value.h"
+#include "plugin_static_function.h"
 
 #include <QString>
 #include <functional>

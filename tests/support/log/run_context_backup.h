@@ -1,24 +1,10 @@
 #ifndef RUN_CONTEXT_BACKUP_H
 #define RUN_CONTEXT_BACKUP_H
 
+#include "kept_value.h"
 #include "plugin_static_function.h"
 
 namespace test_support {
-
-/// Keeps a variable's value and puts it back at destruction.
-template<typename type>
-class kept_value
-{
-public:
-    explicit kept_value(type &variable) : m_variable(variable), m_value(variable) {}
-    ~kept_value() { m_variable = m_value; }
-    kept_value(const kept_value &) = delete;
-    kept_value &operator=(const kept_value &) = delete;
-
-private:
-    type &m_variable;
-    type m_value;
-};
 
 /// Keeps the whole process-wide run context and puts it back at destruction.
 class run_context_backup

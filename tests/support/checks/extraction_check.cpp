@@ -1,5 +1,6 @@
 #include "extraction_check.h"
 
+#include "artifact_list.h"
 #include "host_double.h"
 #include "result_database.h"
 #include "volume_generator.h"
@@ -60,7 +61,7 @@ void check_extraction(const QByteArray &bytes)
     const qint64 last_row = 1 + choices.byte();
 
     evidence_volume volume;
-    const QStringList accounts = generate_volume(volume, choices);
+    const QStringList accounts = generate_volume(volume, choices, described_artifacts());
     const QStringList before = volume_snapshot(volume.root());
 
     host_double host(volume, cancels ? row_progress::every_row : row_progress::throttled);

@@ -1,5 +1,5 @@
-#ifndef HIVE_ROWS_H
-#define HIVE_ROWS_H
+#ifndef HIVE_TEST_DATA_H
+#define HIVE_TEST_DATA_H
 
 #include "hive_builder.h"
 #include "hive_damage.h"
@@ -8,7 +8,7 @@
 
 namespace test_support {
 
-/// Damages a hive; the builder tells where its cells lie.
+/// Damages a hive; the builder knows where its cells lie.
 using damage_operation = void (*)(evidence::hive_builder &hive, evidence::hive_damage &damage);
 
 /// Adds a row of the column "operation".

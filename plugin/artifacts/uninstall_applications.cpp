@@ -1,4 +1,4 @@
-#include "uninstall_key.h"
+#include "uninstall_applications.h"
 
 #include "conversions.h"
 #include "hive_rows.h"
@@ -51,9 +51,9 @@ bool write_applications_of_users(extraction &run)
 
 } // namespace
 
-// The users' hives are read even where the machine's cannot be, which the missing closing line
-// tells.
-bool write_uninstall_key(extraction &run)
+// The users' hives are read even where the machine's cannot be. A missing closing line then means
+// that the machine's hive was not read.
+bool write_uninstall_applications(extraction &run)
 {
     const bool is_machine_complete = write_applications_of_machine(run);
     if (!run.context().options.installations_of_users)

@@ -1,5 +1,5 @@
-#ifndef WORKSHOP_H
-#define WORKSHOP_H
+#ifndef PARTS_TABLE_H
+#define PARTS_TABLE_H
 
 #include "log_capture.h"
 #include "log_line.h"
@@ -11,7 +11,7 @@
 
 namespace test_support {
 
-constexpr QLatin1StringView fill_parts_signature("void workshop::fill_parts()");
+constexpr QLatin1StringView fill_parts_signature("void parts_table::fill_parts()");
 
 /// A table that is none of the plug-in's.
 constexpr result_tab parts_tab = {
@@ -26,13 +26,13 @@ constexpr result_tab parts_tab = {
 };
 
 /// A database file with that table, and the captured log.
-struct workshop
+struct parts_table
 {
     const log_capture log;
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("parts.sqlite"));
 
-    explicit workshop(const QString &encoding = QStringLiteral("UTF-8"))
+    explicit parts_table(const QString &encoding = QStringLiteral("UTF-8"))
     {
         const sqlite_connection connection(path);
         execute(connection.database, QStringLiteral("pragma encoding = '%1'").arg(encoding));
@@ -54,16 +54,16 @@ inline QSqlDatabase writers_connection()
 }
 
 /// The lines of the log that give the messages.
-inline QStringList workshop_lines(const QStringList &messages)
+inline QStringList parts_lines(const QStringList &messages)
 {
-    return log_lines(QStringLiteral("workshop::fill_parts"), messages);
+    return log_lines(QStringLiteral("parts_table::fill_parts"), messages);
 }
 
 /// The lines for a row that could not be inserted.
 inline QStringList failure_lines(const QString &path, const insert_outcome &outcome)
 {
-    return workshop_lines({QStringLiteral("[fill_parts] insert -----FAILED----- parts") + path,
-                           outcome.error, outcome.statement});
+    return parts_lines({QStringLiteral("[fill_parts] insert -----FAILED----- parts") + path,
+                        outcome.error, outcome.statement});
 }
 
 } // namespace test_support
