@@ -1,6 +1,7 @@
 #include "recorded_run.h"
 
 #include <QFileInfo>
+#include <QStorageInfo>
 
 #include <atomic>
 
@@ -40,6 +41,7 @@ private:
     std::optional<refusal> begin_record();
     described_source source() const;
     row_counts rows_in_database() const;
+    QString note_of_full_disk() const;
     run_outcome extract(row_counts &before, output_watch &results);
     void check_evidence(bool is_cancelled);
     bool finish_record(const finished_run &finished, exit_code code, const output_watch &folder);
@@ -122,19 +124,37 @@ row_counts recorded_run::rows_in_database() const
     return QFileInfo::exists(m_database) ? count_rows(m_database, m_run.plan.tabs) : row_counts();
 }
 
+/// SQLite does not always say what its failures come from.
+QString recorded_run::note_of_full_disk() const
+{
+    constexpr qint64 too_little = 64 << 10;
+    const QStorageInfo disk(m_run.location.plugin_directory);
+    return disk.isValid() && disk.bytesAvailable() < too_little
+               ? u"; the disk of the result folder is full"_s
+               : QString();
+}
+
 /// `before` becomes the rows of earlier runs that stay.
 run_outcome recorded_run::extract(row_counts &before, output_watch &results)
 {
     before = rows_in_database();
     const run_hooks hooks{
-        [&] { results.note(u"result database"_s, m_database); },
+        [&] {
+            results.note(u"result database"_s, m_database);
+            const QFileInfo made(m_database);
+            return made.isFile() && made.size() == 0 ? u"the database stayed empty"_s : QString();
+        },
         [&] { before = rows_in_database(); },
         [&](const QString &tab) -> std::optional<qint64> {
             const auto rows = count_rows(m_database, {tab}).of(tab);
             return rows ? std::optional(*rows - before.of(tab).value_or(0)) : std::nullopt;
         },
     };
-    return run_extraction(*m_plugin.object, m_run.plan, progress_style_for(m_options.quiet), hooks);
+    run_outcome outcome =
+        run_extraction(*m_plugin.object, m_run.plan, progress_style_for(m_options.quiet), hooks);
+    if (!outcome.trouble.isEmpty())
+        outcome.trouble += note_of_full_disk();
+    return outcome;
 }
 
 /// Looks for what was not read, and whether the files are still the same.

@@ -78,7 +78,7 @@ row_counts rows_since(const row_counts &before, const row_counts &now)
 {
     row_counts since = now;
     for (table_rows &table : since.tables)
-        table.rows -= before.of(table.table).value_or(0);
+        table.rows = std::max<qint64>(0, table.rows - before.of(table.table).value_or(0));
     return since;
 }
 

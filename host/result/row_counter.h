@@ -27,7 +27,8 @@ struct row_counts
     std::optional<qint64> of(const QString &table) const;
 };
 
-/// The rows of `now` that were not there before. A table that only `now` has counts as a whole.
+/// The rows of `now` that were not there before. A table that only `now` has counts as a whole, one
+/// that has lost rows as empty.
 row_counts rows_since(const row_counts &before, const row_counts &now);
 
 /// Counts the rows of `tables` in the SQLite file, which is opened for reading only.

@@ -75,9 +75,10 @@ QString prepare_tables(artifact_plugin &plugin, const extraction_plan &plan, fai
 {
     failures.begin_part();
     plugin.pub_create_db_tables();
-    hooks.on_tables_made();
-    if (failures.failures_of_part() > 0)
-        return u"the result tables cannot be made: %1"_s.arg(failures.reason_of_part());
+    const QString problem = hooks.on_tables_made();
+    if (failures.failures_of_part() > 0 || !problem.isEmpty())
+        return u"the result tables cannot be made: %1"_s.arg(
+            problem.isEmpty() ? failures.reason_of_part() : problem);
     plugin.pub_set_clear_db(!plan.keep_rows);
     if (failures.failures_of_part() > 0)
         return u"the result tables cannot be cleared: %1"_s.arg(failures.reason_of_part());

@@ -42,7 +42,8 @@ struct run_outcome
 /// What a run asks its caller while it goes.
 struct run_hooks
 {
-    std::function<void()> on_tables_made; ///< the plug-in has made its result database
+    /// The plug-in has made its result database. Returns what is wrong with that, or an empty text.
+    std::function<QString()> on_tables_made;
     std::function<void()> on_cleared;     ///< the rows that stay are those that shall stay
     rows_stored_function rows_stored;     ///< see tab_watch
 };
