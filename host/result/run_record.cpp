@@ -5,6 +5,9 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 
+#include <algorithm>
+#include <cstdio>
+
 #include "console.h"
 
 using namespace Qt::StringLiterals;
@@ -18,8 +21,11 @@ constexpr qint64 most_bytes = qint64(256) << 20; // no record of real runs is ne
 /// but for line feeds, which JSON has between its texts alone.
 QByteArray written(const QJsonObject &record)
 {
+    const QByteArray bytes = QJsonDocument(record).toJson();
+    if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte > 0 && byte < 0x7f; }))
+        return bytes; // JSON itself escapes the controls below the blank
     QString safe;
-    const QString json = QString::fromUtf8(QJsonDocument(record).toJson());
+    const QString json = QString::fromUtf8(bytes);
     for (qsizetype i = 0; i < json.size(); ++i) {
         const QChar character = json.at(i);
         const bool is_pair = character.isHighSurrogate() && i + 1 < json.size();
@@ -64,8 +70,12 @@ void run_record::read()
     if (!info.exists() && !info.isSymLink())
         return;
     m_damage = u"it is no record of runs"_s;
-    if (info.isSymLink() || !info.isFile() || info.size() > most_bytes)
+    if (info.isSymLink() || !info.isFile())
         return;
+    if (info.size() > most_bytes) {
+        m_damage = u"it has more than %1 MiB"_s.arg(most_bytes >> 20);
+        return;
+    }
     QFile file(m_file);
     if (!file.open(QIODevice::ReadOnly)) {
         m_damage = file.errorString();

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "hive_precheck.h"
@@ -12,12 +13,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 part_size = 1 << 20;
+constexpr qint64 most_of_a_part = 1 << 20;
 
 /// Reads the open file to its end. An empty text when that fails or is cancelled.
 QString sha256_of_content(QFile &file, const std::function<bool()> &is_cancelled)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
+    const qint64 part_size = std::clamp<qint64>(file.size(), 1, most_of_a_part);
     QByteArray part(part_size, Qt::Uninitialized);
     qint64 size = 0;
     while ((size = file.read(part.data(), part_size)) > 0) {
