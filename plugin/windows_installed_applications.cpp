@@ -40,6 +40,7 @@ windows_installed_applications::windows_installed_applications(QWidget *parent)
 
     helper_obj = new plugin_helper_functions(this);
     setProperty("artifacts", described_artifacts());
+    setProperty("version", QString(PLUGIN_VERSION ""_L1));
 }
 
 windows_installed_applications::~windows_installed_applications()

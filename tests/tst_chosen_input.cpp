@@ -61,35 +61,35 @@ void tst_chosen_input::needs_something_to_read_for_the_tabs_data()
 {
     QTest::addColumn<QString>("has"); // a hive's place, or a folder in Users
     QTest::addColumn<QString>("tab");
-    QTest::addColumn<bool>("is_enough");
+    QTest::addColumn<int>("exit_code"); // 3: nothing to read; 6: the machine's hive is not there
     QTest::addColumn<QStringList>("options");
-    const auto row = [](const char *name, const QString &has, const QString &tab, bool is_enough,
+    const auto row = [](const char *name, const QString &has, const QString &tab, int exit_code,
                         const QStringList &options = {}) {
-        QTest::newRow(name) << has << tab << is_enough << options;
+        QTest::newRow(name) << has << tab << exit_code << options;
     };
     const auto account = u"Users/ann/NTUSER.DAT"_s;
-    row("the hive of the machine for a tab of it", software, u"install_apps_64"_s, true);
-    row("its backup for a tab of it", backup, u"install_apps_64"_s, true);
-    row("the hive of the machine for a tab of users", software, u"uninstall_apps"_s, false);
-    row("the hive of the machine for a tab of packages", software, u"metro_apps"_s, false);
-    row("an account for installations", account, u"install_apps_64"_s, true);
-    row("an account for installations as in a suite", account, u"install_apps_64"_s, false,
+    row("the hive of the machine for a tab of it", software, u"install_apps_64"_s, 0);
+    row("its backup for a tab of it", backup, u"install_apps_64"_s, 6);
+    row("the hive of the machine for a tab of users", software, u"uninstall_apps"_s, 3);
+    row("the hive of the machine for a tab of packages", software, u"metro_apps"_s, 3);
+    row("an account for installations", account, u"install_apps_64"_s, 6);
+    row("an account for installations as in a suite", account, u"install_apps_64"_s, 3,
         {u"--like-the-suite"_s});
-    row("an account for another tab of the machine", account, u"registered_apps"_s, false);
-    row("an account for a tab of users", account, u"uninstall_apps"_s, true);
-    row("an account for a tab of packages", account, u"metro_apps"_s, true);
+    row("an account for another tab of the machine", account, u"registered_apps"_s, 3);
+    row("an account for a tab of users", account, u"uninstall_apps"_s, 0);
+    row("an account for a tab of packages", account, u"metro_apps"_s, 0);
 }
 
 void tst_chosen_input::needs_something_to_read_for_the_tabs()
 {
     QFETCH(const QString, has);
     QFETCH(const QString, tab);
-    QFETCH(const bool, is_enough);
+    QFETCH(const int, exit_code);
     QFETCH(const QStringList, options);
     m_volume->hive(has);
     m_volume->write();
-    QCOMPARE(extract(QStringList{u"--tab"_s, tab} + options).exit_code, is_enough ? 0 : 3);
-    QCOMPARE(QFileInfo::exists(m_results->filePath(u"results"_s)), is_enough);
+    QCOMPARE(extract(QStringList{u"--tab"_s, tab} + options).exit_code, exit_code);
+    QCOMPARE(QFileInfo::exists(m_results->filePath(u"results"_s)), exit_code != 3);
 }
 
 void tst_chosen_input::leaves_the_software_hive_out_once_data()
@@ -124,7 +124,7 @@ void tst_chosen_input::leaves_the_software_hive_out_once()
     QCOMPARE(counted, (QStringList{u"uninstall_apps"_s, u"metro_apps"_s,
                                    u"previously_executed_apps"_s, u"third_party_applications"_s,
                                    u"hidden_desktop_icons_app"_s, u"total"_s}));
-    QCOMPARE(result.exit_code, 0);
+    QCOMPARE(result.exit_code, 6);
 }
 
 void tst_chosen_input::needs_to_list_and_to_enter_the_source_data()
@@ -164,7 +164,7 @@ void tst_chosen_input::warns_of_accounts_by_name()
     outside.software();
     outside.write();
     QStringList expected;
-    for (char letter = 'z'; letter >= 'a'; --letter) {
+    for (char letter = 'r'; letter >= 'a'; --letter) {
         const QString account(1, QLatin1Char(letter));
         const QString hive = u"Users/"_s + account + u"/NTUSER.DAT"_s;
         m_volume->link(hive, outside.software_path());

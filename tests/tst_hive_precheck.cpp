@@ -200,8 +200,8 @@ void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read()
     QFETCH(QStringList, tabs);
     QFETCH(QStringList, warnings);
     const evidence_volume volume;
-    QCOMPARE(precheck_warnings(source_volume(volume.root()), {u"ann"_s, u"bob"_s},
-                               tabs_named(plugin_tabs(), tabs)),
+    QCOMPARE(texts_of(precheck_warnings(source_volume(volume.root()), {u"ann"_s, u"bob"_s},
+                                        tabs_named(plugin_tabs(), tabs))),
              warnings);
 }
 
@@ -209,7 +209,7 @@ void tst_hive_precheck::looks_at_no_hive_of_a_user_for_the_machine_alone()
 {
     const evidence_volume volume;
     const auto tabs = without_keys_of_users(tabs_named(plugin_tabs(), {u"install_apps_32"_s}));
-    QCOMPARE(precheck_warnings(source_volume(volume.root()), {u"ann"_s}, tabs),
+    QCOMPARE(texts_of(precheck_warnings(source_volume(volume.root()), {u"ann"_s}, tabs)),
              (QStringList{u"Windows/System32/config/SOFTWARE: not found"_s,
                           u"Windows/System32/config/RegBack/SOFTWARE: not found"_s}));
 }
@@ -244,7 +244,8 @@ void tst_hive_precheck::looks_at_the_backup_only_when_it_is_needed()
     evidence_volume volume;
     volume.file(u"Windows/System32/config/SOFTWARE"_s, software);
     volume.file(u"Windows/System32/config/RegBack/SOFTWARE"_s, backup);
-    QCOMPARE(precheck_warnings(source_volume(volume.root()), {}, plugin_tabs()), warnings);
+    QCOMPARE(texts_of(precheck_warnings(source_volume(volume.root()), {}, plugin_tabs())),
+             warnings);
 }
 
 TEST_MAIN(tst_hive_precheck)

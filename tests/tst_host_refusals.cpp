@@ -184,6 +184,9 @@ void tst_host_refusals::refuses_results_that_cannot_be_written_data()
     QTest::newRow("a debug log that is the database's journal")
         << log(u"%TMP/ended/%DB-journal"_s)
         << u"debug log %TMP/ended/%DB-journal is the result database"_s;
+    QTest::newRow("a debug log that is the run record")
+        << log(u"%TMP/ended/%RECORD"_s)
+        << u"debug log %TMP/ended/%RECORD is the run record or its lock"_s;
     QTest::newRow("a debug log that is a link to the database")
         << log(u"%TMP/ended/log"_s) << u"debug log %TMP/ended/log is the result database"_s;
     QTest::newRow("a debug log in the temporary folder")
@@ -202,6 +205,7 @@ void tst_host_refusals::refuses_results_that_cannot_be_written()
     const QString folder = canonical_folder();
     const auto database = u"Artifacts_Result/Windows_Installed_Applications/"
                           "Windows_Installed_Applications.sqlite"_s;
+    const auto record = u"Artifacts_Result/Windows_Installed_Applications/run.json"_s;
     evidence_volume places(folder);
     places.file(u"file"_s).folder(u"taken/"_s + database);
     places.link(u"link"_s, volume->path(u"Users"_s));
@@ -215,9 +219,10 @@ void tst_host_refusals::refuses_results_that_cannot_be_written()
     for (QString &option : options)
         option = filled(option, root, folder)
                      .replace("%BASE"_L1, u'/' + QFileInfo(root).fileName())
+                     .replace("%RECORD"_L1, record)
                      .replace("%DB"_L1, database);
     const host_result result = host_process().run(QStringList{u"extract"_s, root} + options);
-    reason.replace("%DB"_L1, database);
+    reason.replace("%RECORD"_L1, record).replace("%DB"_L1, database);
     QCOMPARE(result.errors, QStringList{"artifact_host: "_L1 + filled(reason, root, folder)});
     QCOMPARE(result.exit_code, 4);
     QCOMPARE(volume_snapshot(folder), before);

@@ -105,6 +105,8 @@ void tst_output_guard::refuses_files_with_other_names_data()
     QTest::newRow("its rollback journal") << database_name + u"-journal"_s;
     QTest::newRow("its write-ahead log") << database_name + u"-wal"_s;
     QTest::newRow("its shared memory") << database_name + u"-shm"_s;
+    QTest::newRow("the run record") << u"run.json"_s;
+    QTest::newRow("its lock") << u"run.lock"_s;
     QTest::newRow("the debug log") << u"debug.log"_s;
 }
 
@@ -128,22 +130,26 @@ void tst_output_guard::refuses_files_with_other_names()
 
     // With its other name gone, the file is the examiner's own.
     QVERIFY(QFile::remove(evidence));
+    if (name == "run.lock"_L1) // an empty one tells of no process
+        QVERIFY(QFile::remove(place));
     QCOMPARE(host_process().run(arguments()).exit_code, 0);
 }
 
 void tst_output_guard::refuses_links_into_the_source_beside_the_database_data()
 {
-    QTest::addColumn<QString>("suffix");
-    QTest::newRow("the database") << u""_s;
-    QTest::newRow("its rollback journal") << u"-journal"_s;
-    QTest::newRow("its write-ahead log") << u"-wal"_s;
-    QTest::newRow("its shared memory") << u"-shm"_s;
+    QTest::addColumn<QString>("name");
+    QTest::newRow("the database") << database_name;
+    QTest::newRow("its rollback journal") << database_name + u"-journal"_s;
+    QTest::newRow("its write-ahead log") << database_name + u"-wal"_s;
+    QTest::newRow("its shared memory") << database_name + u"-shm"_s;
+    QTest::newRow("the run record") << u"run.json"_s;
+    QTest::newRow("its lock") << u"run.lock"_s;
 }
 
 void tst_output_guard::refuses_links_into_the_source_beside_the_database()
 {
-    QFETCH(const QString, suffix);
-    QVERIFY(QFile::link(m_volume->software_path(), plugin_path(database_name + suffix)));
+    QFETCH(const QString, name);
+    QVERIFY(QFile::link(m_volume->software_path(), plugin_path(name)));
     const QStringList before = volume_snapshot(m_folder);
     const host_result result = host_process().run(arguments());
     QCOMPARE(result.errors, QStringList{in_source.arg(path(u"results"_s))});

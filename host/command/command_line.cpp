@@ -27,10 +27,15 @@ Reads the Windows volume mounted or extracted at SOURCE, or in a folder some
 levels below, as triage collectors write it. SOURCE is never written to. Fills
 DIR/Artifacts_Result/Windows_Installed_Applications/
 Windows_Installed_Applications.sqlite. Standard output tells the rows of each
-tab, their total and, last, the path of the database. Progress and warnings
-about what could not be read go to standard error; a warning does not change
-the exit code. Ctrl-C stops the run and keeps the rows written so far; a second
-one ends the program at once.
+tab, their total and, last, the path of the database. Progress and warnings go
+to standard error, many warnings summed up. Ctrl-C stops the run and keeps the
+rows written so far; a second one ends the program at once.
+
+Beside the database, run.json tells of each run: what was asked for, what was
+read with its SHA-256 before and after, every warning, rows, times and outcome.
+A second run of the same source replaces the rows of its tabs. Results of
+another source, of another version, or without run.json are refused, unless
+--add or --replace tells what shall become of them.
 
 A run reads all the evidence there is: files in whatever letter case their names
 are spelt, texts decoded by their registry type, programs that were installed
@@ -50,8 +55,16 @@ Options:
   --debug-log FILE  Append the plug-in's debug log to FILE.
   --plugin FILE     Plug-in library to load. Without it, the one beside this
                     program, or in ../plugin or ../lib from there.
-  --keep-rows       Keep the rows of earlier runs in the database.
   --like-the-suite  Read only what the plug-in reads in a forensics suite.
+  --add             Keep the rows that the result folder holds and add those of
+                    this source, with the next number: Source2, Source3, ...
+  --replace         Make the database anew, whatever it holds.
+  --force           With --add: add the rows of a source once more that is there
+                    already, with the number that it has.
+  --keep-rows       The same as --add --force.
+  --wait SECONDS    Wait so long for another run in the result folder, and for a
+                    database that is locked. Without it, not at all.
+  --no-hashes       Do not read the hives for their SHA-256.
   --quiet           Show no progress.
   -h, --help        Shows this text.
 
@@ -72,12 +85,15 @@ Options:
 )"_s;
 
 const auto exit_code_help = uR"(Exit codes:
-  0    the run is complete
+  0    the run is complete: everything selected was read and written
   1    the run failed, or rows are missing from the database
   2    wrong use, such as an unknown tab, account or volume
   3    the source cannot be read
-  4    the result folder or the debug log cannot be written
+  4    the result folder or the debug log cannot be written, is in use, or holds
+       results that the run would mix with
   5    the plug-in cannot be loaded
+  6    the run is complete but for what the warnings list: something of the
+       evidence could not be read, or not as a whole
   130  the run was cancelled; the rows written before are kept)"_s;
 
 command_line shown(const QString &text)
@@ -89,6 +105,8 @@ command_line misused(const QString &reason)
 {
     return {std::nullopt, reason, exit_usage};
 }
+
+constexpr int most_wait_seconds = 86'400;
 
 /// An account is the name of a folder in "Users/". Any other text would lead elsewhere.
 bool is_path_component(const QString &name)
@@ -114,13 +132,14 @@ class extract_parser
 public:
     extract_parser()
     {
-        m_parser.addOptions(
-            {m_result, m_user, m_tab, m_debug_log, m_plugin, m_keep_rows, m_quiet, m_help});
+        m_parser.addOptions({m_result, m_user, m_tab, m_debug_log, m_plugin, m_quiet, m_help});
+        m_parser.addOptions({m_replace, m_add, m_force, m_keep_rows, m_wait, m_no_hashes});
         m_parser.addOptions({m_volume, m_like_the_suite});
     }
 
     command_line parse(const QStringList &arguments)
     {
+        m_arguments = QStringList(u"extract"_s) + arguments;
         // The parser expects the program's name as the first argument.
         if (!m_parser.parse(QStringList(u"artifact_host"_s) + arguments))
             return misused(m_parser.errorText());
@@ -135,6 +154,8 @@ public:
             if (m_parser.isSet(option) && m_parser.value(option).isEmpty())
                 return misused(u"--%1 was given an empty path"_s.arg(option.names().first()));
         }
+        if (const QString misuse = misuse_of_results(); !misuse.isEmpty())
+            return misused(misuse);
         return checked(options_for(sources.first()));
     }
 
@@ -142,6 +163,7 @@ private:
     extract_options options_for(const QString &source) const
     {
         extract_options options;
+        options.arguments = m_arguments;
         options.source = source;
         options.result_directory = m_parser.value(m_result);
         options.users = m_parser.values(m_user);
@@ -149,12 +171,36 @@ private:
         options.tabs = m_parser.values(m_tab);
         options.debug_log = m_parser.value(m_debug_log);
         options.plugin_file = m_parser.value(m_plugin);
-        options.keep_rows = m_parser.isSet(m_keep_rows);
+        options.results = wish_for_earlier_results();
+        options.wait_seconds = m_parser.value(m_wait).toInt();
+        options.hashes = !m_parser.isSet(m_no_hashes);
         options.quiet = m_parser.isSet(m_quiet);
         options.volume = m_parser.value(m_volume);
         if (m_parser.isSet(m_like_the_suite))
             options.reading = {};
         return options;
+    }
+
+    earlier_results_wish wish_for_earlier_results() const
+    {
+        const bool keeps_rows = m_parser.isSet(m_keep_rows);
+        return {m_parser.isSet(m_replace), m_parser.isSet(m_add) || keeps_rows,
+                m_parser.isSet(m_force) || keeps_rows};
+    }
+
+    /// What is wrong with options that concern the results, or an empty text.
+    QString misuse_of_results() const
+    {
+        const earlier_results_wish wish = wish_for_earlier_results();
+        bool is_number = true;
+        const int seconds = m_parser.isSet(m_wait) ? m_parser.value(m_wait).toInt(&is_number) : 0;
+        if (!is_number || seconds < 0 || seconds > most_wait_seconds)
+            return u"--wait takes whole seconds, up to %1"_s.arg(most_wait_seconds);
+        if (wish.replace && wish.add)
+            return u"--replace gives up the rows that --add and --keep-rows keep: give one of them"_s;
+        if (wish.add_same_again && !wish.add)
+            return u"--force means nothing without --add"_s;
+        return {};
     }
 
     static command_line checked(const extract_options &options)
@@ -166,12 +212,18 @@ private:
     }
 
     QCommandLineParser m_parser;
+    QStringList m_arguments;
     const QCommandLineOption m_result{u"result"_s, {}, u"DIR"_s};
     const QCommandLineOption m_user{u"user"_s, {}, u"NAME"_s};
     const QCommandLineOption m_tab{u"tab"_s, {}, u"NAME"_s};
     const QCommandLineOption m_debug_log{u"debug-log"_s, {}, u"FILE"_s};
     const QCommandLineOption m_plugin{u"plugin"_s, {}, u"FILE"_s};
+    const QCommandLineOption m_replace{u"replace"_s};
+    const QCommandLineOption m_add{u"add"_s};
+    const QCommandLineOption m_force{u"force"_s};
     const QCommandLineOption m_keep_rows{u"keep-rows"_s};
+    const QCommandLineOption m_wait{u"wait"_s, {}, u"SECONDS"_s};
+    const QCommandLineOption m_no_hashes{u"no-hashes"_s};
     const QCommandLineOption m_quiet{u"quiet"_s};
     const QCommandLineOption m_volume{u"volume"_s, {}, u"NAME"_s};
     const QCommandLineOption m_like_the_suite{u"like-the-suite"_s};

@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "earlier_results.h"
 #include "exit_code.h"
 #include "reading_options.h"
 
@@ -18,10 +19,13 @@ struct extract_options
     QStringList tabs;    ///< as they were given; empty for all
     QString debug_log;   ///< empty for none
     QString plugin_file; ///< empty to look beside the program
-    bool keep_rows = false;
+    earlier_results_wish results;
+    int wait_seconds = 0; ///< for locks of others
+    bool hashes = true;
     bool quiet = false;
     QString volume; ///< the volume's name in the source; empty for the only one
     reading_options reading = reading_options::all();
+    QStringList arguments; ///< all of them, as they were given
 };
 
 /// What the examiner asked the `volumes` command for.

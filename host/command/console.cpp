@@ -1,22 +1,10 @@
 #include "console.h"
 
+#include "finding.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool must_be_escaped(QChar character)
-{
-    switch (character.category()) {
-    case QChar::Other_Control:
-    case QChar::Other_Format:
-    case QChar::Other_Surrogate:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-        return true;
-    default:
-        return false;
-    }
-}
 
 QString escaped(QChar character)
 {
@@ -38,6 +26,20 @@ void write_bytes(std::FILE *stream, const QByteArray &bytes)
 }
 
 } // namespace
+
+bool must_be_escaped(QChar character)
+{
+    switch (character.category()) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Other_Surrogate:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        return false;
+    }
+}
 
 QString printable(const QString &text)
 {
@@ -69,6 +71,6 @@ void print_notice(const QString &text)
 
 void print_warnings(const QStringList &warnings)
 {
-    for (const QString &warning : warnings)
+    for (const QString &warning : summed_up(warnings))
         print_notice("warning: "_L1 + warning);
 }

@@ -6,6 +6,10 @@
 
 #include <cstdio>
 
+/// Whether a character is written as an escape: a control, format or line-breaking character or a
+/// lone surrogate.
+bool must_be_escaped(QChar character);
+
 /// `text` with control, format and line-breaking characters and lone surrogates written as escapes
 /// (\x1b, \u202e), so that a name from the evidence can neither steer a terminal nor fake a line.
 QString printable(const QString &text);
@@ -19,7 +23,7 @@ void redraw_line(std::FILE *terminal, const QString &text);
 /// Writes "artifact_host: " and the printable form of `text` as one line to standard error.
 void print_notice(const QString &text);
 
-/// The same for each warning, with "artifact_host: warning: " in front.
+/// The same for each warning, with "artifact_host: warning: " in front. Many are summed up.
 void print_warnings(const QStringList &warnings);
 
 #endif

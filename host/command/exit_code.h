@@ -12,6 +12,7 @@ enum exit_code : int
     exit_source = 3,
     exit_result = 4,
     exit_plugin = 5,
+    exit_incomplete = 6, ///< complete but for what is listed
     exit_cancelled = 130
 };
 

@@ -7,30 +7,17 @@
 #include "account_selection.h"
 #include "allocator_settings.h"
 #include "console.h"
-#include "extraction_run.h"
 #include "hive_precheck.h"
-#include "output_watch.h"
 #include "passed_over.h"
 #include "plugin_library.h"
+#include "recorded_run.h"
 #include "result_location.h"
-#include "row_counter.h"
-#include "run_report.h"
 #include "source_volume.h"
-#include "unread_keys.h"
 #include "volume_search.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// What the examiner asked for, checked against the volume and the machine.
-struct prepared_run
-{
-    extraction_plan plan;
-    result_location location;
-    QList<host_tab> tabs;
-    QStringList warnings;
-};
 
 /// The tabs, without those for which a link leads to a file outside of the volume.
 QList<host_tab> tabs_within(const source_volume &volume, const QList<host_tab> &tabs,
@@ -103,14 +90,15 @@ prepared_run choose_input(const source_volume &volume, const extract_options &op
                           const account_selection &selection, const QList<host_tab> &tabs)
 {
     prepared_run run;
-    run.warnings = selection.warnings;
-    run.tabs = tabs_within(volume, tabs, run.warnings);
-    run.warnings += precheck_warnings(volume, selection.accounts, run.tabs);
-    run.warnings += passed_over_warnings(volume, selection, run.tabs);
+    QStringList left_out = selection.warnings;
+    run.tabs = tabs_within(volume, tabs, left_out);
+    append_left_out(run.findings, left_out);
+    append_remarks(run.findings, selection.remarks);
+    run.findings += precheck_warnings(volume, selection.accounts, run.tabs);
+    run.findings += passed_over_warnings(volume, selection, run.tabs);
     run.plan.source_root = volume.root();
     run.plan.accounts = selection.accounts;
     run.plan.tabs = names_of(run.tabs);
-    run.plan.keep_rows = options.keep_rows;
     run.plan.options = options.reading;
     return run;
 }
@@ -127,45 +115,6 @@ std::optional<refusal> choose_output(const source_volume &volume, const extract_
         return std::nullopt;
     run.plan.debug_log = QFileInfo(options.debug_log).absoluteFilePath();
     return check_debug_log(options.debug_log, run.location, volume);
-}
-
-std::optional<refusal> create_output(const prepared_run &run)
-{
-    if (!run.plan.debug_log.isEmpty()) {
-        if (auto refused = create_debug_log(run.plan.debug_log))
-            return refused;
-    }
-    return create_result_directory(run.location);
-}
-
-qint64 rows_kept(const prepared_run &run)
-{
-    const bool may_hold_rows = run.plan.keep_rows && QFileInfo::exists(run.location.database_file);
-    return may_hold_rows ? count_rows(run.location.database_file, run.plan.tabs).total() : 0;
-}
-
-/// Makes the run and reports on it.
-exit_code run_and_report(artifact_plugin &plugin, const prepared_run &run,
-                         const source_volume &volume, bool quiet)
-{
-    const QString &database = run.location.database_file;
-    output_watch results;
-    output_watch log;
-    results.note(u"result folder"_s, run.location.plugin_directory);
-    log.note(u"debug log"_s, run.plan.debug_log); // notes nothing when there is none
-    finished_run finished;
-    finished.database_file = database;
-    finished.rows_kept = rows_kept(run);
-    finished.outcome = run_extraction(plugin, run.plan, progress_style_for(quiet),
-                                      [&] { results.note(u"result database"_s, database); });
-    finished.output_problems = results.problems();
-    finished.log_problems = log.problems();
-    if (finished.output_problems.isEmpty())
-        finished.counts = count_rows(database, run.plan.tabs);
-    if (!finished.outcome.cancelled)
-        print_warnings(unread_key_warnings(volume, run.plan.accounts, run.tabs));
-    print_notice(line_about(run.plan.options));
-    return report_run(finished);
 }
 
 /// Says where in the source the volume lies, unless the source is the volume.
@@ -201,16 +150,14 @@ exit_code extract(const extract_options &options)
     if (accounts.refused)
         return refuse(*accounts.refused);
     prepared_run run = choose_input(volume, options, accounts, chosen.tabs);
+    append_left_out(run.shown_findings, place.warnings);
     if (!is_anything_to_read(volume, run)) {
-        print_warnings(run.warnings); // they may tell why
+        print_warnings(texts_of(run.findings)); // they may tell why
         return refuse(nothing_to_read(volume));
     }
     keep_hive_memory_mapped(size_of_largest_hive(volume, run.plan.accounts));
     if (const auto refused =
             choose_output(volume, options, plugin.object->pub_get_artifact_name(), run))
         return refuse(*refused);
-    if (const auto refused = create_output(run))
-        return refuse(*refused);
-    print_warnings(run.warnings);
-    return run_and_report(*plugin.object, run, volume, options.quiet);
+    return make_recorded_run(plugin, run, volume, options);
 }

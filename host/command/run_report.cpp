@@ -3,6 +3,7 @@
 #include <QFileInfo>
 
 #include "console.h"
+#include "finding.h"
 
 using namespace Qt::StringLiterals;
 
@@ -19,10 +20,11 @@ QString count_line(const QString &name, qint64 rows)
 /// more, rows of earlier runs were not cleared.
 QString count_problem(const finished_run &run)
 {
-    const qint64 expected = run.rows_kept + run.outcome.rows_written;
-    if (run.outcome.cancelled || run.counts.total() == expected)
+    const qint64 missing = run.outcome.rows_written - run.counts.total();
+    if (run.outcome.cancelled || missing == 0)
         return {};
-    return u"the database holds %1 rows instead of %2"_s.arg(run.counts.total()).arg(expected);
+    const qint64 expected = run.rows_kept + run.outcome.rows_written;
+    return u"the database holds %1 rows instead of %2"_s.arg(expected - missing).arg(expected);
 }
 
 QString database_problem(const finished_run &run)
@@ -47,9 +49,11 @@ QString logged_problem(const run_outcome &outcome)
 
 QStringList problems_of(const finished_run &run)
 {
-    QStringList problems{logged_problem(run.outcome)};
-    problems +=
-        run.output_problems.isEmpty() ? QStringList{database_problem(run)} : run.output_problems;
+    const bool was_ended = !run.outcome.trouble.isEmpty(); // all other failures follow from that
+    QStringList problems{was_ended ? run.outcome.trouble : logged_problem(run.outcome)};
+    problems += run.output_problems;
+    if (!was_ended && run.output_problems.isEmpty())
+        problems.append(database_problem(run));
     problems += run.log_problems;
     problems.removeAll(QString());
     return problems;
@@ -58,11 +62,11 @@ QStringList problems_of(const finished_run &run)
 QStringList early_end_lines(const finished_run &run)
 {
     QStringList lines;
-    for (const QString &early_end : run.outcome.early_ends)
+    for (const QString &early_end : summed_up(run.outcome.early_ends))
         lines.append("ended early: "_L1 + early_end);
     if (!lines.isEmpty())
-        lines.append(
-            u"readings that ended early, so that rows are missing: %1"_s.arg(lines.size()));
+        lines.append(u"readings that ended early, so that rows are missing: %1"_s.arg(
+            run.outcome.early_ends.size()));
     return lines;
 }
 
@@ -82,12 +86,17 @@ exit_code report_run(const finished_run &run)
     for (const QString &line : early_end_lines(run) + problems)
         print_notice(line);
     if (run.outcome.cancelled)
-        print_notice(u"cancelled; the rows written so far are kept"_s);
+        print_notice(u"cancelled when %1 of %2 tabs were done; the rows written so far are kept"_s
+                         .arg(run.outcome.tabs_done())
+                         .arg(run.tab_count));
     if (run.output_problems.isEmpty() && QFileInfo::exists(run.database_file)) {
         for (const QString &line : report_lines(run))
             write_line(stdout, line);
     }
     if (run.outcome.cancelled)
         return exit_cancelled;
-    return problems.isEmpty() ? exit_complete : exit_run_failed;
+    if (!problems.isEmpty())
+        return exit_run_failed;
+    const bool is_whole = !run.is_any_left_out && run.outcome.early_ends.isEmpty();
+    return is_whole ? exit_complete : exit_incomplete;
 }

@@ -11,8 +11,10 @@
 struct finished_run
 {
     run_outcome outcome;
-    row_counts counts;    ///< of the tabs of the run
-    qint64 rows_kept = 0; ///< rows of earlier runs that these tabs should keep
+    row_counts counts;    ///< what the run added to its tabs
+    qint64 rows_kept = 0; ///< rows of earlier runs that these tabs keep besides
+    qsizetype tab_count = 0;
+    bool is_any_left_out = false; ///< whether a warning told of something that was not read
     QString database_file;
     /// Why the rows at `database_file` may not be those of the run. If there is a reason, no rows
     /// are counted.

@@ -110,7 +110,8 @@ void list_volume(const found_volume &found, const volumes_options &options)
     }
     for (const QString &line : std::as_const(lines))
         write_line(stdout, printable(line));
-    print_warnings(selection.warnings + passed_over_warnings(volume, selection, every_input()));
+    print_warnings(selection.warnings + selection.remarks +
+                   texts_of(passed_over_warnings(volume, selection, every_input())));
 }
 
 exit_code refuse(const refusal &refused)

@@ -36,11 +36,10 @@ refusal refused(const QString &reason)
     return {exit_result, reason};
 }
 
-/// Beside its database SQLite writes files of its own, one of which it removes.
-QStringList files_of_database(const QString &database_file)
+/// The files of the run itself, which it writes under these names.
+QStringList files_of_run(const result_location &location)
 {
-    const QString file = resolved(database_file);
-    return {file, file + "-journal"_L1, file + "-wal"_L1, file + "-shm"_L1};
+    return {resolved(location.record_file), resolved(location.lock_file)};
 }
 
 /// The temporary folder, which is removed with all that it holds.
@@ -82,13 +81,20 @@ std::optional<refusal> second_name_of(const QString &path)
 
 } // namespace
 
+QStringList files_of_database(const QString &database_file)
+{
+    const QString file = resolved(database_file);
+    return {file, file + "-journal"_L1, file + "-wal"_L1, file + "-shm"_L1};
+}
+
 result_location locate_result(const QString &result_directory, const QString &artifact_name)
 {
     const QString directory = resolved(result_directory);
     const QString name = QString(artifact_name).replace(u' ', u'_');
     const QString separator = directory.endsWith(u'/') ? QString() : u"/"_s;
     const QString plugin_directory = directory + separator + "Artifacts_Result/"_L1 + name;
-    return {directory, plugin_directory, plugin_directory + u'/' + name + ".sqlite"_L1};
+    return {directory, plugin_directory, plugin_directory + u'/' + name + ".sqlite"_L1,
+            plugin_directory + "/run.json"_L1, plugin_directory + "/run.lock"_L1};
 }
 
 std::optional<refusal> check_result(const result_location &location, const source_volume &volume)
@@ -105,7 +111,7 @@ std::optional<refusal> check_result(const result_location &location, const sourc
         return refused(u"the source lies in %1, which is removed at the end"_s.arg(
             temporary_directory_of(location)));
     const QString name = u"result folder %1"_s.arg(location.result_directory);
-    const QStringList files = files_of_database(location.database_file);
+    const QStringList files = files_of_database(location.database_file) + files_of_run(location);
     if (auto refused = evidence_at(files + folders_to_remove(location), name, volume))
         return refused;
     for (const QString &file : files) {
@@ -129,6 +135,8 @@ std::optional<refusal> check_debug_log(const QString &file, const result_locatio
         return refused;
     if (files_of_database(location.database_file).contains(path))
         return refused(u"debug log %1 is the result database"_s.arg(file));
+    if (files_of_run(location).contains(path))
+        return refused(u"debug log %1 is the run record or its lock"_s.arg(file));
     if (path.startsWith(temporary_directory_of(location) + u'/'))
         return refused(u"debug log %1 lies in a folder that is removed at the end"_s.arg(file));
     const QFileInfo info(path);

@@ -2,6 +2,7 @@
 #define RESULT_LOCATION_H
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -15,7 +16,12 @@ struct result_location
     QString result_directory;
     QString plugin_directory; ///< the plug-in's own folder in it, without trailing "/"
     QString database_file;
+    QString record_file; ///< the run record, beside the database
+    QString lock_file;   ///< what a run holds while it writes there
 };
+
+/// The database and the files that SQLite makes beside it.
+QStringList files_of_database(const QString &database_file);
 
 /// The location below `result_directory` for the plug-in that calls itself `artifact_name`.
 result_location locate_result(const QString &result_directory, const QString &artifact_name);

@@ -4,6 +4,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
+#include <algorithm>
 #include <numeric>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +24,13 @@ row_counts count_in(const QSqlDatabase &database, const QStringList &tables)
             counts.failure = query.lastError().databaseText();
     }
     return counts;
+}
+
+/// The number in "Source7"; 0 for other texts.
+int source_number(const QString &name)
+{
+    const auto prefix = "Source"_L1;
+    return name.startsWith(prefix) ? name.mid(prefix.size()).toInt() : 0;
 }
 
 /// A connection to a database file that is open for reading only while this object lives.
@@ -55,6 +63,36 @@ qint64 row_counts::total() const
 {
     return std::accumulate(tables.begin(), tables.end(), qint64(0),
                            [](qint64 sum, const table_rows &table) { return sum + table.rows; });
+}
+
+std::optional<qint64> row_counts::of(const QString &table) const
+{
+    for (const table_rows &counted : tables) {
+        if (counted.table == table)
+            return counted.rows;
+    }
+    return std::nullopt;
+}
+
+row_counts rows_since(const row_counts &before, const row_counts &now)
+{
+    row_counts since = now;
+    for (table_rows &table : since.tables)
+        table.rows = std::max<qint64>(0, table.rows - before.of(table.table).value_or(0));
+    return since;
+}
+
+int largest_source_number(const QString &database_file, const QStringList &tables)
+{
+    reading_connection connection(database_file);
+    int largest = 0;
+    for (const QString &table : tables) {
+        QSqlQuery query(connection.database());
+        query.exec(u"SELECT DISTINCT source_count_name FROM \"%1\""_s.arg(table));
+        while (query.next())
+            largest = std::max(largest, source_number(query.value(0).toString()));
+    }
+    return largest;
 }
 
 row_counts count_rows(const QString &database_file, const QStringList &tables)

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// The rows of one table of a result database.
 struct table_rows
 {
@@ -20,9 +22,20 @@ struct row_counts
 
     /// Rows of all tables.
     qint64 total() const;
+
+    /// Rows of one table; nothing when it was not counted.
+    std::optional<qint64> of(const QString &table) const;
 };
+
+/// The rows of `now` that were not there before. A table that only `now` has counts as a whole, one
+/// that has lost rows as empty.
+row_counts rows_since(const row_counts &before, const row_counts &now);
 
 /// Counts the rows of `tables` in the SQLite file, which is opened for reading only.
 row_counts count_rows(const QString &database_file, const QStringList &tables);
+
+/// The largest number of a source that rows of the tables name as theirs ("Source2"); 0 if none
+/// does.
+int largest_source_number(const QString &database_file, const QStringList &tables);
 
 #endif

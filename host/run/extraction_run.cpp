@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QSysInfo>
 
+#include <algorithm>
+
 #include "failure_log.h"
 #include "interrupt_watch.h"
 #include "plugin_library.h"
@@ -12,7 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int desk_edition = 0;
-constexpr int first_source = 1;
 
 auto examiner_machine_info()
 {
@@ -44,10 +45,10 @@ auto source_info(const extraction_plan &plan)
     return info;
 }
 
-void connect_progress(const artifact_plugin &plugin, const progress_display &progress)
+void connect_signals(const artifact_plugin &plugin, const tab_watch &tabs)
 {
-    QObject::connect(&plugin, RECORDS_SIGNAL, &progress, SLOT(slot_records(qint64)));
-    QObject::connect(&plugin, TABS_SIGNAL, &progress, SLOT(slot_tabs(int)));
+    QObject::connect(&plugin, RECORDS_SIGNAL, &tabs, SLOT(slot_records(qint64)));
+    QObject::connect(&plugin, TABS_SIGNAL, &tabs, SLOT(slot_tabs(int)));
 }
 
 /// A plug-in that is asked for nothing keeps what it would do for every host.
@@ -57,33 +58,68 @@ void ask_for(const reading_options &options, artifact_plugin &plugin)
         plugin.setProperty("extraction_options", property);
 }
 
-} // namespace
-
-run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
-                           progress_style style, const std::function<void()> &on_tables_made)
+void hand_over(artifact_plugin &plugin, const extraction_plan &plan)
 {
-    const failure_log failures;
-    const progress_display progress(style, plan.tabs.size());
-    connect_progress(plugin, progress);
-
-    plugin.pub_set_essentials();
-    // Not before, because pub_set_essentials lifts a cancellation.
-    const interrupt_watch watch([&plugin] { plugin.pub_cancel_extraction(); });
     plugin.pub_set_engine_type(desk_edition);
     plugin.pub_set_examiner_machine_info(examiner_machine_info());
     plugin.pub_set_general_info(general_info(plan.debug_log));
     plugin.pub_set_source_info(source_info(plan));
-    plugin.pub_set_source_count(first_source);
+    plugin.pub_set_source_count(plan.source_number);
     plugin.pub_set_essential_for_arken_desk_extraction(plan.tabs, plan.tabs);
     plugin.pub_set_result_directory(plan.result_directory);
+}
+
+/// Makes the tables and clears them. Returns what went wrong, or an empty text.
+QString prepare_tables(artifact_plugin &plugin, const extraction_plan &plan, failure_log &failures,
+                       const run_hooks &hooks)
+{
+    failures.begin_part();
     plugin.pub_create_db_tables();
-    on_tables_made();
+    const QString problem = hooks.on_tables_made();
+    if (failures.failures_of_part() > 0 || !problem.isEmpty())
+        return u"the result tables cannot be made: %1"_s.arg(
+            problem.isEmpty() ? failures.reason_of_part() : problem);
     plugin.pub_set_clear_db(!plan.keep_rows);
-    ask_for(plan.options, plugin);
-    plugin.pub_find_source_file();
-    plugin.pub_extract_artifacts();
+    if (failures.failures_of_part() > 0)
+        return u"the result tables cannot be cleared: %1"_s.arg(failures.reason_of_part());
+    hooks.on_cleared();
+    return {};
+}
+
+} // namespace
+
+int run_outcome::tabs_done() const
+{
+    return static_cast<int>(
+        std::count_if(tabs.begin(), tabs.end(), [](const tab_result &tab) { return tab.is_done; }));
+}
+
+run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
+                           progress_style style, const run_hooks &hooks)
+{
+    failure_log failures;
+    progress_display progress(style, plan.tabs.size());
+    failures.on_failure([&] { progress.show_failures(failures.count()); });
+
+    plugin.pub_set_essentials();
+    // Not before, because pub_set_essentials lifts a cancellation.
+    const interrupt_watch interrupts([&plugin] { plugin.pub_cancel_extraction(); });
+    tab_watch tabs(plan.tabs, failures, progress, hooks.rows_stored);
+    tabs.is_interrupted = [&interrupts] { return interrupts.interrupted(); };
+    tabs.end_run = [&plugin] { plugin.pub_cancel_extraction(); };
+    connect_signals(plugin, tabs);
+
+    hand_over(plugin, plan);
+    QString trouble = prepare_tables(plugin, plan, failures, hooks);
+    if (trouble.isEmpty()) {
+        ask_for(plan.options, plugin);
+        plugin.pub_find_source_file();
+        tabs.begin();
+        plugin.pub_extract_artifacts();
+        trouble = tabs.trouble();
+    }
     plugin.pub_remove_temporary_asthetics();
 
-    return {progress.rows(), watch.interrupted(), failures.count(), failures.first(),
-            failures.early_ends()};
+    return {tabs.rows(),           interrupts.interrupted(), failures.count(), failures.first(),
+            failures.early_ends(), tabs.results(),           trouble};
 }

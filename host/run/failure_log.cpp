@@ -28,6 +28,16 @@ qsizetype early_end_text(const QString &message)
     return mark < 0 || (path >= 0 && path < mark) ? -1 : mark + early_end_mark.size();
 }
 
+/// The operation that tells of its beginning or its end; empty for other messages. Some tell both
+/// in the same words.
+QString operation_of_mark(const QString &message)
+{
+    const qsizetype mark = message.indexOf("]---"_L1);
+    const QString told = message.mid(mark + 1);
+    const bool is_mark = told == "---STARTS---"_L1 || told == "---ENDS---"_L1;
+    return is_mark && !message.contains(u'/') ? message.left(mark) : QString();
+}
+
 /// The caller and the command stand between a failed command and its reason.
 bool tells_reason(const QString &message)
 {
@@ -59,6 +69,13 @@ QString failure_log::first() const
     return m_first_reason.isEmpty() ? message : message + ": "_L1 + m_first_reason.trimmed();
 }
 
+QString failure_log::reason_of_part() const
+{
+    const auto heading = "error -"_L1;
+    const QString reason = m_part.reason.trimmed();
+    return reason.startsWith(heading) ? reason.mid(heading.size()).trimmed() : reason;
+}
+
 void failure_log::receive(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     const qsizetype mark = text.indexOf(message_mark);
@@ -76,8 +93,26 @@ void failure_log::take(const QString &message)
     }
     if (m_count == 1 && m_first_reason.isEmpty() && tells_reason(message))
         m_first_reason = message;
-    if (!tells_failure(message))
-        return;
+    if (m_part.failures == 1 && m_part.reason.isEmpty() && tells_reason(message))
+        m_part.reason = message;
+    if (const QString operation = operation_of_mark(message); !operation.isEmpty())
+        take_mark(operation);
+    if (tells_failure(message))
+        take_failure(message);
+}
+
+/// The second mark of an operation is that of its end.
+void failure_log::take_mark(const QString &operation)
+{
+    m_part.is_ended = m_part.operation == operation;
+    m_part.operation = operation;
+}
+
+void failure_log::take_failure(const QString &message)
+{
     if (++m_count == 1)
         m_first_message = message;
+    ++m_part.failures;
+    if (m_on_failure)
+        m_on_failure();
 }

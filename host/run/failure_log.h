@@ -5,6 +5,9 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <functional>
+#include <utility>
+
 /// Listens to a plug-in's debug log while it lives and keeps what failed or ended early.
 ///
 /// A plug-in returns no status. Only its debug log tells that a table could not be made or a row
@@ -26,19 +29,46 @@ public:
     /// The first of them and, after a colon, the reason, which the log has on the next line.
     QString first() const;
 
+    /// Begins a part of the run, which the next three tell of.
+    void begin_part() { m_part = {}; }
+
+    /// How many failures the part has had.
+    qint64 failures_of_part() const { return m_part.failures; }
+
+    /// The reason of its first failure; empty while it is not told.
+    QString reason_of_part() const;
+
+    /// Whether an operation that began in it told that it came to its end.
+    bool is_part_ended() const { return m_part.is_ended; }
+
+    /// Has `action` called with each failure from now on.
+    void on_failure(std::function<void()> action) { m_on_failure = std::move(action); }
+
     /// The lines that tell of early ends, each without its mark: some of what a hive holds was left
     /// out.
     const QStringList &early_ends() const { return m_early_ends; }
 
 private:
+    struct part
+    {
+        qint64 failures = 0;
+        QString reason;
+        QString operation; ///< the last one that told where it is
+        bool is_ended = false;
+    };
+
     static void receive(QtMsgType type, const QMessageLogContext &context, const QString &text);
     void take(const QString &message);
+    void take_failure(const QString &message);
+    void take_mark(const QString &operation);
 
     static failure_log *instance;
     QtMessageHandler m_former_handler = nullptr;
     qint64 m_count = 0;
     QString m_first_message;
     QString m_first_reason;
+    part m_part;
+    std::function<void()> m_on_failure;
     QStringList m_early_ends;
 };
 

@@ -55,7 +55,7 @@ loaded_plugin create_from(const QString &path)
     if (object == nullptr || !has_progress_signals(*object))
         return failed(
             u"%1 is no plug-in for this program: its object is of another kind"_s.arg(path));
-    return {std::move(object), {}};
+    return {std::move(object), {}, path};
 }
 
 } // namespace

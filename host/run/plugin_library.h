@@ -16,6 +16,7 @@ struct loaded_plugin
 {
     std::unique_ptr<artifact_plugin> object;
     QString failure;
+    QString file = {}; ///< where the library lies
 };
 
 /// Loads the library at `file` and lets it create its object. When `file` is empty, takes the

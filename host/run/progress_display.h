@@ -2,7 +2,6 @@
 #define PROGRESS_DISPLAY_H
 
 #include <QElapsedTimer>
-#include <QObject>
 #include <QString>
 
 /// How progress is shown on standard error.
@@ -16,29 +15,26 @@ enum class progress_style
 /// live_line when standard error is a terminal, lines otherwise, none when `quiet`.
 progress_style progress_style_for(bool quiet);
 
-/// For example "3 of 8 tabs, 120 rows, 1:05".
-QString progress_text(int tabs_done, qsizetype tab_count, qint64 rows, qint64 elapsed_ms);
+/// For example "3 of 8 tabs, 120 rows, 1:05", and ", 2 failures" if there are some.
+QString progress_text(int tabs_done, qsizetype tab_count, qint64 rows, qint64 elapsed_ms,
+                      qint64 failures = 0);
 
-/// Receives a plug-in's progress signals, keeps the totals and shows them.
-class progress_display : public QObject
+/// Keeps the totals of a run and shows them.
+class progress_display
 {
-    Q_OBJECT
-
 public:
     /// Shows the start of a run over `tab_count` tabs.
     progress_display(progress_style style, qsizetype tab_count);
     /// Ends the live line.
-    ~progress_display() override;
+    ~progress_display();
     Q_DISABLE_COPY_MOVE(progress_display)
 
-    /// Rows written so far.
-    qint64 rows() const { return m_rows; }
-
-public slots:
     /// Takes the total of rows.
-    void slot_records(qint64 records);
+    void show_rows(qint64 rows);
     /// Takes the total of tabs done.
-    void slot_tabs(int tabs);
+    void show_tabs(int tabs);
+    /// Takes the total of failures. The first one is shown when it comes, the others as rows are.
+    void show_failures(qint64 failures);
 
 private:
     void show();
@@ -47,6 +43,7 @@ private:
     qsizetype m_tab_count;
     int m_tabs_done = 0;
     qint64 m_rows = 0;
+    qint64 m_failures = 0;
     QElapsedTimer m_run_timer;
     QElapsedTimer m_line_timer;
 };

@@ -172,7 +172,7 @@ account_selection select_accounts(const source_volume &volume, const QStringList
     if (requested.isEmpty())
         selection.accounts.sort();
     else if (selection.accounts.size() < count)
-        selection.warnings.append(
+        selection.remarks.append(
             u"%1: some of the accounts share a folder, which is read once"_s.arg(
                 volume.accounts_folder()));
     return selection;

@@ -12,8 +12,9 @@
 struct account_selection
 {
     QStringList accounts;
-    QStringList others; ///< folders beside theirs in which nothing was found to read
-    QStringList warnings;
+    QStringList others;   ///< folders beside theirs in which nothing was found to read
+    QStringList warnings; ///< of what is not read
+    QStringList remarks;
     std::optional<refusal> refused; ///< of a requested account that does not exist
 };
 

@@ -42,15 +42,27 @@ QString absence_of(const QFileInfo &hive)
     return u"not found"_s;
 }
 
-hive_findings unreadable(const QString &finding)
+hive_findings unreadable(const QString &reason)
 {
-    return {{finding}, false};
+    hive_findings findings;
+    findings.warnings.append(reason);
+    findings.readable = false;
+    return findings;
+}
+
+/// A file in other letter case lies there, and so does a link.
+hive_findings absent(const QFileInfo &hive)
+{
+    hive_findings findings = unreadable(absence_of(hive));
+    findings.is_absent = findings.warnings.first() == "not found"_L1;
+    return findings;
 }
 
 void append_size_finding(const hive_base_block &base_block, qint64 file_size,
                          hive_findings &findings)
 {
-    if (base_block.is_cut_off(file_size))
+    findings.is_cut_off = base_block.is_cut_off(file_size);
+    if (findings.is_cut_off)
         findings.warnings.append(
             u"cut off: its header tells %1 bytes, the file has %2; what is missing is not read"_s
                 .arg(base_block.told_length())
@@ -63,6 +75,8 @@ void append_sequence_finding(const hive_base_block &base_block, const QFileInfo 
     if (!base_block.is_dirty())
         return;
     const QStringList logs = logs_beside(file);
+    findings.is_dirty = true;
+    findings.transaction_logs = logs;
     const QString advice = logs.isEmpty()
                                ? u"no transaction log lies beside it"_s
                                : u"the changes in %1 are not applied"_s.arg(logs.join(", "_L1));
@@ -87,14 +101,19 @@ hive_findings check_base_block(const hive_base_block &base_block, const QFileInf
     return findings;
 }
 
-/// Appends the findings about the volume's hive, each with its path. Returns whether it is
-/// readable.
-bool append_findings(const source_volume &volume, const QString &path, QStringList &warnings)
+/// Appends the findings about the volume's hive, each with its path.
+void append_findings(const hive_findings &hive, const QString &path, bool is_left_out,
+                     QList<finding> &findings)
 {
-    const hive_findings findings = check_hive_file(volume.root() + path);
-    for (const QString &finding : findings.warnings)
-        warnings.append(path + ": "_L1 + finding);
-    return findings.readable;
+    for (const QString &warning : hive.warnings)
+        findings.append(finding(path + ": "_L1 + warning, is_left_out));
+}
+
+void append_user_findings(const source_volume &volume, const QString &path,
+                          QList<finding> &findings)
+{
+    const hive_findings hive = check_hive_file(volume.root() + path);
+    append_findings(hive, path, !hive.is_whole() && !hive.is_absent, findings);
 }
 
 bool has_usable_backup(const source_volume &volume)
@@ -102,23 +121,26 @@ bool has_usable_backup(const source_volume &volume)
     return check_hive_file(volume.root() + volume.software_backup()).readable;
 }
 
-void append_software_findings(const source_volume &volume, QStringList &warnings)
+void append_software_findings(const source_volume &volume, QList<finding> &findings)
 {
-    append_findings(volume, volume.software_hive(), warnings);
+    const hive_findings hive = check_hive_file(volume.root() + volume.software_hive());
+    append_findings(hive, volume.software_hive(), !hive.is_whole(), findings);
     if (software_hive_to_read(volume) == volume.software_hive())
         return;
-    if (append_findings(volume, volume.software_backup(), warnings))
-        warnings.append(volume.software_backup() +
+    const hive_findings backup = check_hive_file(volume.root() + volume.software_backup());
+    append_findings(backup, volume.software_backup(), !backup.is_whole(), findings);
+    if (backup.readable)
+        findings.append(volume.software_backup() +
                         ": is read in place of the software hive, which cannot be opened"_L1);
 }
 
 void append_package_folder_finding(const source_volume &volume, const QString &path,
-                                   QStringList &warnings)
+                                   QList<finding> &findings)
 {
     const QFileInfo folder(volume.root() + path);
     const bool is_listable = folder.isReadable() && folder.isExecutable();
     if (is_hidden(folder.filePath()) || (folder.isDir() && !is_listable))
-        warnings.append(path + ": cannot be listed: Permission denied"_L1);
+        findings.append(path + ": cannot be listed: Permission denied"_L1);
 }
 
 } // namespace
@@ -129,7 +151,7 @@ hive_findings check_hive_file(const QString &path)
     if (is_hidden(path))
         return unreadable(u"cannot be read: Permission denied"_s);
     if (!info.exists())
-        return unreadable(absence_of(info));
+        return absent(info);
     if (!info.isFile())
         return unreadable(u"not a regular file, so it is not read"_s);
     QFile file(path);
@@ -150,19 +172,19 @@ QString software_hive_to_read(const source_volume &volume)
     return is_read ? volume.software_hive() : volume.software_backup();
 }
 
-QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
-                              const QList<host_tab> &tabs)
+QList<finding> precheck_warnings(const source_volume &volume, const QStringList &accounts,
+                                 const QList<host_tab> &tabs)
 {
-    QStringList warnings;
+    QList<finding> findings;
     if (any_reads(tabs, tab_input::software_hive))
-        append_software_findings(volume, warnings);
+        append_software_findings(volume, findings);
     if (reads_user_hives(tabs)) {
         for (const QString &account : accounts)
-            append_findings(volume, volume.user_hive(account), warnings);
+            append_user_findings(volume, volume.user_hive(account), findings);
     }
     if (any_reads(tabs, tab_input::package_folder)) {
         for (const QString &account : accounts)
-            append_package_folder_finding(volume, volume.package_folder(account), warnings);
+            append_package_folder_finding(volume, volume.package_folder(account), findings);
     }
-    return warnings;
+    return findings;
 }

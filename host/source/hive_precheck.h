@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "finding.h"
 #include "host_tabs.h"
 #include "source_volume.h"
 
@@ -12,6 +13,16 @@ struct hive_findings
 {
     QStringList warnings;
     bool readable = true; ///< false when the file will not be opened as a hive
+    bool is_absent = false;
+    bool is_cut_off = false;
+    bool is_dirty = false;        ///< not closed cleanly
+    QStringList transaction_logs; ///< names of those beside a hive that was not closed cleanly
+
+    /// Whether all that the evidence has of the hive is read.
+    bool is_whole() const
+    {
+        return readable && !is_cut_off && (!is_dirty || transaction_logs.isEmpty());
+    }
 };
 
 /// Examines the header of the hive file at `path` for reading only: its kind, size, signature,
@@ -25,8 +36,9 @@ QString software_hive_to_read(const source_volume &volume);
 
 /// One warning, beginning with the path relative to the volume, for each finding about the hives
 /// that the tabs read, and for each package folder that may not be listed. The backup of the
-/// software hive is examined only if it is needed.
-QStringList precheck_warnings(const source_volume &volume, const QStringList &accounts,
-                              const QList<host_tab> &tabs);
+/// software hive is examined only if it is needed. An account without a hive is a remark: not every
+/// account has one.
+QList<finding> precheck_warnings(const source_volume &volume, const QStringList &accounts,
+                                 const QList<host_tab> &tabs);
 
 #endif

@@ -28,7 +28,7 @@ public:
     {
     }
 
-    QStringList warnings();
+    QList<finding> warnings();
 
 private:
     void note_places_that_are_read();
@@ -42,7 +42,7 @@ private:
     void look_at_package_names(const QString &account);
     void look_at_line_breaks(const QString &name, const QString &path);
     bool is_folder_of_accounts_read(const QString &folder) const;
-    void warn(const QString &path, const QString &finding);
+    void warn(const QString &path, const QString &reason, bool is_left_out = true);
 
     const source_volume &m_volume;
     const account_selection &m_selection;
@@ -50,7 +50,7 @@ private:
     const bool m_reads_hives;
     const bool m_reads_packages;
     QSet<QString> m_read; ///< places of hives and package folders
-    QStringList m_warnings;
+    QList<finding> m_warnings;
     QSet<QString> m_told;
 };
 
@@ -65,16 +65,16 @@ bool is_broken_link(const QFileInfo &info)
     return info.isSymLink() && !info.exists() && !is_hidden(info.filePath());
 }
 
-void survey::warn(const QString &path, const QString &finding)
+void survey::warn(const QString &path, const QString &reason, bool is_left_out)
 {
-    const QString warning = path + ": "_L1 + finding;
+    const QString warning = path + ": "_L1 + reason;
     if (m_told.contains(warning))
         return;
     m_told.insert(warning);
-    m_warnings.append(warning);
+    m_warnings.append(finding(warning, is_left_out));
 }
 
-QStringList survey::warnings()
+QList<finding> survey::warnings()
 {
     note_places_that_are_read();
     look_at_line_breaks(m_volume.root(), u"the source"_s);
@@ -210,14 +210,16 @@ void survey::look_at_package_names(const QString &account)
 void survey::look_at_line_breaks(const QString &name, const QString &path)
 {
     if (has_line_break(name))
-        warn(path, u"its name holds line breaks, which may look like lines of their own in the "
-                   "debug log"_s);
+        warn(path,
+             u"its name holds line breaks, which may look like lines of their own in the "
+             "debug log"_s,
+             false);
 }
 
 } // namespace
 
-QStringList passed_over_warnings(const source_volume &volume, const account_selection &selection,
-                                 const QList<host_tab> &tabs)
+QList<finding> passed_over_warnings(const source_volume &volume, const account_selection &selection,
+                                    const QList<host_tab> &tabs)
 {
     return survey(volume, selection, tabs).warnings();
 }

@@ -2,9 +2,13 @@
 
 #include "application_keys.h"
 #include "artifact_list.h"
+#include "files.h"
 
 #include <QFileInfo>
 #include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <stdexcept>
 
 namespace test_support {
 
@@ -79,6 +83,22 @@ QString host_test::database_path() const
 {
     return canonical_folder() + "/results/Artifacts_Result/Windows_Installed_Applications/"
                                 "Windows_Installed_Applications.sqlite"_L1;
+}
+
+QString host_test::record_path() const
+{
+    return QFileInfo(database_path()).path() + "/run.json"_L1;
+}
+
+QList<QJsonObject> host_test::recorded_runs() const
+{
+    const QJsonObject record = QJsonDocument::fromJson(read_file(record_path())).object();
+    QList<QJsonObject> runs;
+    for (const QJsonValue &run : record.value("runs"_L1).toArray())
+        runs.append(run.toObject());
+    if (record.value("format"_L1).toInt() != 1 || runs.isEmpty())
+        throw std::runtime_error("no run record");
+    return runs;
 }
 
 QStringList host_test::arguments(const QString &source, const QStringList &more) const

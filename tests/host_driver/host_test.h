@@ -4,6 +4,8 @@
 #include "evidence_volume.h"
 #include "host_process.h"
 
+#include <QJsonObject>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -25,6 +27,12 @@ protected:
     QString folder_path(const QString &name) const { return m_folder->filePath(name); }
     QString result_path() const { return folder_path(QStringLiteral("results")); }
     QString database_path() const;
+
+    /// The run record's file, the entries of its runs, and the last one of them. What is no record
+    /// throws std::runtime_error.
+    QString record_path() const;
+    QList<QJsonObject> recorded_runs() const;
+    QJsonObject last_run() const { return recorded_runs().last(); }
 
     /// The arguments that extract `source` into result_path().
     QStringList arguments(const QString &source, const QStringList &more = {}) const;

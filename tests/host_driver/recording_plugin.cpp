@@ -102,7 +102,7 @@ public:
     {
         record(u"pub_create_db_tables"_s);
         if (exchanged_path().endsWith(".sqlite"_L1))
-            QFile(exchanged_path()).open(QIODevice::Append);
+            make_file(exchanged_path());
     }
     void pub_set_clear_db(bool clear) override { record(u"pub_set_clear_db"_s, {text_of(clear)}); }
     void pub_cancel_extraction() override
@@ -152,6 +152,13 @@ private:
 
     /// What somebody moves away during the run.
     static QString exchanged_path() { return qEnvironmentVariable("RECORDING_PLUGIN_EXCHANGES"); }
+
+    static void make_file(const QString &path)
+    {
+        QFile file(path);
+        file.open(QIODevice::Append);
+        file.write("x");
+    }
 
     /// Puts a link to RECORDING_PLUGIN_TARGET in its place, if that is given.
     static void exchange()

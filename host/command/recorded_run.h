@@ -1,0 +1,28 @@
+#ifndef RECORDED_RUN_H
+#define RECORDED_RUN_H
+
+#include "command_line.h"
+#include "extraction_run.h"
+#include "finding.h"
+#include "host_tabs.h"
+#include "plugin_library.h"
+#include "result_location.h"
+#include "source_volume.h"
+
+/// What the examiner asked for, checked against the volume and the machine.
+struct prepared_run
+{
+    extraction_plan plan;
+    result_location location;
+    QList<host_tab> tabs;
+    QList<finding> shown_findings; ///< those that the examiner has been told
+    QList<finding> findings;
+};
+
+/// Makes the run while no other one writes to the result folder, and keeps the folder's run record:
+/// decides what becomes of earlier results, extracts, and reports. A run that is refused leaves
+/// earlier results and their record as they are.
+exit_code make_recorded_run(const loaded_plugin &plugin, const prepared_run &run,
+                            const source_volume &volume, const extract_options &options);
+
+#endif

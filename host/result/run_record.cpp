@@ -1,0 +1,133 @@
+#include "run_record.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "console.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int format = 1;
+constexpr qint64 most_bytes = qint64(256) << 20; // no record of real runs is nearly as long
+
+/// JSON in which no text can steer a terminal or look like another one: what the console escapes,
+/// but for line feeds, which JSON has between its texts alone.
+QByteArray written(const QJsonObject &record)
+{
+    const QByteArray bytes = QJsonDocument(record).toJson();
+    if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte > 0 && byte < 0x7f; }))
+        return bytes; // JSON itself escapes the controls below the blank
+    QString safe;
+    const QString json = QString::fromUtf8(bytes);
+    for (qsizetype i = 0; i < json.size(); ++i) {
+        const QChar character = json.at(i);
+        const bool is_pair = character.isHighSurrogate() && i + 1 < json.size();
+        if (is_pair)
+            safe += json.mid(i++, 2);
+        else if (character != u'\n' && must_be_escaped(character))
+            safe += u"\\u%1"_s.arg(character.unicode(), 4, 16, QChar(u'0'));
+        else
+            safe += character;
+    }
+    return safe.toUtf8();
+}
+
+/// An entry that nobody completed: its process is gone, or it would hold the lock.
+QJsonObject as_left_behind(QJsonObject entry)
+{
+    if (entry.value("outcome"_L1).toString() == "running"_L1)
+        entry.insert("outcome"_L1, u"killed"_s);
+    return entry;
+}
+
+/// A name beside the file that nothing bears yet.
+QString free_name(const QString &file)
+{
+    for (int number = 1;; ++number) {
+        const QFileInfo candidate(u"%1.damaged-%2"_s.arg(file).arg(number));
+        if (!candidate.exists() && !candidate.isSymLink())
+            return candidate.filePath();
+    }
+}
+
+} // namespace
+
+run_record::run_record(const QString &file) : m_file(file)
+{
+    read();
+}
+
+void run_record::read()
+{
+    const QFileInfo info(m_file);
+    if (!info.exists() && !info.isSymLink())
+        return;
+    m_damage = u"it is no record of runs"_s;
+    if (info.isSymLink() || !info.isFile())
+        return;
+    if (info.size() > most_bytes) {
+        m_damage = u"it has more than %1 MiB"_s.arg(most_bytes >> 20);
+        return;
+    }
+    QFile file(m_file);
+    if (!file.open(QIODevice::ReadOnly)) {
+        m_damage = file.errorString();
+        return;
+    }
+    const QJsonObject record = QJsonDocument::fromJson(file.read(most_bytes)).object();
+    if (record.value("format"_L1).toInt() != format || !record.value("runs"_L1).isArray())
+        return;
+    QList<QJsonObject> entries;
+    for (const QJsonValue &entry : record.value("runs"_L1).toArray()) {
+        if (!entry.isObject())
+            return;
+        entries.append(as_left_behind(entry.toObject()));
+    }
+    m_earlier = entries;
+    m_damage.clear();
+}
+
+QString run_record::begin(const QJsonObject &entry)
+{
+    const QString failure = m_damage.isEmpty() ? QString() : move_aside();
+    return failure.isEmpty() ? write(entry) : failure;
+}
+
+QString run_record::complete(const QJsonObject &entry)
+{
+    // Somebody may have put a link there, which would be followed.
+    if (QFileInfo(m_file).isSymLink())
+        return u"it was exchanged by a link during the run"_s;
+    return write(entry);
+}
+
+QString run_record::move_aside()
+{
+    const QString name = free_name(m_file);
+    // Moves links and folders too, and never what a link leads to.
+    if (std::rename(QFile::encodeName(m_file).constData(), QFile::encodeName(name).constData()) !=
+        0)
+        return u"what lies there cannot be set aside"_s;
+    m_set_aside = name;
+    return {};
+}
+
+QString run_record::write(const QJsonObject &entry) const
+{
+    QJsonArray runs;
+    for (const QJsonObject &earlier : m_earlier)
+        runs.append(earlier);
+    runs.append(entry);
+    QSaveFile file(m_file);
+    const bool is_written = file.open(QIODevice::WriteOnly) &&
+                            file.write(written({{"format"_L1, format}, {"runs"_L1, runs}})) >= 0 &&
+                            file.commit();
+    return is_written ? QString() : file.errorString();
+}

@@ -1,0 +1,64 @@
+#ifndef READ_FILES_H
+#define READ_FILES_H
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+#include "host_tabs.h"
+#include "source_volume.h"
+
+/// What a file of the evidence is at one moment.
+struct file_look
+{
+    qint64 size = 0;
+    QDateTime modified;
+    QDateTime changed; ///< its name, place or permissions
+    QDateTime created; ///< invalid where the file system does not tell
+    QString sha256;    ///< hexadecimal; empty when it was not asked for or cannot be had
+    QString failure;   ///< why the file cannot be read
+};
+
+/// A file of the evidence that a run reads.
+struct read_file
+{
+    QString path; ///< relative to the volume's root
+    QString state;
+    QStringList transaction_logs; ///< beside a hive that was not closed cleanly
+    file_look before;
+    file_look after;
+};
+
+/// A folder of which a run lists the entries.
+struct listed_folder
+{
+    QString path; ///< relative to the volume's root
+    qint64 entries = 0;
+};
+
+/// Whether to read the whole files, and what stops that.
+struct hashing
+{
+    bool is_wanted = true;
+    std::function<bool()> is_cancelled = [] { return false; };
+};
+
+/// The hives that the tabs are filled from, as they are before the run. Hives that are not there
+/// are left out; what is no regular file, or lies where a link leads out, is not opened.
+QList<read_file> files_before_run(const source_volume &volume, const QStringList &accounts,
+                                  const QList<host_tab> &tabs, const hashing &how);
+
+/// Looks at the files again. Returns one text for each that is another one now, with its path.
+QStringList look_again(const source_volume &volume, QList<read_file> &files, const hashing &how);
+
+/// The package folders of the accounts and how many entries they have, if a tab lists them.
+QList<listed_folder> listed_folders(const source_volume &volume, const QStringList &accounts,
+                                    const QList<host_tab> &tabs);
+
+/// The SHA-256 of a file of the examiner's own, hexadecimal; empty if it cannot be read.
+QString sha256_of(const QString &path);
+
+#endif
