@@ -23,6 +23,7 @@ private slots:
     void tries_the_exact_name_first();
     void tries_other_names_in_the_order_of_their_code_points();
     void goes_back_where_a_name_leads_nowhere();
+    void finds_all_in_the_order_in_which_they_are_tried();
     void tells_of_each_choice_once();
     void lists_a_folder_once();
     void passes_through_a_folder_that_cannot_be_listed();
@@ -129,6 +130,20 @@ void tst_case_blind_paths::goes_back_where_a_name_leads_nowhere()
     volume.folder(u"Windows/System32"_s).file(u"WINDOWS/system32/config/SOFTWARE"_s);
     QCOMPARE(found(volume, u"Windows/System32/config/SOFTWARE"_s),
              u"WINDOWS/system32/config/SOFTWARE"_s);
+}
+
+void tst_case_blind_paths::finds_all_in_the_order_in_which_they_are_tried()
+{
+    evidence_volume volume;
+    volume.file(u"users/X"_s).file(u"users/x"_s).file(u"USERS/x"_s).file(u"Users/y"_s);
+    case_blind_paths paths(volume.root());
+    const auto all = [&](const QString &path) {
+        return paths.find_all(volume.path(path)).replaceInStrings(volume.root(), QString());
+    };
+    QCOMPARE(all(u"users/x"_s), (QStringList{u"users/x"_s, u"users/X"_s, u"USERS/x"_s}));
+    QCOMPARE(all(u"Users/Y"_s), QStringList{u"Users/y"_s});
+    QCOMPARE(all(u"Users/z"_s), QStringList());
+    QCOMPARE(all(u"Users/../Users/y"_s), QStringList());
 }
 
 void tst_case_blind_paths::tells_of_each_choice_once()

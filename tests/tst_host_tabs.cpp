@@ -20,6 +20,8 @@ private slots:
     void are_none_when_the_plug_in_does_not_tell_them_data();
     void are_none_when_the_plug_in_does_not_tell_them();
     void name_the_keys_that_the_plug_in_reads();
+    void name_the_keys_of_users_data();
+    void name_the_keys_of_users();
     void are_chosen_in_their_own_order();
 };
 
@@ -66,6 +68,34 @@ void tst_host_tabs::name_the_keys_that_the_plug_in_reads()
         QCOMPARE(key_paths, QStringList(sample_row_count, tab.keys.first().key_path));
         QCOMPARE(hives, QStringList(sample_row_count, is_users ? u"NTUSER.DAT"_s : u"SOFTWARE"_s));
     }
+}
+
+void tst_host_tabs::name_the_keys_of_users_data()
+{
+    QTest::addColumn<QStringList>("paths");
+    const auto uninstall = u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s;
+    for (const QString &tab : all_tabs()) {
+        if (!tab.startsWith("install_apps"_L1))
+            QTest::newRow(qPrintable(tab)) << QStringList();
+    }
+    QTest::newRow("install_apps_64") << QStringList{u"Software\\"_s + uninstall};
+    QTest::newRow("install_apps_32") << QStringList{u"Software\\WOW6432Node\\"_s + uninstall};
+}
+
+void tst_host_tabs::name_the_keys_of_users()
+{
+    QFETCH(const QStringList, paths);
+    const QString name = QString::fromLatin1(QTest::currentDataTag());
+    const host_tab tab = tabs_named(plugin_tabs(), {name}).value(0);
+    QStringList told;
+    for (const listed_key &key : tab.keys_of_users) {
+        QCOMPARE(key.first_value_level, 1);
+        QCOMPARE(key.last_level, 1);
+        told.append(key.key_path);
+    }
+    QCOMPARE(told, paths);
+    QCOMPARE(reads_user_hives({tab}), !paths.isEmpty() || tab.input == tab_input::user_hive);
+    QCOMPARE(reads_user_hives(without_keys_of_users({tab})), tab.input == tab_input::user_hive);
 }
 
 void tst_host_tabs::are_chosen_in_their_own_order()

@@ -30,6 +30,7 @@ private slots:
     void tells_of_packages_whose_names_are_not_utf_8();
     void tells_of_links_that_lead_nowhere();
     void tells_of_names_that_forge_lines();
+    void reads_nothing_that_a_name_in_other_letters_leads_out_to();
 
 private:
     QStringList warnings(const evidence_volume &volume, const QStringList &options = {}) const;
@@ -270,6 +271,21 @@ void tst_passed_over::tells_of_names_that_forge_lines()
         "their own in the debug log"_s};
     QCOMPARE(warnings(volume), expected);
     QCOMPARE(warnings(volume, {like_the_suite}), expected);
+}
+
+void tst_passed_over::reads_nothing_that_a_name_in_other_letters_leads_out_to()
+{
+    const auto outside = small_volume();
+    evidence_volume volume;
+    volume.user(u"bob"_s);
+    volume.write();
+    volume.link(u"WINDOWS"_s, outside->path(u"Windows"_s));
+    volume.link(u"users/ann"_s, outside->path(u"Users/ann"_s));
+    QCOMPARE(warnings(volume),
+             (QStringList{u"users/ann: a link leads out of the source; account ann is left out"_s,
+                          u"WINDOWS/System32/config/SOFTWARE: a link leads out of the source; the "
+                          "tabs of the software hive are left out"_s}));
+    QCOMPARE(result_database(database_path()).row_count(u"uninstall_apps"_s), 0);
 }
 
 TEST_MAIN(tst_passed_over)

@@ -33,10 +33,10 @@ one ends the program at once.
 
 A run reads all the evidence there is: files in whatever letter case their names
 are spelt, texts decoded by their registry type, programs that were installed
-for one user only, and the accounts of Windows 2000 to 2003. The last line on
-standard error but for failures tells so. With --like-the-suite a run gives
-what the plug-in gives in a forensics suite, to the letter, and warns of what
-that leaves out.
+for one user only, and the accounts of Windows 2000 to 2003. With
+--like-the-suite a run gives what the plug-in gives in a forensics suite, to the
+letter, and warns of what that leaves out. A line on standard error tells how
+the run has read.
 
 Options:
   --result DIR      Folder for the results; created if missing, never in SOURCE.
