@@ -2,6 +2,7 @@
 #include "files.h"
 #include "hive_damage.h"
 #include "host_test.h"
+#include "machine.h"
 #include "result_database.h"
 #include "test_main.h"
 
@@ -31,6 +32,7 @@ private slots:
     void reads_an_account_in_whatever_letter_case();
     void takes_one_account_for_two_spellings();
     void prefers_the_account_that_is_spelt_so();
+    void takes_each_account_that_it_may_not_look_at();
     void knows_no_other_account_data();
     void knows_no_other_account();
     void names_the_first_of_many_accounts();
@@ -190,6 +192,24 @@ void tst_host_options::prefers_the_account_that_is_spelt_so()
         QCOMPARE(result.errors.filter(u"source_info"_s).value(0).section(u'|', 3),
                  u"  | %1 | )"_s.arg(name));
     }
+}
+
+void tst_host_options::takes_each_account_that_it_may_not_look_at()
+{
+    if (const QString missing = missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
+    const auto volume = small_volume();
+    QVERIFY(QFile::setPermissions(folder(), QFile::Permissions(0x7777)));
+    QVERIFY(QFile::setPermissions(volume->path(u"Users"_s), {}));
+    const host_result result = host_process().without_privileges().run(arguments(
+        volume->root(), {u"--quiet"_s, u"--tab"_s, u"uninstall_apps"_s, u"--tab"_s,
+                         u"registered_apps"_s, u"--user"_s, u"ann"_s, u"--user"_s, u"bob"_s}));
+    QVERIFY(QFile::setPermissions(volume->path(u"Users"_s),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    const auto warning =
+        u"artifact_host: warning: Users/%1/NTUSER.DAT: cannot be read: Permission denied"_s;
+    QCOMPARE(result.errors, (QStringList{warning.arg("ann"_L1), warning.arg("bob"_L1)}));
+    QCOMPARE(result.exit_code, 0);
 }
 
 void tst_host_options::knows_no_other_account_data()

@@ -21,6 +21,8 @@ private slots:
     void says_nothing_of_what_it_reads_data();
     void says_nothing_of_what_it_reads();
     void tells_of_the_other_of_two_spellings();
+    void says_nothing_of_two_accounts_that_are_read();
+    void tells_of_a_missing_hive_once();
     void reads_no_file_for_two_accounts();
     void reads_the_accounts_of_both_spellings();
     void tells_of_other_layouts_data();
@@ -132,6 +134,32 @@ void tst_passed_over::tells_of_the_other_of_two_spellings()
                            u"Users/ann/ntuser.dat"_s + differs + u"Users/ann/NTUSER.DAT"_s};
     QCOMPARE(warnings(volume), both);
     QCOMPARE(warnings(volume, {like_the_suite}), both);
+}
+
+void tst_passed_over::says_nothing_of_two_accounts_that_are_read()
+{
+    evidence_volume volume;
+    begin(volume);
+    fill_user(volume.user(u"ann"_s));
+    fill_user(volume.user(u"Ann"_s));
+    volume.write();
+    QCOMPARE(warnings(volume), QStringList());
+    QCOMPARE(warnings(volume, {like_the_suite}), QStringList());
+    QCOMPARE(result_database(database_path()).column(u"uninstall_apps"_s, u"system_account"_s),
+             (QStringList{u"Ann"_s, u"ann"_s}));
+}
+
+void tst_passed_over::tells_of_a_missing_hive_once()
+{
+    evidence_volume volume;
+    volume.hive(u"Windows/System32/config/software"_s);
+    volume.hive(u"Users/ann/ntuser.dat"_s);
+    volume.package(u"ann"_s, u"Calculator"_s).write();
+    const auto missing = u": not found, and %1 beside it is not read: its letter case differs"_s;
+    QCOMPARE(
+        warnings(volume, {like_the_suite}),
+        (QStringList{software_file + missing.arg("software"_L1), backup_file + ": not found"_L1,
+                     "Users/ann/NTUSER.DAT"_L1 + missing.arg("ntuser.dat"_L1)}));
 }
 
 // Each of the two leads to the other's file where it has none of its own.

@@ -24,7 +24,8 @@ Options:
 const auto extract_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
 
 Reads the Windows volume mounted or extracted at SOURCE, or in a folder some
-levels below, as triage collectors write it. SOURCE is never written to. Fills DIR/Artifacts_Result/Windows_Installed_Applications/
+levels below, as triage collectors write it. SOURCE is never written to. Fills
+DIR/Artifacts_Result/Windows_Installed_Applications/
 Windows_Installed_Applications.sqlite. Standard output tells the rows of each
 tab, their total and, last, the path of the database. Progress and warnings
 about what could not be read go to standard error; a warning does not change

@@ -89,7 +89,7 @@ QStringList each_folder_once(const source_volume &volume, const QStringList &acc
     for (const QString &account : accounts) {
         const QString folder =
             QFileInfo(volume.root() + volume.account_folder(account)).canonicalFilePath();
-        if (folder.isEmpty() || !seen.contains(folder))
+        if (!seen.contains(folder))
             kept.append(account);
         seen.insert(folder);
     }
