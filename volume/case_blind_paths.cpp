@@ -67,7 +67,7 @@ QString case_blind_paths::find_below(const QString &folder, const QStringList &p
     for (const QString &name : candidates(folder, parts.first(), tell)) {
         if (parts.size() == 1)
             return folder + name;
-        const QString found = find_below(folder + name + u'/', parts.mid(1), tell);
+        QString found = find_below(folder + name + u'/', parts.mid(1), tell);
         if (!found.isEmpty())
             return found;
     }

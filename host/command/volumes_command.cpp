@@ -54,7 +54,7 @@ QString time_in_header(const QString &hive_file)
 QString facts_of_hive(const QString &hive_file)
 {
     const hive_findings findings = check_hive_file(hive_file);
-    const QString state =
+    QString state =
         findings.warnings.isEmpty() ? u"closed cleanly"_s : findings.warnings.join("; "_L1);
     const QFileInfo info(hive_file);
     if (!info.isFile() || is_hidden(hive_file))

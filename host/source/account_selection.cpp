@@ -109,7 +109,7 @@ QString account_named(const source_volume &volume, const QString &name)
 {
     const QString path = volume.accounts_folder() + u'/' + name;
     for (const QString &place : volume.namesakes_of(path)) {
-        const QString account = QFileInfo(place).fileName();
+        QString account = QFileInfo(place).fileName();
         const QString folder = volume.root() + volume.account_folder(account);
         if (QFileInfo(folder).isDir())
             return account;

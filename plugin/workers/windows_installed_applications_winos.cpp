@@ -138,7 +138,7 @@ void windows_installed_applications_winos::find_source_file()
 QString windows_installed_applications_winos::existing_path(const QString &path,
                                                             QLatin1StringView failure)
 {
-    const QString found = find_on_volume(path, log_letter_case);
+    QString found = find_on_volume(path, log_letter_case);
     if (QFileInfo::exists(found))
         return found;
     log_find(failure + path);
