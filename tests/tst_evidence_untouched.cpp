@@ -64,13 +64,20 @@ const QRegularExpression &altering_call()
     return call;
 }
 
+/// The line without what is written, which may name the evidence: the run record does.
+QString without_written_text(const QString &line)
+{
+    static const QRegularExpression writing_call(u"\\bp?write(64|v|v2)?\\(\\d+<"_s);
+    return line.contains(writing_call) ? line.left(line.indexOf(u'>') + 1) : line;
+}
+
 /// The lines of a trace that show a call that could alter something below the folder.
 QStringList altering_lines(const QStringList &trace, const QString &folder)
 {
     const QRegularExpression place(u"[<\"]%1[/\">]"_s.arg(QRegularExpression::escape(folder)));
     QStringList found;
     for (const QString &line : trace) {
-        const bool concerns_folder = line.contains(place);
+        const bool concerns_folder = without_written_text(line).contains(place);
         const bool alters = line.contains(altering_call()) || line.contains(writing_flags());
         if (concerns_folder && alters)
             found.append(line);

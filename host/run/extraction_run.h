@@ -44,8 +44,8 @@ struct run_hooks
 {
     /// The plug-in has made its result database. Returns what is wrong with that, or an empty text.
     std::function<QString()> on_tables_made;
-    std::function<void()> on_cleared;     ///< the rows that stay are those that shall stay
-    rows_stored_function rows_stored;     ///< see tab_watch
+    std::function<void()> on_cleared; ///< the rows that stay are those that shall stay
+    rows_stored_function rows_stored; ///< see tab_watch
 };
 
 /// Drives the plug-in object through one extraction, from the settings to the removal of its

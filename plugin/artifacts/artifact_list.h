@@ -16,7 +16,8 @@ const QList<const artifact *> &artifact_list();
 /// - "keys" (QVariantList): the registry keys that it reads, each a QVariantMap of "path" (QString,
 ///   from the root of the hive, "\" between keys) and of "first_value_level" and "last_level" (int,
 ///   see listed_registry_key);
-/// - "keys_of_users" (QVariantList): keys of the same form that are read of the users' hives besides
+/// - "keys_of_users" (QVariantList): keys of the same form that are read of the users' hives
+/// besides
 ///   if a host asks for the installations of users; mostly none.
 QVariantList described_artifacts();
 
