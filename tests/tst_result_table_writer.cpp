@@ -10,17 +10,6 @@
 using namespace Qt::StringLiterals;
 using namespace test_support;
 
-namespace {
-
-/// How long the statements of a connection wait for a lock, in milliseconds.
-int busy_timeout(const QSqlDatabase &database)
-{
-    QSqlQuery query(u"pragma busy_timeout"_s, database);
-    return query.next() ? query.value(0).toInt() : -1;
-}
-
-} // namespace
-
 // How a table is opened, filled and closed, and what is logged when that fails.
 class tst_result_table_writer : public QObject
 {

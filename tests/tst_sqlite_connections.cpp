@@ -87,13 +87,6 @@ bool is_on_the_heap(const QString &text)
     return const_cast<QString &>(text).data_ptr().d_ptr() != nullptr;
 }
 
-/// How long the statements of a connection wait for a lock, in milliseconds.
-int busy_timeout(const QSqlDatabase &database)
-{
-    QSqlQuery query(u"pragma busy_timeout"_s, database);
-    return query.next() ? query.value(0).toInt() : -1;
-}
-
 /// What comes of writing on a connection.
 QSqlError error_of_writing(const QSqlDatabase &database)
 {

@@ -3,20 +3,26 @@
 #include "hive_precheck.h"
 #include "key_check.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Each key once: two tabs may list the same.
+/// Each key once, with all the levels at which one of the tabs lists it.
 QList<listed_key> each_once(const QList<listed_key> &keys)
 {
     QList<listed_key> once;
-    QStringList paths;
     for (const listed_key &key : keys) {
-        if (paths.contains(key.key_path))
+        const auto same = std::find_if(once.begin(), once.end(), [&key](const listed_key &other) {
+            return other.key_path == key.key_path;
+        });
+        if (same == once.end()) {
+            once.append(key);
             continue;
-        paths.append(key.key_path);
-        once.append(key);
+        }
+        same->first_value_level = std::min(same->first_value_level, key.first_value_level);
+        same->last_level = std::max(same->last_level, key.last_level);
     }
     return once;
 }

@@ -21,6 +21,9 @@ enum registry_type
 
 QString utf16_of(QByteArrayView data)
 {
+    // Qt would hand the null pointer of an empty view to memcpy.
+    if (data.size() < 2)
+        return QString();
     QString text(data.size() / 2, Qt::Uninitialized);
     qFromLittleEndian<quint16>(data.data(), text.size(), text.data());
     return text;

@@ -51,13 +51,11 @@ QStringList report_of_small_volume()
 
 QStringList progress_of_small_volume()
 {
-    const auto line = u"artifact_host: %1 of %2 tabs, %3 rows, 0:00"_s;
-    const qsizetype tabs = artifact_list().size();
-    QStringList lines{line.arg(0).arg(tabs).arg(0)};
+    QStringList lines{progress_line(0, 0)};
     int rows = 0;
     for (const artifact *extracted : artifact_list()) {
         rows += small_volume_rows(extracted->table.name);
-        lines.append(line.arg(lines.size()).arg(tabs).arg(rows));
+        lines.append(progress_line(int(lines.size()), rows));
     }
     return lines;
 }
@@ -109,6 +107,16 @@ QStringList host_test::arguments(const QString &source, const QStringList &more)
 host_result host_test::extract(const evidence_volume &volume, const QStringList &more) const
 {
     return host_process().run(arguments(volume.root(), more));
+}
+
+QString of_all_tabs(int done)
+{
+    return u"%1 of %2 tabs"_s.arg(done).arg(artifact_list().size());
+}
+
+QString progress_line(int done, int rows)
+{
+    return u"artifact_host: %1, %2 rows, 0:00"_s.arg(of_all_tabs(done)).arg(rows);
 }
 
 QString total_line(const host_result &result)

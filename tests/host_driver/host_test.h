@@ -51,6 +51,12 @@ extern const QString backup_file;
 /// The options that load the plug-in that reports each call instead of the one under test.
 extern const QStringList recorded;
 
+/// How the host counts finished tabs where all of the plug-in's run: "1 of 8 tabs".
+QString of_all_tabs(int done);
+
+/// A line of the progress of such a run.
+QString progress_line(int done, int rows);
+
 /// The line of the total, which stands before the database's path.
 QString total_line(const host_result &result);
 

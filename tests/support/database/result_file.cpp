@@ -57,6 +57,12 @@ void execute(const QString &path, const QString &statement)
     execute(sqlite_connection(path).database, statement);
 }
 
+int busy_timeout(const QSqlDatabase &database)
+{
+    QSqlQuery query(u"pragma busy_timeout"_s, database);
+    return query.next() ? query.value(0).toInt() : -1;
+}
+
 void make_read_only(const QString &path)
 {
     QByteArray content = read_file(path);

@@ -29,6 +29,9 @@ public:
 void execute(const QSqlDatabase &database, const QString &statement);
 void execute(const QString &path, const QString &statement);
 
+/// How long the statements of a connection wait for a lock, in milliseconds.
+int busy_timeout(const QSqlDatabase &database);
+
 /// Marks the file as one of a newer format, which keeps even a superuser from writing to it.
 void make_read_only(const QString &path);
 

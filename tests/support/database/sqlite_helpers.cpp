@@ -37,120 +37,113 @@ const QStringList execute_by_reference_failure = {u" query  --------FAILED------
                                                   u" CALLER FUNCTION -  -  "_s, u" command -  "_s,
                                                   u" error -  "_s};
 
-QList<sqlite_helper> execute_helpers()
-{
-    return {
-        {"execute_db_command_by_dbpath",
-         helper_reach::by_path,
-         false,
-         false,
-         [](helper_request &r) {
-             return as_list(
-                 library::execute_db_command_by_dbpath(r.command, r.path, helpers_caller));
-         },
-         u"static bool plugin_static_function::execute_db_command_by_dbpath(QString, QString, QString)"_s,
-         spaced_open_failure,
-         {u" query  --------FAILED------ db file - "_s, u"CALLER FUNCTION -  "_s, u" command -  "_s,
-          u" error -  "_s},
-         {}},
-        {"execute_db_command_with_addbindvalue_by_dbpath",
-         helper_reach::by_path,
-         true,
-         false,
-         [](helper_request &r) {
-             return as_list(library::execute_db_command_with_addbindvalue_by_dbpath(
-                 r.command, r.bind_values, r.path, helpers_caller));
-         },
-         u"static bool plugin_static_function::execute_db_command_with_addbindvalue_by_dbpath(QString, QStringList, QString, QString)"_s,
-         spaced_open_failure,
-         {u" query  --------FAILED------ db file - "_s, u" CALLER FUNCTION -  "_s,
-          u" command -  "_s, u" error -  "_s},
-         {}},
-        {"execute_db_command_by_dbreference",
-         helper_reach::by_reference,
-         false,
-         false,
-         [](helper_request &r) {
-             return as_list(
-                 library::execute_db_command_by_dbreference(r.command, r.database, helpers_caller));
-         },
-         {},
-         {},
-         execute_by_reference_failure,
-         {}},
-        {"execute_db_command_with_addbindvalue_by_dbreference",
-         helper_reach::by_reference,
-         true,
-         false,
-         [](helper_request &r) {
-             return as_list(library::execute_db_command_with_addbindvalue_by_dbreference(
-                 r.command, r.bind_values, r.database, helpers_caller));
-         },
-         {},
-         {},
-         execute_by_reference_failure,
-         {}},
-    };
-}
+const QList<sqlite_helper> execute_helpers{
+    {"execute_db_command_by_dbpath",
+     helper_reach::by_path,
+     false,
+     false,
+     [](helper_request &r) {
+         return as_list(library::execute_db_command_by_dbpath(r.command, r.path, helpers_caller));
+     },
+     u"static bool plugin_static_function::execute_db_command_by_dbpath(QString, QString, QString)"_s,
+     spaced_open_failure,
+     {u" query  --------FAILED------ db file - "_s, u"CALLER FUNCTION -  "_s, u" command -  "_s,
+      u" error -  "_s},
+     {}},
+    {"execute_db_command_with_addbindvalue_by_dbpath",
+     helper_reach::by_path,
+     true,
+     false,
+     [](helper_request &r) {
+         return as_list(library::execute_db_command_with_addbindvalue_by_dbpath(
+             r.command, r.bind_values, r.path, helpers_caller));
+     },
+     u"static bool plugin_static_function::execute_db_command_with_addbindvalue_by_dbpath(QString, QStringList, QString, QString)"_s,
+     spaced_open_failure,
+     {u" query  --------FAILED------ db file - "_s, u" CALLER FUNCTION -  "_s, u" command -  "_s,
+      u" error -  "_s},
+     {}},
+    {"execute_db_command_by_dbreference",
+     helper_reach::by_reference,
+     false,
+     false,
+     [](helper_request &r) {
+         return as_list(
+             library::execute_db_command_by_dbreference(r.command, r.database, helpers_caller));
+     },
+     {},
+     {},
+     execute_by_reference_failure,
+     {}},
+    {"execute_db_command_with_addbindvalue_by_dbreference",
+     helper_reach::by_reference,
+     true,
+     false,
+     [](helper_request &r) {
+         return as_list(library::execute_db_command_with_addbindvalue_by_dbreference(
+             r.command, r.bind_values, r.database, helpers_caller));
+     },
+     {},
+     {},
+     execute_by_reference_failure,
+     {}},
+};
 
-QList<sqlite_helper> list_helpers()
-{
-    return {
-        {"get_stringlist_from_db_by_dbreference",
-         helper_reach::by_reference,
-         false,
-         true,
-         [](helper_request &r) {
-             return library::get_stringlist_from_db_by_dbreference(r.command, 0, r.database,
-                                                                   helpers_caller);
-         },
-         {},
-         {},
-         list_by_reference_failure,
-         u" end "_s},
-        {"get_stringlist_from_db_with_addbindvalues_by_dbreference",
-         helper_reach::by_reference,
-         true,
-         true,
-         [](helper_request &r) {
-             return library::get_stringlist_from_db_with_addbindvalues_by_dbreference(
-                 r.command, r.bind_values, 0, r.database, helpers_caller);
-         },
-         {},
-         {},
-         list_by_reference_failure,
-         u" end "_s},
-        {"get_stringlist_from_db_by_dbpath",
-         helper_reach::by_path,
-         false,
-         true,
-         [](helper_request &r) {
-             return library::get_stringlist_from_db_by_dbpath(r.command, 0, r.path, helpers_caller);
-         },
-         {},
-         plain_open_failure,
-         list_by_path_failure,
-         u" end "_s},
-        {"get_stringlist_from_db_with_addbindvalues_by_dbpath",
-         helper_reach::by_path,
-         true,
-         true,
-         [](helper_request &r) {
-             return library::get_stringlist_from_db_with_addbindvalues_by_dbpath(
-                 r.command, r.bind_values, 0, r.path, helpers_caller);
-         },
-         {},
-         plain_open_failure,
-         list_by_path_failure,
-         u" End "_s},
-    };
-}
+const QList<sqlite_helper> list_helpers{
+    {"get_stringlist_from_db_by_dbreference",
+     helper_reach::by_reference,
+     false,
+     true,
+     [](helper_request &r) {
+         return library::get_stringlist_from_db_by_dbreference(r.command, 0, r.database,
+                                                               helpers_caller);
+     },
+     {},
+     {},
+     list_by_reference_failure,
+     u" end "_s},
+    {"get_stringlist_from_db_with_addbindvalues_by_dbreference",
+     helper_reach::by_reference,
+     true,
+     true,
+     [](helper_request &r) {
+         return library::get_stringlist_from_db_with_addbindvalues_by_dbreference(
+             r.command, r.bind_values, 0, r.database, helpers_caller);
+     },
+     {},
+     {},
+     list_by_reference_failure,
+     u" end "_s},
+    {"get_stringlist_from_db_by_dbpath",
+     helper_reach::by_path,
+     false,
+     true,
+     [](helper_request &r) {
+         return library::get_stringlist_from_db_by_dbpath(r.command, 0, r.path, helpers_caller);
+     },
+     {},
+     plain_open_failure,
+     list_by_path_failure,
+     u" end "_s},
+    {"get_stringlist_from_db_with_addbindvalues_by_dbpath",
+     helper_reach::by_path,
+     true,
+     true,
+     [](helper_request &r) {
+         return library::get_stringlist_from_db_with_addbindvalues_by_dbpath(
+             r.command, r.bind_values, 0, r.path, helpers_caller);
+     },
+     {},
+     plain_open_failure,
+     list_by_path_failure,
+     u" End "_s},
+};
 
 } // namespace
 
 const QList<sqlite_helper> &sqlite_helpers()
 {
-    static const QList<sqlite_helper> all = execute_helpers() + list_helpers();
+    static const QList<sqlite_helper> all = execute_helpers + list_helpers;
     return all;
 }
 

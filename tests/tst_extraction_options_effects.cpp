@@ -15,7 +15,7 @@ using namespace evidence;
 using namespace test_support;
 
 // What each option of a host adds to the rows.
-class tst_options_of_hosts : public QObject
+class tst_extraction_options_effects : public QObject
 {
     Q_OBJECT
 
@@ -87,7 +87,7 @@ const QStringList name_and_source = {u"display_name"_s, u"source_file"_s};
 
 } // namespace
 
-void tst_options_of_hosts::letter_case_of_files_is_ignored()
+void tst_extraction_options_effects::letter_case_of_files_is_ignored()
 {
     option_fixture fixture;
     fixture.options.ignore_letter_case = true;
@@ -108,7 +108,7 @@ void tst_options_of_hosts::letter_case_of_files_is_ignored()
         (QList<QStringList>{{u"Ann"_s, u"Some.App"_s, u"/users/Ann/appdata/local/PACKAGES/"_s}}));
 }
 
-void tst_options_of_hosts::letter_case_of_the_backup_is_ignored()
+void tst_extraction_options_effects::letter_case_of_the_backup_is_ignored()
 {
     option_fixture fixture;
     fixture.options.ignore_letter_case = true;
@@ -120,7 +120,7 @@ void tst_options_of_hosts::letter_case_of_the_backup_is_ignored()
              (QList<QStringList>{{u"App"_s, u'/' + software_file}}));
 }
 
-void tst_options_of_hosts::letter_case_of_store_programs_is_ignored_data()
+void tst_extraction_options_effects::letter_case_of_store_programs_is_ignored_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("file_path");
@@ -137,7 +137,7 @@ void tst_options_of_hosts::letter_case_of_store_programs_is_ignored_data()
         << u"C:\\..\\program files\\app.exe"_s << u"/../program files/app.exe"_s << false;
 }
 
-void tst_options_of_hosts::letter_case_of_store_programs_is_ignored()
+void tst_extraction_options_effects::letter_case_of_store_programs_is_ignored()
 {
     QFETCH(const QString, name);
     option_fixture fixture;
@@ -155,7 +155,7 @@ void tst_options_of_hosts::letter_case_of_store_programs_is_ignored()
     QCOMPARE(rows.first().at(2), has_time ? u"1600000000"_s : u"0"_s);
 }
 
-void tst_options_of_hosts::letter_case_counts_by_default()
+void tst_extraction_options_effects::letter_case_counts_by_default()
 {
     option_fixture fixture;
     fixture.volume.file(u"windows/system32/config/software"_s,
@@ -166,7 +166,7 @@ void tst_options_of_hosts::letter_case_counts_by_default()
     QCOMPARE(fixture.columns(u"install_apps_64"_s, name_and_source), QList<QStringList>());
 }
 
-void tst_options_of_hosts::choice_between_two_spellings_is_logged()
+void tst_extraction_options_effects::choice_between_two_spellings_is_logged()
 {
     option_fixture fixture;
     fixture.volume.folder(u"WINDOWS/System32/config"_s);
@@ -184,7 +184,7 @@ void tst_options_of_hosts::choice_between_two_spellings_is_logged()
              (QList<QStringList>{{u"App"_s, u"/windows/System32/config/SOFTWARE"_s}}));
 }
 
-void tst_options_of_hosts::texts_are_decoded_by_their_type_data()
+void tst_extraction_options_effects::texts_are_decoded_by_their_type_data()
 {
     QTest::addColumn<QString>("text");
     for (const QString &text : {u"Büro für Müller"_s, u"Яндекс Браузер"_s, u"微信"_s, u"برنامج"_s,
@@ -192,7 +192,7 @@ void tst_options_of_hosts::texts_are_decoded_by_their_type_data()
         QTest::newRow(qUtf8Printable(text)) << text;
 }
 
-void tst_options_of_hosts::texts_are_decoded_by_their_type()
+void tst_extraction_options_effects::texts_are_decoded_by_their_type()
 {
     QFETCH(const QString, text);
     option_fixture fixture;
@@ -210,7 +210,7 @@ void tst_options_of_hosts::texts_are_decoded_by_their_type()
              (QList<QStringList>{{text, u"YES"_s}}));
 }
 
-void tst_options_of_hosts::half_of_a_surrogate_pair_is_logged()
+void tst_extraction_options_effects::half_of_a_surrogate_pair_is_logged()
 {
     option_fixture fixture;
     fixture.options.decode_by_type = true;
@@ -227,7 +227,7 @@ void tst_options_of_hosts::half_of_a_surrogate_pair_is_logged()
                  "as U+FFFD"_s);
 }
 
-void tst_options_of_hosts::early_user_assist_entries_are_read_data()
+void tst_extraction_options_effects::early_user_assist_entries_are_read_data()
 {
     QTest::addColumn<QByteArray>("data");
     QTest::addColumn<bool>("is_decoded");
@@ -247,7 +247,7 @@ void tst_options_of_hosts::early_user_assist_entries_are_read_data()
         << early + "x" << true << QStringList{u"17"_s, u"0"_s};
 }
 
-void tst_options_of_hosts::early_user_assist_entries_are_read()
+void tst_extraction_options_effects::early_user_assist_entries_are_read()
 {
     QFETCH(const QByteArray, data);
     option_fixture fixture;
@@ -279,7 +279,7 @@ void add_installations(evidence_volume &volume, bool has_software)
 
 } // namespace
 
-void tst_options_of_hosts::installations_of_users_follow_those_of_the_machine()
+void tst_extraction_options_effects::installations_of_users_follow_those_of_the_machine()
 {
     option_fixture fixture;
     fixture.options.installations_of_users = true;
@@ -306,7 +306,7 @@ void tst_options_of_hosts::installations_of_users_follow_those_of_the_machine()
              (QList<QStringList>{{u"ann"_s, u"ann 32"_s, u"Software\\"_s + uninstall_key_32}}));
 }
 
-void tst_options_of_hosts::installations_of_users_need_no_software_hive()
+void tst_extraction_options_effects::installations_of_users_need_no_software_hive()
 {
     option_fixture fixture;
     fixture.options.installations_of_users = true;
@@ -319,7 +319,7 @@ void tst_options_of_hosts::installations_of_users_need_no_software_hive()
     QCOMPARE(fixture.log.messages(), QStringList{u"[extract_installed_applications]---ENDS---"_s});
 }
 
-void tst_options_of_hosts::installations_of_users_stop_when_cancelled()
+void tst_extraction_options_effects::installations_of_users_stop_when_cancelled()
 {
     option_fixture fixture;
     fixture.options.installations_of_users = true;
@@ -351,7 +351,7 @@ void add_old_layout(evidence_volume &volume)
 
 } // namespace
 
-void tst_options_of_hosts::accounts_of_the_old_layout_are_found()
+void tst_extraction_options_effects::accounts_of_the_old_layout_are_found()
 {
     option_fixture fixture;
     fixture.options.old_layout = true;
@@ -364,7 +364,7 @@ void tst_options_of_hosts::accounts_of_the_old_layout_are_found()
         (QList<QStringList>{{u"ann"_s, u"/Documents and Settings/ann/NTUSER.DAT"_s}}));
 }
 
-void tst_options_of_hosts::users_folder_comes_before_the_old_layout()
+void tst_extraction_options_effects::users_folder_comes_before_the_old_layout()
 {
     option_fixture fixture;
     fixture.options.old_layout = true;
@@ -375,7 +375,7 @@ void tst_options_of_hosts::users_folder_comes_before_the_old_layout()
     QCOMPARE(fixture.worker.hive_path_software, QString());
 }
 
-void tst_options_of_hosts::old_layout_is_ignored_by_default()
+void tst_extraction_options_effects::old_layout_is_ignored_by_default()
 {
     option_fixture fixture;
     add_old_layout(fixture.volume);
@@ -384,7 +384,7 @@ void tst_options_of_hosts::old_layout_is_ignored_by_default()
     QCOMPARE(fixture.worker.hive_path_software, QString());
 }
 
-void tst_options_of_hosts::copies_are_read_in_the_place_of_hives()
+void tst_extraction_options_effects::copies_are_read_in_the_place_of_hives()
 {
     option_fixture fixture;
     const QTemporaryDir copies;
@@ -408,7 +408,7 @@ void tst_options_of_hosts::copies_are_read_in_the_place_of_hives()
     QCOMPARE(fixture.log.messages().filter(u"copy"_s), QStringList());
 }
 
-void tst_options_of_hosts::copy_that_is_no_hive_is_as_a_hive_that_is_none_data()
+void tst_extraction_options_effects::copy_that_is_no_hive_is_as_a_hive_that_is_none_data()
 {
     QTest::addColumn<QString>("copy");
     QTest::newRow("a folder") << u"FOLDER"_s;
@@ -417,7 +417,7 @@ void tst_options_of_hosts::copy_that_is_no_hive_is_as_a_hive_that_is_none_data()
     QTest::newRow("a device") << u"/dev/null"_s;
 }
 
-void tst_options_of_hosts::copy_that_is_no_hive_is_as_a_hive_that_is_none()
+void tst_extraction_options_effects::copy_that_is_no_hive_is_as_a_hive_that_is_none()
 {
     QFETCH(QString, copy);
     const QTemporaryDir folder;
@@ -432,7 +432,7 @@ void tst_options_of_hosts::copy_that_is_no_hive_is_as_a_hive_that_is_none()
              QList<QStringList>{{u"Backup"_s}});
 }
 
-void tst_options_of_hosts::all_options_work_together()
+void tst_extraction_options_effects::all_options_work_together()
 {
     option_fixture fixture;
     const QTemporaryDir copies;
@@ -452,5 +452,5 @@ void tst_options_of_hosts::all_options_work_together()
                                  {u"ann"_s, u"微信"_s, u'/' + ntuser}}));
 }
 
-TEST_MAIN(tst_options_of_hosts)
-#include "tst_options_of_hosts.moc"
+TEST_MAIN(tst_extraction_options_effects)
+#include "tst_extraction_options_effects.moc"

@@ -15,7 +15,7 @@ using namespace evidence;
 using namespace test_support;
 
 // What a host may ask for, and what becomes of wrong requests.
-class tst_extraction_options : public QObject
+class tst_extraction_options_parsing : public QObject
 {
     Q_OBJECT
 
@@ -51,7 +51,7 @@ QList<QStringList> all_rows(const QString &database_path)
 
 } // namespace
 
-void tst_extraction_options::are_read_from_a_map_data()
+void tst_extraction_options_parsing::are_read_from_a_map_data()
 {
     QTest::addColumn<QVariant>("property");
     QTest::addColumn<QList<bool>>("options");
@@ -73,7 +73,7 @@ void tst_extraction_options::are_read_from_a_map_data()
         {false, false, false, false, false});
 }
 
-void tst_extraction_options::are_read_from_a_map()
+void tst_extraction_options_parsing::are_read_from_a_map()
 {
     QFETCH(const QVariant, property);
     const parsed_options read = extraction_options_from(property);
@@ -85,7 +85,7 @@ void tst_extraction_options::are_read_from_a_map()
     QCOMPARE(read.ignored, QStringList());
 }
 
-void tst_extraction_options::ignore_wrong_entries_data()
+void tst_extraction_options_parsing::ignore_wrong_entries_data()
 {
     QTest::addColumn<QVariant>("property");
     QTest::addColumn<QString>("text");
@@ -108,7 +108,7 @@ void tst_extraction_options::ignore_wrong_entries_data()
         u"a?b?c is no known option and is ignored"_s);
 }
 
-void tst_extraction_options::ignore_wrong_entries()
+void tst_extraction_options_parsing::ignore_wrong_entries()
 {
     QFETCH(const QVariant, property);
     const parsed_options read = extraction_options_from(property);
@@ -118,7 +118,7 @@ void tst_extraction_options::ignore_wrong_entries()
     QVERIFY(read.options.hive_copies.isEmpty());
 }
 
-void tst_extraction_options::lead_to_copies()
+void tst_extraction_options_parsing::lead_to_copies()
 {
     extraction_options options;
     QCOMPARE(options.file_to_read(u"/v//SOFTWARE"_s), u"/v//SOFTWARE"_s);
@@ -131,7 +131,7 @@ void tst_extraction_options::lead_to_copies()
     QCOMPARE(options.file_to_read(u"/v/A"_s), u"/v/A"_s);
 }
 
-void tst_extraction_options::are_told_of_once_in_a_run()
+void tst_extraction_options_parsing::are_told_of_once_in_a_run()
 {
     const evidence_volume volume;
     const log_capture log;
@@ -147,7 +147,7 @@ void tst_extraction_options::are_told_of_once_in_a_run()
     }
 }
 
-void tst_extraction_options::are_left_alone_by_the_plug_in()
+void tst_extraction_options_parsing::are_left_alone_by_the_plug_in()
 {
     const evidence_volume volume;
     host_double host(volume);
@@ -157,7 +157,7 @@ void tst_extraction_options::are_left_alone_by_the_plug_in()
     QCOMPARE(host.plugin().property("extraction_options").toMap(), all_options);
 }
 
-void tst_extraction_options::change_nothing_where_none_is_needed_data()
+void tst_extraction_options_parsing::change_nothing_where_none_is_needed_data()
 {
     QTest::addColumn<QVariantMap>("options");
     for (auto option = all_options.cbegin(); option != all_options.cend(); ++option)
@@ -166,7 +166,7 @@ void tst_extraction_options::change_nothing_where_none_is_needed_data()
 }
 
 // Evidence in ASCII, spelt and laid out as hosts have always expected it.
-void tst_extraction_options::change_nothing_where_none_is_needed()
+void tst_extraction_options_parsing::change_nothing_where_none_is_needed()
 {
     QFETCH(const QVariantMap, options);
     evidence_volume volume;
@@ -186,5 +186,5 @@ void tst_extraction_options::change_nothing_where_none_is_needed()
     QCOMPARE(story(options), story({}));
 }
 
-TEST_MAIN(tst_extraction_options)
-#include "tst_extraction_options.moc"
+TEST_MAIN(tst_extraction_options_parsing)
+#include "tst_extraction_options_parsing.moc"
