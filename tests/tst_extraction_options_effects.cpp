@@ -444,7 +444,7 @@ void tst_extraction_options_effects::all_options_work_together()
                         hive_with_application(u"a"_s, u"Büro"_s));
     const QString ntuser = u"documents and settings/ann/ntuser.dat"_s;
     fixture.volume.file(ntuser, "stale");
-    fixture.options = {true, true, true, true, true, {{fixture.volume.path(ntuser), copy}}};
+    fixture.options = {true, true, true, true, true, true, {{fixture.volume.path(ntuser), copy}}};
     fixture.find();
     QCOMPARE(fixture.columns(u"install_apps_64"_s,
                              {u"system_account"_s, u"display_name"_s, u"source_file"_s}),

@@ -46,6 +46,8 @@ private slots:
     void names_the_first_failure_with_its_reason();
     void keeps_early_ends_data();
     void keeps_early_ends();
+    void keeps_what_is_unread_data();
+    void keeps_what_is_unread();
     void passes_other_texts_on_data();
     void passes_other_texts_on();
     void listens_while_it_lives();
@@ -146,6 +148,29 @@ void tst_failure_log::keeps_early_ends()
     QCOMPARE(failures.early_ends(), early_ends);
     log({u"[a]---STARTS---"_s, message});
     QCOMPARE(failures.early_ends(), early_ends + early_ends);
+    QCOMPARE(failures.unread(), QStringList());
+}
+
+void tst_failure_log::keeps_what_is_unread_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QStringList>("unread");
+    QTest::newRow("something unread")
+        << u"[a]---UNREAD--- /v/x: FAILED"_s << QStringList{u"/v/x: FAILED"_s};
+    QTest::newRow("with nothing before") << u"]---UNREAD--- x"_s << QStringList{u"x"_s};
+    QTest::newRow("within a path") << u"[a] /v/x]---UNREAD--- y"_s << QStringList();
+    QTest::newRow("another message") << u"[a]---STARTS---"_s << QStringList();
+}
+
+void tst_failure_log::keeps_what_is_unread()
+{
+    QFETCH(const QString, message);
+    QFETCH(const QStringList, unread);
+    const failure_log failures;
+    log({message});
+    QCOMPARE(failures.unread(), unread);
+    QCOMPARE(failures.early_ends(), QStringList());
+    QCOMPARE(failures.count(), 0);
 }
 
 void tst_failure_log::passes_other_texts_on_data()

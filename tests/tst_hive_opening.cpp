@@ -4,7 +4,6 @@
 #include "guarded_hive.h"
 #include "hive_precheck.h"
 #include "host_double.h"
-#include "key_check.h"
 #include "log_capture.h"
 #include "parse_hidden_desktop_icons.h"
 #include "parse_installed_applications.h"
@@ -12,7 +11,6 @@
 #include "plugin_tabs.h"
 #include "sample_evidence.h"
 #include "test_main.h"
-#include "unread_keys.h"
 #include "windows_installed_applications.h"
 
 #include <QFile>
@@ -179,11 +177,7 @@ constexpr named_operation operations[] = {
     {"the walker of applications", walk<parse_installed_applications>},
     {"the walker of desktop icons", walk<parse_hidden_desktop_icons>},
     {"the walker of UserAssist", walk<parse_user_assist>},
-    {"the host's look whether it opens", [](const QString &path) { opens_as_hive(path); }},
-    {"the host's check of keys",
-     [](const QString &path) {
-         key_findings(path, {{u"Windows"_s, 0, 1}});
-     }},
+    {"the guarded reader", [](const QString &path) { guarded_hive().open(path); }},
 };
 
 /// The flags of all openings of a hive, each once.
@@ -313,11 +307,10 @@ void tst_hive_opening::reads_every_hive_of_a_run_into_memory()
         watches.push_back(std::make_unique<file_watch>(hive));
 
     const source_volume source(volume.root());
-    precheck_warnings(source, volume.accounts(), plugin_tabs());
+    precheck_warnings(source, software_hive_to_read(source), volume.accounts(), plugin_tabs());
     host_double(volume).run();
     QVERIFY(!openings.isEmpty());
     QVERIFY(open_hives.isEmpty());
-    unread_key_warnings(source, volume.accounts(), plugin_tabs());
 
     for (const hive_opening &opening : std::as_const(openings))
         QCOMPARE(opening.flags, read_into_memory);

@@ -51,6 +51,14 @@ QByteArray hive_with_sum(quint32 rest, quint32 stored_sum)
     return base_block;
 }
 
+/// The warnings about the volume, whichever software hive it has.
+QStringList warnings_of(const evidence_volume &volume, const QStringList &accounts,
+                        const QList<host_tab> &tabs)
+{
+    const source_volume source(volume.root());
+    return texts_of(precheck_warnings(source, software_hive_to_read(source), accounts, tabs));
+}
+
 } // namespace
 
 class tst_hive_precheck : public QObject
@@ -200,16 +208,15 @@ void tst_hive_precheck::looks_only_at_the_hives_that_the_tabs_read()
     QFETCH(QStringList, tabs);
     QFETCH(QStringList, warnings);
     const evidence_volume volume;
-    QCOMPARE(texts_of(precheck_warnings(source_volume(volume.root()), {u"ann"_s, u"bob"_s},
-                                        tabs_named(plugin_tabs(), tabs))),
-             warnings);
+    QCOMPARE(warnings_of(volume, {u"ann"_s, u"bob"_s}, tabs_named(plugin_tabs(), tabs)), warnings);
 }
 
 void tst_hive_precheck::looks_at_no_hive_of_a_user_for_the_machine_alone()
 {
     const evidence_volume volume;
-    const auto tabs = without_keys_of_users(tabs_named(plugin_tabs(), {u"install_apps_32"_s}));
-    QCOMPARE(texts_of(precheck_warnings(source_volume(volume.root()), {u"ann"_s}, tabs)),
+    const auto tabs =
+        without_installations_of_users(tabs_named(plugin_tabs(), {u"install_apps_32"_s}));
+    QCOMPARE(warnings_of(volume, {u"ann"_s}, tabs),
              (QStringList{u"Windows/System32/config/SOFTWARE: not found"_s,
                           u"Windows/System32/config/RegBack/SOFTWARE: not found"_s}));
 }
@@ -244,8 +251,7 @@ void tst_hive_precheck::looks_at_the_backup_only_when_it_is_needed()
     evidence_volume volume;
     volume.file(u"Windows/System32/config/SOFTWARE"_s, software);
     volume.file(u"Windows/System32/config/RegBack/SOFTWARE"_s, backup);
-    QCOMPARE(texts_of(precheck_warnings(source_volume(volume.root()), {}, plugin_tabs())),
-             warnings);
+    QCOMPARE(warnings_of(volume, {}, plugin_tabs()), warnings);
 }
 
 TEST_MAIN(tst_hive_precheck)

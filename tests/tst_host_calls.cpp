@@ -49,7 +49,7 @@ void tst_host_calls::calls_the_operations_in_the_documented_order()
                         u"call: pub_create_db_tables()"_s,
                         u"call: pub_set_clear_db(false)"_s,
                         u"call: pub_find_source_file(decode_by_type | ignore_letter_case | "
-                        "installations_of_users | old_layout)"_s,
+                        "installations_of_users | keep_hives_open | old_layout | report_unread)"_s,
                         u"call: pub_extract_artifacts()"_s,
                         u"call: pub_remove_temporary_asthetics()"_s,
                         u"call: delete()"_s,

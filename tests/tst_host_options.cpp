@@ -58,9 +58,10 @@ void tst_host_options::tells_what_it_asked_for_data()
     QTest::newRow("everything by default")
         << QStringList() << every_option
         << u"call: pub_find_source_file(decode_by_type | ignore_letter_case | "
-           "installations_of_users | old_layout)"_s;
+           "installations_of_users | keep_hives_open | old_layout | report_unread)"_s;
     QTest::newRow("nothing like the suite")
-        << QStringList{like_the_suite} << no_option << u"call: pub_find_source_file()"_s;
+        << QStringList{like_the_suite} << no_option
+        << u"call: pub_find_source_file(keep_hives_open | report_unread)"_s;
 }
 
 void tst_host_options::tells_what_it_asked_for()

@@ -10,6 +10,19 @@ using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
 
+namespace {
+
+/// The key paths of described keys.
+QStringList paths_of(const QVariant &keys)
+{
+    QStringList paths;
+    for (const QVariant &key : keys.toList())
+        paths.append(key.toMap().value(u"path"_s).toString());
+    return paths;
+}
+
+} // namespace
+
 // What the host knows of the tabs agrees with what the plug-in does.
 class tst_host_tabs : public QObject
 {
@@ -59,14 +72,17 @@ void tst_host_tabs::name_the_keys_that_the_plug_in_reads()
     host_double host(volume);
     host.run();
     const result_database database(host.database_path());
-    for (const host_tab &tab : plugin_tabs()) {
-        if (tab.input == tab_input::package_folder)
+    for (const QVariant &described : described_artifacts()) {
+        const QVariantMap tab = described.toMap();
+        const QString name = tab.value(u"name"_s).toString();
+        const QString input = tab.value(u"input"_s).toString();
+        if (input == "package_folders"_L1)
             continue;
-        const bool is_users = tab.input == tab_input::user_hive;
-        const QStringList key_paths = database.column(tab.name, u"ltrim(reg_path, '\\')"_s);
-        const QStringList hives = database.column(tab.name, u"reg_file"_s);
-        QCOMPARE(key_paths, QStringList(sample_row_count, tab.keys.first().key_path));
-        QCOMPARE(hives, QStringList(sample_row_count, is_users ? u"NTUSER.DAT"_s : u"SOFTWARE"_s));
+        const QString key = paths_of(tab.value(u"keys"_s)).value(0);
+        const QString hive = input == "user_hives"_L1 ? u"NTUSER.DAT"_s : u"SOFTWARE"_s;
+        QCOMPARE(database.column(name, u"ltrim(reg_path, '\\')"_s),
+                 QStringList(sample_row_count, key));
+        QCOMPARE(database.column(name, u"reg_file"_s), QStringList(sample_row_count, hive));
     }
 }
 
@@ -86,16 +102,15 @@ void tst_host_tabs::name_the_keys_of_users()
 {
     QFETCH(const QStringList, paths);
     const QString name = QString::fromLatin1(QTest::currentDataTag());
-    const host_tab tab = tabs_named(plugin_tabs(), {name}).value(0);
-    QStringList told;
-    for (const listed_key &key : tab.keys_of_users) {
-        QCOMPARE(key.first_value_level, 1);
-        QCOMPARE(key.last_level, 1);
-        told.append(key.key_path);
+    for (const QVariant &described : described_artifacts()) {
+        const QVariantMap tab = described.toMap();
+        if (tab.value(u"name"_s) == name)
+            QCOMPARE(paths_of(tab.value(u"keys_of_users"_s)), paths);
     }
-    QCOMPARE(told, paths);
+    const host_tab tab = tabs_named(plugin_tabs(), {name}).value(0);
     QCOMPARE(reads_user_hives({tab}), !paths.isEmpty() || tab.input == tab_input::user_hive);
-    QCOMPARE(reads_user_hives(without_keys_of_users({tab})), tab.input == tab_input::user_hive);
+    QCOMPARE(reads_user_hives(without_installations_of_users({tab})),
+             tab.input == tab_input::user_hive);
 }
 
 void tst_host_tabs::are_chosen_in_their_own_order()

@@ -168,7 +168,7 @@ void tst_host_warnings::warns_about_keys_that_cannot_be_listed()
     QCOMPARE(
         result.errors,
         QStringList{
-            u"artifact_host: warning: %1: the keys in CurrentVersion cannot be listed, so Microsoft\\Windows\\CurrentVersion\\Uninstall is not read"_s
+            u"artifact_host: warning: %1: the keys in Microsoft\\Windows\\CurrentVersion cannot be listed, so Microsoft\\Windows\\CurrentVersion\\Uninstall is not read"_s
                 .arg(software_file)});
     QCOMPARE(result.exit_code, 6);
 }
@@ -186,7 +186,7 @@ void tst_host_warnings::warns_about_keys_of_the_backup_when_that_is_read()
     QCOMPARE(result.errors.size(), 3);
     QCOMPARE(
         result.errors.last(),
-        u"artifact_host: warning: %1: the keys in CurrentVersion cannot be listed, so Microsoft\\Windows\\CurrentVersion\\Uninstall is not read"_s
+        u"artifact_host: warning: %1: the keys in Microsoft\\Windows\\CurrentVersion cannot be listed, so Microsoft\\Windows\\CurrentVersion\\Uninstall is not read"_s
             .arg(backup_file));
 }
 

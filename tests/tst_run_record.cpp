@@ -28,6 +28,7 @@ private slots:
     void tells_what_was_read();
     void tells_the_state_of_hives_data();
     void tells_the_state_of_hives();
+    void tells_how_long_hashing_took();
     void leaves_hashes_out_when_asked();
     void opens_nothing_that_is_no_regular_file();
     void tells_rows_and_seconds_of_each_tab();
@@ -164,10 +165,21 @@ void tst_run_record::tells_the_state_of_hives()
     QCOMPARE(file.value("size"_L1).toInteger(), content.size());
 }
 
+void tst_run_record::tells_how_long_hashing_took()
+{
+    const auto volume = small_volume();
+    static const QRegularExpression line(
+        u"^artifact_host: SHA-256 of what was read, before and after: 4 files hashed in "
+        "\\d+\\.\\d s, of which the run waited \\d+\\.\\d s$"_s);
+    QVERIFY(line.match(extract(*volume).hashes_line).hasMatch());
+}
+
 void tst_run_record::leaves_hashes_out_when_asked()
 {
     const auto volume = small_volume();
-    QCOMPARE(extract(*volume, {u"--no-hashes"_s}).exit_code, 0);
+    const host_result result = extract(*volume, {u"--no-hashes"_s});
+    QCOMPARE(result.exit_code, 0);
+    QCOMPARE(result.hashes_line, QString());
     const QJsonObject file = file_entry(software_file);
     QCOMPARE(file.value("size"_L1).toInteger(), QFileInfo(volume->software_path()).size());
     QVERIFY(!file.contains("sha256_before"_L1) && !file.contains("sha256_after"_L1));

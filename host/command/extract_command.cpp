@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "account_selection.h"
-#include "allocator_settings.h"
 #include "console.h"
+#include "hive_memory.h"
 #include "hive_precheck.h"
 #include "passed_over.h"
 #include "plugin_library.h"
@@ -72,7 +72,7 @@ chosen_tabs choose_tabs(const artifact_plugin &plugin, const extract_options &op
     const QStringList &names = options.tabs;
     const QList<host_tab> all = tabs_of(plugin);
     const QList<host_tab> tabs =
-        options.reading.installations_of_users ? all : without_keys_of_users(all);
+        options.reading.installations_of_users ? all : without_installations_of_users(all);
     if (tabs.isEmpty())
         return {{}, refusal{exit_plugin, u"the plug-in does not tell which tabs it fills"_s}};
     const QStringList known = names_of(tabs);
@@ -94,7 +94,9 @@ prepared_run choose_input(const source_volume &volume, const extract_options &op
     run.tabs = tabs_within(volume, tabs, left_out);
     append_left_out(run.findings, left_out);
     append_remarks(run.findings, selection.remarks);
-    run.findings += precheck_warnings(volume, selection.accounts, run.tabs);
+    if (any_reads(run.tabs, tab_input::software_hive))
+        run.software_hive = software_hive_to_read(volume);
+    run.findings += precheck_warnings(volume, run.software_hive, selection.accounts, run.tabs);
     run.findings += passed_over_warnings(volume, selection, run.tabs);
     run.plan.source_root = volume.root();
     run.plan.accounts = selection.accounts;
@@ -155,7 +157,7 @@ exit_code extract(const extract_options &options)
         print_warnings(texts_of(run.findings)); // they may tell why
         return refuse(nothing_to_read(volume));
     }
-    keep_hive_memory_mapped(size_of_largest_hive(volume, run.plan.accounts));
+    prepare_memory_for_hive(size_of_largest_hive(volume, run.plan.accounts));
     if (const auto refused =
             choose_output(volume, options, plugin.object->pub_get_artifact_name(), run))
         return refuse(*refused);

@@ -4,6 +4,8 @@
 #include <QJsonArray>
 #include <QSysInfo>
 
+#include "sha256.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {

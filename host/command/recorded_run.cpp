@@ -2,21 +2,31 @@
 
 #include <QFileInfo>
 #include <QStorageInfo>
+#include <QThread>
 
 #include <atomic>
 
 #include "console.h"
 #include "database_check.h"
+#include "file_hashes.h"
 #include "interrupt_watch.h"
 #include "output_watch.h"
 #include "record_entry.h"
 #include "run_lock.h"
 #include "run_record.h"
-#include "unread_keys.h"
+#include "unread_report.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+QString line_about(const file_hashes &hashes)
+{
+    return u"SHA-256 of what was read, before and after: %1 files hashed in %2 s, of which the run "
+           "waited %3 s"_s.arg(QString::number(hashes.count()),
+                               QString::number(hashes.seconds(), 'f', 1),
+                               QString::number(hashes.seconds_waited(), 'f', 1));
+}
 
 /// One run from the lock of its folder to the end of its record.
 class recorded_run
@@ -43,7 +53,8 @@ private:
     row_counts rows_in_database() const;
     QString note_of_full_disk() const;
     run_outcome extract(row_counts &before, output_watch &results);
-    void check_evidence(bool is_cancelled);
+    void hash_before();
+    void check_evidence(const run_outcome &outcome);
     bool finish_record(const finished_run &finished, exit_code code, const output_watch &folder);
 
     const loaded_plugin &m_plugin;
@@ -55,6 +66,7 @@ private:
     std::optional<run_record> m_record; // read once the lock is held
     QJsonObject m_entry;
     recorded_facts m_facts;
+    file_hashes m_hashes; // its threads end before anything else
 };
 
 std::optional<refusal> recorded_run::begin()
@@ -67,7 +79,9 @@ std::optional<refusal> recorded_run::begin()
     if (auto refused = refusal_of(state, m_database, m_options.results.replace))
         return refused;
     m_facts.begin = QDateTime::currentDateTimeUtc();
-    m_facts.files = files_before_run(m_volume, m_run.plan.accounts, m_run.tabs, {m_options.hashes});
+    m_facts.files =
+        files_before_run(m_volume, m_run.software_hive, m_run.plan.accounts, m_run.tabs);
+    hash_before();
     m_facts.folders = listed_folders(m_volume, m_run.plan.accounts, m_run.tabs);
     if (auto refused = choose_mode())
         return refused;
@@ -76,6 +90,16 @@ std::optional<refusal> recorded_run::begin()
             return refused;
     }
     return begin_record();
+}
+
+/// Whether a source is that of earlier results, its hashes tell; else they are not waited for.
+void recorded_run::hash_before()
+{
+    if (!m_options.hashes)
+        return;
+    m_hashes.begin(m_volume, m_facts.files, &read_file::before, 1);
+    if (QFileInfo::exists(m_database) && !m_options.results.replace)
+        m_hashes.finish(m_facts.files, [] { return false; });
 }
 
 described_source recorded_run::source() const
@@ -158,15 +182,19 @@ run_outcome recorded_run::extract(row_counts &before, output_watch &results)
 }
 
 /// Looks for what was not read, and whether the files are still the same.
-void recorded_run::check_evidence(bool is_cancelled)
+void recorded_run::check_evidence(const run_outcome &outcome)
 {
-    QStringList unread;
-    if (!is_cancelled)
-        unread = unread_key_warnings(m_volume, m_run.plan.accounts, m_run.tabs);
+    QStringList unread = unread_warnings(m_volume, outcome.unread);
     std::atomic<bool> is_interrupted = false;
     const interrupt_watch interrupts([&is_interrupted] { is_interrupted = true; });
-    unread += look_again(m_volume, m_facts.files,
-                         {m_options.hashes, [&is_interrupted] { return is_interrupted.load(); }});
+    const auto is_cancelled = [&is_interrupted] { return is_interrupted.load(); };
+    m_hashes.finish(m_facts.files, is_cancelled);
+    look_again(m_volume, m_facts.files);
+    if (m_options.hashes) {
+        m_hashes.begin(m_volume, m_facts.files, &read_file::after, QThread::idealThreadCount());
+        m_hashes.finish(m_facts.files, is_cancelled);
+    }
+    unread += changed_files(m_facts.files);
     print_warnings(unread);
     append_left_out(m_run.findings, unread);
 }
@@ -191,9 +219,11 @@ exit_code recorded_run::make()
     finished.log_problems = log.problems();
     if (finished.output_problems.isEmpty())
         finished.counts = rows_since(before, rows_in_database());
-    check_evidence(finished.outcome.cancelled);
+    check_evidence(finished.outcome);
     finished.is_any_left_out = is_any_left_out(m_run.findings);
     print_notice(line_about(m_run.plan.options));
+    if (m_options.hashes)
+        print_notice(line_about(m_hashes));
     const exit_code code = report_run(finished);
     return finish_record(finished, code, folder) ? code : exit_run_failed;
 }

@@ -15,6 +15,7 @@ struct prepared_run
     extraction_plan plan;
     result_location location;
     QList<host_tab> tabs;
+    QString software_hive;         ///< the one to read, or its backup; empty if no tab reads it
     QList<finding> shown_findings; ///< those that the examiner has been told
     QList<finding> findings;
 };

@@ -21,9 +21,9 @@ namespace {
 /// One tab of each input: what a run of all tabs would read.
 QList<host_tab> every_input()
 {
-    return {{{}, tab_input::software_hive, {}, {}},
-            {{}, tab_input::user_hive, {}, {}},
-            {{}, tab_input::package_folder, {}, {}}};
+    return {{{}, tab_input::software_hive, false},
+            {{}, tab_input::user_hive, false},
+            {{}, tab_input::package_folder, false}};
 }
 
 /// Years of more digits, which only forged headers tell, have no text.

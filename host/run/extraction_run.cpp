@@ -51,13 +51,6 @@ void connect_signals(const artifact_plugin &plugin, const tab_watch &tabs)
     QObject::connect(&plugin, TABS_SIGNAL, &tabs, SLOT(slot_tabs(int)));
 }
 
-/// A plug-in that is asked for nothing keeps what it would do for every host.
-void ask_for(const reading_options &options, artifact_plugin &plugin)
-{
-    if (const QVariantMap property = property_of(options); !property.isEmpty())
-        plugin.setProperty("extraction_options", property);
-}
-
 void hand_over(artifact_plugin &plugin, const extraction_plan &plan)
 {
     plugin.pub_set_engine_type(desk_edition);
@@ -112,7 +105,7 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     hand_over(plugin, plan);
     QString trouble = prepare_tables(plugin, plan, failures, hooks);
     if (trouble.isEmpty()) {
-        ask_for(plan.options, plugin);
+        plugin.setProperty("extraction_options", property_of(plan.options));
         plugin.pub_find_source_file();
         tabs.begin();
         plugin.pub_extract_artifacts();
@@ -121,5 +114,5 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     plugin.pub_remove_temporary_asthetics();
 
     return {tabs.rows(),           interrupts.interrupted(), failures.count(), failures.first(),
-            failures.early_ends(), tabs.results(),           trouble};
+            failures.early_ends(), failures.unread(),        tabs.results(),   trouble};
 }

@@ -32,6 +32,7 @@ struct run_outcome
     qint64 failures = 0;    ///< failures that the plug-in logged
     QString first_failure;  ///< what the first of them said
     QStringList early_ends; ///< one text for each place where it left something out
+    QStringList unread;     ///< one text for each place that it could not read
     QList<tab_result> tabs; ///< those that were begun, in their order
     QString trouble;        ///< why the run was ended before its end; empty when it was not
 

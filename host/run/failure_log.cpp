@@ -2,6 +2,8 @@
 
 #include <QLoggingCategory>
 
+#include <optional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -11,6 +13,8 @@ constexpr auto line_mark = "][Artifacts Extraction]["_L1;
 constexpr auto message_mark = "]:-- "_L1;
 // The message of an early end: "[operation]---ENDS EARLY--- path, key KEY: what was left out".
 constexpr auto early_end_mark = "]---ENDS EARLY--- "_L1;
+// The message about what cannot be read: "[operation]---UNREAD--- path: what is not read".
+constexpr auto unread_mark = "]---UNREAD--- "_L1;
 
 /// `FAILED` counts only before the first '/', so that a path cannot fake it.
 bool tells_failure(const QString &message)
@@ -19,13 +23,14 @@ bool tells_failure(const QString &message)
     return told.contains("FAILED"_L1) || told.contains("opening failed"_L1);
 }
 
-/// Where the text of an early end begins; -1 for other messages. The mark counts only before the
-/// first '/'.
-qsizetype early_end_text(const QString &message)
+/// The text behind the mark; nothing for other messages. The mark counts only before the first '/'.
+std::optional<QString> text_behind(QLatin1StringView mark, const QString &message)
 {
-    const qsizetype mark = message.indexOf(early_end_mark);
+    const qsizetype position = message.indexOf(mark);
     const qsizetype path = message.indexOf(u'/');
-    return mark < 0 || (path >= 0 && path < mark) ? -1 : mark + early_end_mark.size();
+    if (position < 0 || (path >= 0 && path < position))
+        return std::nullopt;
+    return message.mid(position + mark.size());
 }
 
 /// The operation that tells of its beginning or its end; empty for other messages. Some tell both
@@ -87,8 +92,12 @@ void failure_log::receive(QtMsgType type, const QMessageLogContext &context, con
 
 void failure_log::take(const QString &message)
 {
-    if (const qsizetype text = early_end_text(message); text >= 0) {
-        m_early_ends.append(message.mid(text));
+    if (const auto early_end = text_behind(early_end_mark, message)) {
+        m_early_ends.append(*early_end);
+        return;
+    }
+    if (const auto unread = text_behind(unread_mark, message)) {
+        m_unread.append(*unread);
         return;
     }
     if (m_count == 1 && m_first_reason.isEmpty() && tells_reason(message))

@@ -8,7 +8,8 @@
 #include <functional>
 #include <utility>
 
-/// Listens to a plug-in's debug log while it lives and keeps what failed or ended early.
+/// Listens to a plug-in's debug log while it lives and keeps what failed, ended early or could not
+/// be read.
 ///
 /// A plug-in returns no status. Only its debug log tells that a table could not be made or a row
 /// could not be written. With its terminal switch on, the plug-in sends every line to Qt's debug
@@ -48,6 +49,9 @@ public:
     /// out.
     const QStringList &early_ends() const { return m_early_ends; }
 
+    /// The lines that tell what of a hive could not be read, each without its mark.
+    const QStringList &unread() const { return m_unread; }
+
 private:
     struct part
     {
@@ -70,6 +74,7 @@ private:
     part m_part;
     std::function<void()> m_on_failure;
     QStringList m_early_ends;
+    QStringList m_unread;
 };
 
 #endif

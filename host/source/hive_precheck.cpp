@@ -4,8 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "guarded_hive.h"
 #include "hive_base_block.h"
-#include "key_check.h"
 #include "regf_format.h"
 
 using namespace Qt::StringLiterals;
@@ -121,11 +121,12 @@ bool has_usable_backup(const source_volume &volume)
     return check_hive_file(volume.root() + volume.software_backup()).readable;
 }
 
-void append_software_findings(const source_volume &volume, QList<finding> &findings)
+void append_software_findings(const source_volume &volume, const QString &hive_to_read,
+                              QList<finding> &findings)
 {
     const hive_findings hive = check_hive_file(volume.root() + volume.software_hive());
     append_findings(hive, volume.software_hive(), !hive.is_whole(), findings);
-    if (software_hive_to_read(volume) == volume.software_hive())
+    if (hive_to_read == volume.software_hive())
         return;
     const hive_findings backup = check_hive_file(volume.root() + volume.software_backup());
     append_findings(backup, volume.software_backup(), !backup.is_whole(), findings);
@@ -168,16 +169,16 @@ QString software_hive_to_read(const source_volume &volume)
 {
     const QString hive = volume.root() + volume.software_hive();
     const bool is_read =
-        check_hive_file(hive).readable && (!has_usable_backup(volume) || opens_as_hive(hive));
+        check_hive_file(hive).readable && (!has_usable_backup(volume) || guarded_hive().open(hive));
     return is_read ? volume.software_hive() : volume.software_backup();
 }
 
-QList<finding> precheck_warnings(const source_volume &volume, const QStringList &accounts,
-                                 const QList<host_tab> &tabs)
+QList<finding> precheck_warnings(const source_volume &volume, const QString &software_hive,
+                                 const QStringList &accounts, const QList<host_tab> &tabs)
 {
     QList<finding> findings;
     if (any_reads(tabs, tab_input::software_hive))
-        append_software_findings(volume, findings);
+        append_software_findings(volume, software_hive, findings);
     if (reads_user_hives(tabs)) {
         for (const QString &account : accounts)
             append_user_findings(volume, volume.user_hive(account), findings);

@@ -31,14 +31,14 @@ struct hive_findings
 hive_findings check_hive_file(const QString &path);
 
 /// The path, relative to the volume, of the software hive that the tabs read. If the hive itself
-/// cannot be opened, that is its backup.
+/// cannot be opened, that is its backup. Where a backup could be read, this opens the hive.
 QString software_hive_to_read(const source_volume &volume);
 
 /// One warning, beginning with the path relative to the volume, for each finding about the hives
-/// that the tabs read, and for each package folder that may not be listed. The backup of the
-/// software hive is examined only if it is needed. An account without a hive is a remark: not every
-/// account has one.
-QList<finding> precheck_warnings(const source_volume &volume, const QStringList &accounts,
-                                 const QList<host_tab> &tabs);
+/// that the tabs read, and for each package folder that may not be listed. `software_hive` is what
+/// software_hive_to_read() chose; the backup is examined only if it is that one. An account without
+/// a hive is a remark: not every account has one.
+QList<finding> precheck_warnings(const source_volume &volume, const QString &software_hive,
+                                 const QStringList &accounts, const QList<host_tab> &tabs);
 
 #endif

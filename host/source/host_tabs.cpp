@@ -21,29 +21,13 @@ std::optional<tab_input> input_named(const QString &name)
     return std::nullopt;
 }
 
-listed_key key_of(const QVariantMap &description)
-{
-    return {description.value(u"path"_s).toString(),
-            description.value(u"first_value_level"_s).toInt(),
-            description.value(u"last_level"_s).toInt()};
-}
-
-QList<listed_key> keys_of(const QVariant &descriptions)
-{
-    QList<listed_key> keys;
-    for (const QVariant &key : descriptions.toList())
-        keys.append(key_of(key.toMap()));
-    return keys;
-}
-
 std::optional<host_tab> tab_of(const QVariantMap &description)
 {
     const QString name = description.value(u"name"_s).toString();
     const auto input = input_named(description.value(u"input"_s).toString());
     if (name.isEmpty() || !input)
         return std::nullopt;
-    return host_tab{name, *input, keys_of(description.value(u"keys"_s)),
-                    keys_of(description.value(u"keys_of_users"_s))};
+    return host_tab{name, *input, !description.value(u"keys_of_users"_s).toList().isEmpty()};
 }
 
 } // namespace
@@ -83,17 +67,17 @@ QList<host_tab> tabs_named(const QList<host_tab> &tabs, const QStringList &names
     return named;
 }
 
-QList<host_tab> without_keys_of_users(QList<host_tab> tabs)
+QList<host_tab> without_installations_of_users(QList<host_tab> tabs)
 {
     for (host_tab &tab : tabs)
-        tab.keys_of_users.clear();
+        tab.may_read_user_hives = false;
     return tabs;
 }
 
 bool reads_user_hives(const QList<host_tab> &tabs)
 {
     return std::any_of(tabs.begin(), tabs.end(), [](const host_tab &tab) {
-        return tab.input == tab_input::user_hive || !tab.keys_of_users.isEmpty();
+        return tab.input == tab_input::user_hive || tab.may_read_user_hives;
     });
 }
 

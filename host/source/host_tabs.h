@@ -6,8 +6,6 @@
 #include <QStringList>
 #include <QVariantList>
 
-#include "key_check.h"
-
 class QObject;
 
 /// What a tab is filled from.
@@ -23,8 +21,7 @@ struct host_tab
 {
     QString name;
     tab_input input;
-    QList<listed_key> keys; ///< the registry keys that it lists; none when it reads no hive
-    QList<listed_key> keys_of_users; ///< those that it lists in the users' hives besides
+    bool may_read_user_hives; ///< besides its input, if the plug-in is asked to
 };
 
 /// The tabs that the plug-in object tells of in its property "artifacts", in the order in which it
@@ -41,9 +38,9 @@ QStringList names_of(const QList<host_tab> &tabs);
 QList<host_tab> tabs_named(const QList<host_tab> &tabs, const QStringList &names);
 
 /// The tabs of a run that reads no installations of users.
-QList<host_tab> without_keys_of_users(QList<host_tab> tabs);
+QList<host_tab> without_installations_of_users(QList<host_tab> tabs);
 
-/// Whether one of `tabs` lists keys of the users' hives.
+/// Whether one of `tabs` is filled from the users' hives.
 bool reads_user_hives(const QList<host_tab> &tabs);
 
 /// Whether one of `tabs` is filled from `input`.

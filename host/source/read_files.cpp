@@ -1,6 +1,5 @@
 #include "read_files.h"
 
-#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 
@@ -13,33 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 most_of_a_part = 1 << 20;
-
-/// Reads the open file to its end. An empty text when that fails or is cancelled.
-QString sha256_of_content(QFile &file, const std::function<bool()> &is_cancelled)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    const qint64 part_size = std::clamp<qint64>(file.size(), 1, most_of_a_part);
-    QByteArray part(part_size, Qt::Uninitialized);
-    qint64 size = 0;
-    while ((size = file.read(part.data(), part_size)) > 0) {
-        hash.addData(QByteArrayView(part.constData(), size));
-        if (is_cancelled())
-            return {};
-    }
-    return size < 0 ? QString() : QString::fromLatin1(hash.result().toHex());
-}
-
-void add_hash(file_look &look, const QString &path, const hashing &how)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        look.failure = file.errorString();
-    else if (how.is_wanted)
-        look.sha256 = sha256_of_content(file, how.is_cancelled);
-}
-
-file_look look_at(const source_volume &volume, const QString &relative, const hashing &how)
+file_look look_at(const source_volume &volume, const QString &relative)
 {
     const QFileInfo info(volume.root() + relative);
     file_look look{
@@ -48,8 +21,8 @@ file_look look_at(const source_volume &volume, const QString &relative, const ha
         look.failure = u"a link leads out of the source"_s;
     else if (!info.isFile())
         look.failure = info.exists() ? u"not a regular file"_s : u"not found"_s;
-    else
-        add_hash(look, info.filePath(), how);
+    else if (QFile file(info.filePath()); !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        look.failure = file.errorString();
     return look;
 }
 
@@ -65,13 +38,13 @@ QString state_of(const hive_findings &hive)
     return states.join(", "_L1);
 }
 
-QStringList paths_of_hives(const source_volume &volume, const QStringList &accounts,
-                           const QList<host_tab> &tabs)
+QStringList paths_of_hives(const source_volume &volume, const QString &software_hive,
+                           const QStringList &accounts, const QList<host_tab> &tabs)
 {
     QStringList paths;
     if (any_reads(tabs, tab_input::software_hive)) {
         paths.append(volume.software_hive());
-        if (software_hive_to_read(volume) != volume.software_hive())
+        if (software_hive != volume.software_hive())
             paths.append(volume.software_backup());
     }
     if (reads_user_hives(tabs)) {
@@ -89,7 +62,7 @@ bool is_same(const file_look &before, const file_look &after)
     const bool is_same_content =
         before.sha256.isEmpty() || after.sha256.isEmpty() || before.sha256 == after.sha256;
     return is_same_content && before.size == after.size && before.modified == after.modified &&
-           before.failure == after.failure;
+           before.changed == after.changed && before.failure == after.failure;
 }
 
 /// Counts without keeping the entries: there may be a million.
@@ -105,22 +78,27 @@ qint64 entries_in(const QString &folder)
 
 } // namespace
 
-QList<read_file> files_before_run(const source_volume &volume, const QStringList &accounts,
-                                  const QList<host_tab> &tabs, const hashing &how)
+QList<read_file> files_before_run(const source_volume &volume, const QString &software_hive,
+                                  const QStringList &accounts, const QList<host_tab> &tabs)
 {
     QList<read_file> files;
-    for (const QString &path : paths_of_hives(volume, accounts, tabs)) {
+    for (const QString &path : paths_of_hives(volume, software_hive, accounts, tabs)) {
         const hive_findings hive = check_hive_file(volume.root() + path);
-        files.append({path, state_of(hive), hive.transaction_logs, look_at(volume, path, how), {}});
+        files.append({path, state_of(hive), hive.transaction_logs, look_at(volume, path), {}});
     }
     return files;
 }
 
-QStringList look_again(const source_volume &volume, QList<read_file> &files, const hashing &how)
+void look_again(const source_volume &volume, QList<read_file> &files)
+{
+    for (read_file &file : files)
+        file.after = look_at(volume, file.path);
+}
+
+QStringList changed_files(const QList<read_file> &files)
 {
     QStringList changed;
-    for (read_file &file : files) {
-        file.after = look_at(volume, file.path, how);
+    for (const read_file &file : files) {
         if (!is_same(file.before, file.after))
             changed.append(file.path + ": was changed by somebody else during the run"_L1);
     }
@@ -139,12 +117,4 @@ QList<listed_folder> listed_folders(const source_volume &volume, const QStringLi
             folders.append({path, entries_in(volume.root() + path)});
     }
     return folders;
-}
-
-QString sha256_of(const QString &path)
-{
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return {};
-    return sha256_of_content(file, [] { return false; });
 }

@@ -6,8 +6,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <functional>
-
 #include "host_tabs.h"
 #include "source_volume.h"
 
@@ -18,7 +16,7 @@ struct file_look
     QDateTime modified;
     QDateTime changed; ///< its name, place or permissions
     QDateTime created; ///< invalid where the file system does not tell
-    QString sha256;    ///< hexadecimal; empty when it was not asked for or cannot be had
+    QString sha256;    ///< hexadecimal, see file_hashes; empty when there is none
     QString failure;   ///< why the file cannot be read
 };
 
@@ -39,26 +37,20 @@ struct listed_folder
     qint64 entries = 0;
 };
 
-/// Whether to read the whole files, and what stops that.
-struct hashing
-{
-    bool is_wanted = true;
-    std::function<bool()> is_cancelled = [] { return false; };
-};
+/// The hives that the tabs are filled from, as they are before the run. `software_hive` is what
+/// software_hive_to_read() chose. Hives that are not there are left out; what is no regular file,
+/// or lies where a link leads out, is not opened. No look has a hash yet.
+QList<read_file> files_before_run(const source_volume &volume, const QString &software_hive,
+                                  const QStringList &accounts, const QList<host_tab> &tabs);
 
-/// The hives that the tabs are filled from, as they are before the run. Hives that are not there
-/// are left out; what is no regular file, or lies where a link leads out, is not opened.
-QList<read_file> files_before_run(const source_volume &volume, const QStringList &accounts,
-                                  const QList<host_tab> &tabs, const hashing &how);
+/// Looks at the files again.
+void look_again(const source_volume &volume, QList<read_file> &files);
 
-/// Looks at the files again. Returns one text for each that is another one now, with its path.
-QStringList look_again(const source_volume &volume, QList<read_file> &files, const hashing &how);
+/// One text, with its path, for each file that is another one now, as far as both looks tell.
+QStringList changed_files(const QList<read_file> &files);
 
 /// The package folders of the accounts and how many entries they have, if a tab lists them.
 QList<listed_folder> listed_folders(const source_volume &volume, const QStringList &accounts,
                                     const QList<host_tab> &tabs);
-
-/// The SHA-256 of a file of the examiner's own, hexadecimal; empty if it cannot be read.
-QString sha256_of(const QString &path);
 
 #endif

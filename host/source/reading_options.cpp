@@ -26,7 +26,7 @@ constexpr named_option named_options[] = {
 
 QVariantMap property_of(const reading_options &options)
 {
-    QVariantMap property;
+    QVariantMap property{{u"keep_hives_open"_s, true}, {u"report_unread"_s, true}};
     for (const named_option &option : named_options) {
         if (options.*option.member)
             property.insert(option.key, true);

@@ -17,7 +17,9 @@ struct reading_options
     static reading_options all() { return {true, true, true, true}; }
 };
 
-/// The options as the property of the plug-in object takes them; empty when nothing is asked for.
+/// The options as the property of the plug-in object takes them. Every run asks besides that hives
+/// are kept open, which changes no row and no line of the log, and that the log says what of them
+/// cannot be read.
 QVariantMap property_of(const reading_options &options);
 
 /// One line for the end of a run that tells which options were set.

@@ -48,7 +48,7 @@ bool write_hidden_icons(extraction &run)
     return for_each_user_hive(run, [&](const QString &path) {
         hive_rows rows = hive_rows::of_user(run, path);
         settings.data_records.clear();
-        walk_hive(run, settings, path, run.extracted().key);
+        walk_user_hive(run, settings, path, run.extracted().key);
         rows.log_findings(settings);
         return settings.data_records.isEmpty() ||
                write_icons(run, rows, path, settings.data_records);

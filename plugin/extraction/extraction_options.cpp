@@ -22,6 +22,7 @@ constexpr bool_option bool_options[] = {
     {"decode_by_type"_L1, &extraction_options::decode_by_type},
     {"installations_of_users"_L1, &extraction_options::installations_of_users},
     {"keep_hives_open"_L1, &extraction_options::keep_hives_open},
+    {"report_unread"_L1, &extraction_options::report_unread},
     {"old_layout"_L1, &extraction_options::old_layout},
 };
 

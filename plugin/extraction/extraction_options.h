@@ -14,6 +14,7 @@ struct extraction_options
     bool decode_by_type = false;         ///< decode registry data as their type says
     bool installations_of_users = false; ///< read the Uninstall keys of the users' hives too
     bool keep_hives_open = false;        ///< share one handle of a hive among the walks of a run
+    bool report_unread = false;          ///< log what of the hives cannot be read
     bool old_layout = false; ///< look for accounts in "Documents and Settings" where no Users is
 
     /// Full path of a source file to the file that is read in its place. Rows and log lines name

@@ -2,11 +2,37 @@
 
 #include "printable_text.h"
 
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto software_backup_path = "Windows/System32/config/RegBack/SOFTWARE"_L1;
+
+/// Logs what of the hive at `path` is not read, if the run is asked to.
+void log_unread(const extraction &run, const QString &path, const QString &what)
+{
+    if (run.context().options.report_unread)
+        run.log("---UNREAD--- "_L1 + printable_text(path + ": "_L1 + what));
+}
+
+/// The same for a hive that is there and cannot be opened.
+void log_unopened(const extraction &run, const QString &path)
+{
+    if (QFileInfo::exists(run.context().options.file_to_read(path)))
+        log_unread(run, path, u"cannot be opened as a registry hive, so it is not read"_s);
+}
+
+/// Lets `walker` read the key of the hive at `path`, or of the file that is read in its place, with
+/// the options of the run. Returns as registry::start_registry_parse().
+int walk_hive(const extraction &run, registry &walker, const QString &path,
+              const listed_registry_key &key)
+{
+    prepare_walker(run, walker);
+    return walker.start_registry_parse(run.context().options.file_to_read(path), key.path,
+                                       key.has_own_values());
+}
 
 } // namespace
 
@@ -39,6 +65,8 @@ void hive_rows::log_findings(const registry &walker) const
         m_run.log(" "_L1 + place(m_run.extracted().key.path) +
                   u"%1 texts hold half of a surrogate pair, written as U+FFFD"_s.arg(
                       walker.replaced_texts()));
+    for (const QString &sentence : walker.unread().sentences())
+        log_unread(m_run, m_hive_path, sentence);
 }
 
 /// Logs, once for each hive, that rows are left out.
@@ -62,12 +90,11 @@ QString hive_rows::place(const QString &key_path) const
     return printable_text(m_hive_path + ", key "_L1 + key_path + ": "_L1);
 }
 
-int walk_hive(const extraction &run, registry &walker, const QString &path,
-              const listed_registry_key &key)
+void walk_user_hive(const extraction &run, registry &walker, const QString &path,
+                    const listed_registry_key &key)
 {
-    prepare_walker(run, walker);
-    return walker.start_registry_parse(run.context().options.file_to_read(path), key.path,
-                                       key.has_own_values());
+    if (walk_hive(run, walker, path, key) == -1)
+        log_unopened(run, path);
 }
 
 void prepare_walker(const extraction &run, registry &walker)
@@ -98,5 +125,9 @@ QString walk_software_hive(const extraction &run, registry &walker)
     if (walked(context.software_hive_path))
         return context.software_hive_path;
     const QString backup = run.on_volume(context.source_root_path + software_backup_path);
-    return walked(backup) ? backup : QString();
+    if (walked(backup))
+        return backup;
+    log_unopened(run, context.software_hive_path);
+    log_unopened(run, backup);
+    return {};
 }

@@ -31,8 +31,8 @@ public:
     template<typename record_list, typename row_function>
     bool write(const record_list &records, row_function columns_of, qsizetype certain_rows = 0);
 
-    /// Logs what was unusual in the walker's last walk of the hive: it ended before its end, or
-    /// some of its texts hold half of a surrogate pair.
+    /// Logs what was unusual in the walker's last walk of the hive: it ended before its end, some
+    /// of its texts hold half of a surrogate pair, or, if asked for, something could not be read.
     void log_findings(const registry &walker) const;
 
 private:
@@ -51,10 +51,10 @@ private:
     bool m_is_full_table_logged = false;
 };
 
-/// Lets `walker` read the key of the hive at `path`, or of the file that is read in its place, with
-/// the options of the run. Returns as registry::start_registry_parse().
-int walk_hive(const extraction &run, registry &walker, const QString &path,
-              const listed_registry_key &key);
+/// Lets `walker` read the key of the user's hive at `path`, or of the file that is read in its
+/// place, with the options of the run. A hive that cannot be opened gives no records.
+void walk_user_hive(const extraction &run, registry &walker, const QString &path,
+                    const listed_registry_key &key);
 
 /// Lets `walker` read the artefact's key of the SOFTWARE hive, or of its backup copy when the hive
 /// cannot be opened. Returns the path of the one that was read; empty when neither can be.
@@ -112,7 +112,7 @@ bool write_rows_of_users(extraction &run, const listed_registry_key &key,
     walker_type walker;
     return for_each_user_hive(run, [&](const QString &path) {
         (walker.*records).clear();
-        walk_hive(run, walker, path, key);
+        walk_user_hive(run, walker, path, key);
         return write_walked(hive_rows::of_user(run, path), walker, walker.*records, columns_of);
     });
 }

@@ -17,6 +17,8 @@ namespace {
 constexpr qint64 filetime_unix_epoch = 116444736000000000;
 constexpr qint64 filetime_ticks_per_second = 10000000;
 
+const auto root_key_name = QStringLiteral("the root key");
+
 } // namespace
 
 registry::registry()
@@ -59,13 +61,14 @@ int registry::walk_opened_hive(const QString &hive_path,
     const auto walk_end = qScopeGuard([this] { end_walk(); });
     m_early_end.clear();
     m_replaced_texts = 0;
+    m_unread = {};
     m_walked = opened(hive_path);
     if (m_walked == nullptr)
         return -1;
     walk(m_walked->handle(), m_walked->root());
     if (has_ended_early()) {
         const QString key_path = m_walked->last_key_path();
-        m_early_end = key_path.isEmpty() ? QStringLiteral("the root key") : key_path;
+        m_early_end = key_path.isEmpty() ? root_key_name : key_path;
     }
     return 0;
 }
@@ -84,6 +87,7 @@ void registry::end_walk()
     m_hive.close();
     m_value_names = {};
     m_subkey_names.reset();
+    m_partly_listed.clear();
 }
 
 /// The hive that this walker has opened is guarded, any other one cannot be.
@@ -103,10 +107,41 @@ unsigned long registry::get_user_node_handle(hive_h *hive, QString key_path,
     for (const QStringView part : QStringView(key_path).tokenize(u'\\', Qt::SkipEmptyParts)) {
         if (node == 0)
             break;
+        const unsigned long parent = node;
         const QByteArray name = part.toLocal8Bit();
         node = m_subkey_names ? kept_child_named(hive, node, name) : child_named(hive, node, name);
+        if (node == 0 && m_partly_listed.contains(parent))
+            m_unread.note_hidden(key_path, path_function_of(parent));
     }
     return node;
+}
+
+/// Whether what cannot be read of the hive is unread in the walk: it walks that hive, and goes on.
+bool registry::is_walking(hive_h *hive) const
+{
+    return m_walked != nullptr && hive == m_walked->handle() && !has_ended_early();
+}
+
+/// A key that is not there, whose handle is 0, has nothing to list.
+void registry::note_unlisted(hive_h *hive, unsigned long node)
+{
+    if (node != 0 && is_walking(hive))
+        m_unread.note_unlisted(node, path_function_of(node));
+}
+
+void registry::note_unnamed(hive_h *hive, unsigned long node)
+{
+    if (is_walking(hive))
+        m_unread.note_unnamed(node, path_function_of(node));
+}
+
+/// Gives the path of a key that the walk has listed.
+unread_places::path_function registry::path_function_of(unsigned long node) const
+{
+    return [this, node] {
+        const QString path = m_walked->key_path(node);
+        return path.isEmpty() ? root_key_name : path;
+    };
 }
 
 /// Calls `visit` with each subkey and its name, until that returns false. Ends, as
@@ -116,11 +151,16 @@ template<typename function>
 void registry::visit_named_subkeys(hive_h *hive, unsigned long node, function visit)
 {
     unguarded_hive &reader = reader_of(hive);
-    for (const size_t child : entries_of(reader.subkeys(node))) {
+    const hivex_handles subkeys = reader.subkeys(node);
+    bool is_listed = bool(subkeys);
+    for (const size_t child : entries_of(subkeys)) {
         const hivex_text name = reader.key_name(child);
+        is_listed = bool(name);
         if (!name || !visit(child, name.get()))
-            return;
+            break;
     }
+    if (!is_listed && is_walking(hive))
+        m_partly_listed.insert(node);
 }
 
 /// The search of hivex_node_get_child(), which compares without regard to ASCII case.
@@ -154,12 +194,15 @@ unsigned long registry::kept_child_named(hive_h *hive, unsigned long node, const
 void registry::values_of_the_node(hive_h *hive, unsigned long node)
 {
     unguarded_hive &reader = reader_of(hive);
-    const QList<size_t> values = entries_of(reader.values(node));
+    const hivex_handles handles = reader.values(node);
+    if (!handles)
+        note_unlisted(hive, node);
+    const QList<size_t> values = entries_of(handles);
     for (qsizetype position = 0; position < values.size(); ++position) {
         const size_t value = values.at(position);
         const hivex_text name = reader.value_name(value);
         if (!name)
-            return;
+            return note_unnamed(hive, node);
         find_node_value_length(hive, value, m_value_names.text_of(name.get(), position));
     }
 }
@@ -199,13 +242,16 @@ QMap<QString, int> registry::prepare_the_node_key_child(hive_h *hive, unsigned l
                                                         bool read_child_values)
 {
     QMap<QString, int> children_by_name;
-    for (const size_t child : entries_of(reader_of(hive).subkeys(node))) {
+    const hivex_handles subkeys = reader_of(hive).subkeys(node);
+    if (!subkeys)
+        note_unlisted(hive, node);
+    for (const size_t child : entries_of(subkeys)) {
         const QString name = key_name(hive, child);
         if (has_ended_early())
             break;
         current_key_name = name;
         const auto child_node = static_cast<int>(static_cast<quint32>(child));
-        if (name.isNull() || !visit_once(child_node))
+        if (!is_to_be_listed(hive, node, child_node, name))
             continue;
         if (read_child_values)
             values_of_the_node(hive, child);
@@ -213,6 +259,19 @@ QMap<QString, int> registry::prepare_the_node_key_child(hive_h *hive, unsigned l
         children_by_name.insert(children_by_name.cend(), name, child_node);
     }
     return children_by_name;
+}
+
+/// False for a subkey whose name cannot be read, and for one that the recursion has met before.
+bool registry::is_to_be_listed(hive_h *hive, unsigned long parent, int child, const QString &name)
+{
+    if (name.isNull()) {
+        note_unnamed(hive, parent);
+        return false;
+    }
+    const bool is_new = visit_once(child);
+    if (!is_new && is_walking(hive))
+        m_unread.note_repeated(path_function_of(handle(child)));
+    return is_new;
 }
 
 quint32 registry::htoi(unsigned char *buffer, int /*length*/)

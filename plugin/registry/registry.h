@@ -4,6 +4,7 @@
 #include "guarded_hive.h"
 #include "hive_pool.h"
 #include "recent_names.h"
+#include "unread_places.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -154,6 +155,10 @@ public:
     /// unless data are decoded by type.
     qint64 replaced_texts() const { return m_replaced_texts; }
 
+    /// What the last walk could not read of the keys that it lists. What follows an early end is
+    /// not among it.
+    const unread_places &unread() const { return m_unread; }
+
     QList<struct_data> data_records; ///< filled by the walkers that read a key's values
     struct_data *current_data;       ///< the record being filled; null when none is open
     QList<struct_installed_apps> installed_apps_records; ///< filled by the walks over applications
@@ -239,6 +244,11 @@ private:
     unsigned long child_named(hive_h *hive, unsigned long node, const QByteArray &wanted);
     unsigned long kept_child_named(hive_h *hive, unsigned long node, const QByteArray &wanted);
     QString key_name(hive_h *hive, unsigned long node); ///< null when it cannot be read
+    bool is_walking(hive_h *hive) const;
+    void note_unlisted(hive_h *hive, unsigned long node);
+    void note_unnamed(hive_h *hive, unsigned long node);
+    unread_places::path_function path_function_of(unsigned long node) const;
+    bool is_to_be_listed(hive_h *hive, unsigned long parent, int child, const QString &name);
     bool visit_once(int node);
     void descend(hive_h *hive, const QMap<QString, int> &children);
 
@@ -250,6 +260,8 @@ private:
     QString m_early_end;
     bool m_decodes_by_type = false;
     qint64 m_replaced_texts = 0;
+    unread_places m_unread;
+    QSet<unsigned long> m_partly_listed; ///< keys not all of whose subkeys' names could be read
     std::optional<subkeys_by_name> m_subkey_names; ///< of the walk, if it keeps them
     QSet<int> *m_visited_nodes = nullptr; ///< of the recursion that runs; null outside of one
 };
