@@ -4,6 +4,7 @@
 #include "plugin_static_function.h"
 #include "registry_data.h"
 #include "text_operations.h"
+#include "typed_text.h"
 #include "windows_installed_applications_winos.h"
 
 #include <iterator>
@@ -151,6 +152,16 @@ void write_log_line(const QString &text)
     helpers::debug_mode_status_bool = false;
 }
 
+/// What a table could not hold becomes a replacement character.
+void decode_by_type(const QString &text)
+{
+    for (int type = -1; type <= 12; ++type) {
+        const auto decoded = text_by_type(utf16le(text), type);
+        require(!decoded || QString::fromUtf8(decoded->text.toUtf8()) == decoded->text,
+                "half of a surrogate pair");
+    }
+}
+
 constexpr text_operation operations[] = {
     convert<helpers::get_filtered_number_value>,
     convert<helpers::get_filtered_boolean_value>,
@@ -185,6 +196,7 @@ constexpr text_operation operations[] = {
     show_install_date,
     show_windows_path,
     write_log_line,
+    decode_by_type,
 };
 static_assert(std::size(operations) == text_operation_count, "make_seeds has seeds for each");
 

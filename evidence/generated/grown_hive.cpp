@@ -39,16 +39,20 @@ const QStringList &application_names()
     return names;
 }
 
-/// The keys that the artefacts of such a hive describe, in their order.
+/// The keys that the artefacts describe of such a hive, in their order.
 QList<QVariantMap> described_keys(hive_kind kind, const QVariantList &artifacts)
 {
-    const QString input = kind == hive_kind::software ? u"software_hive"_s : u"user_hives"_s;
+    const bool is_software = kind == hive_kind::software;
+    const QString input = is_software ? u"software_hive"_s : u"user_hives"_s;
     QList<QVariantMap> keys;
     for (const QVariant &description : artifacts) {
         const QVariantMap artifact = description.toMap();
-        if (artifact.value(u"input"_s).toString() != input)
-            continue;
-        for (const QVariant &key : artifact.value(u"keys"_s).toList())
+        QVariantList described;
+        if (artifact.value(u"input"_s).toString() == input)
+            described = artifact.value(u"keys"_s).toList();
+        if (!is_software)
+            described += artifact.value(u"keys_of_users"_s).toList();
+        for (const QVariant &key : std::as_const(described))
             keys.append(key.toMap());
     }
     return keys;

@@ -5,6 +5,9 @@
 #include "result_database.h"
 #include "volume_generator.h"
 #include "volume_snapshot.h"
+#include "windows_installed_applications.h"
+
+#include <QVariantMap>
 
 #include <stdexcept>
 
@@ -52,6 +55,19 @@ void set_accounts(host_double &host, const QStringList &accounts)
         host.settings.source.system_account_list.append({account, {}});
 }
 
+/// Whatever a host asks for, the same holds.
+QVariantMap chosen_options(byte_choices &choices)
+{
+    QVariantMap options;
+    for (const QString &name :
+         {u"ignore_letter_case"_s, u"decode_by_type"_s, u"installations_of_users"_s,
+          u"keep_hives_open"_s, u"old_layout"_s, u"report_unread"_s}) {
+        if (choices.one_in(2))
+            options.insert(name, true);
+    }
+    return options;
+}
+
 } // namespace
 
 void check_extraction(const QByteArray &bytes)
@@ -66,6 +82,8 @@ void check_extraction(const QByteArray &bytes)
 
     host_double host(volume, cancels ? row_progress::every_row : row_progress::throttled);
     set_accounts(host, accounts);
+    if (choices.one_in(2))
+        host.plugin().setProperty("extraction_options", chosen_options(choices));
     if (cancels)
         host.cancel_at_row(last_row);
     host.run();
