@@ -31,6 +31,12 @@ target_compile_options(project_settings INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op -Wduplicated-cond -Wduplicated-branches>
     $<$<BOOL:${WIA_WARNINGS_AS_ERRORS}>:-Werror>)
 
+# Else a header that ccache brings back looks newer than what was compiled with it.
+if(WIA_PRECOMPILED_HEADERS)
+    target_compile_options(project_settings INTERFACE
+        "$<$<COMPILE_LANG_AND_ID:CXX,Clang,AppleClang>:SHELL:-Xclang -fno-pch-timestamp>")
+endif()
+
 # Texts of evidence never pass through an implicit encoding.
 target_compile_definitions(project_settings INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY
