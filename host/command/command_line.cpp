@@ -7,6 +7,7 @@ namespace {
 
 const auto general_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
        artifact_host volumes SOURCE [options]
+       artifact_host recover HIVE COPY [options]
 
 Lists the installed, registered, run, uninstalled and hidden applications of a
 Windows volume in a SQLite database.
@@ -14,6 +15,7 @@ Windows volume in a SQLite database.
 Commands:
   extract        Reads the volume mounted or extracted at SOURCE.
   volumes        Lists the volumes in SOURCE and what would be read of them.
+  recover        Applies a hive's transaction logs to a private copy.
 
 Options:
   -h, --help     Shows this text; "artifact_host COMMAND --help" tells more.
@@ -84,6 +86,23 @@ Options:
 
 )"_s;
 
+const auto recover_help = uR"(Usage: artifact_host recover HIVE COPY [options]
+
+Writes to COPY what Windows would have after loading the registry hive HIVE: the
+changes in its transaction logs are applied. HIVE and its logs are only read. COPY
+must not exist, and must lie neither in the volume of HIVE nor in the folder of
+HIVE or of a log. Standard output tells what became of each log, how many keys were
+added, changed and removed, and the SHA-256 of the copy. If the hive was closed
+cleanly or no log applies, no copy is written.
+
+Options:
+  --log FILE        Transaction log to apply. May be repeated. Without it, the
+                    .LOG, .LOG1 and .LOG2 beside HIVE in whatever letter case.
+  --list            Name each key that was added, changed or removed.
+  -h, --help        Shows this text.
+
+)"_s;
+
 const auto exit_code_help = uR"(Exit codes:
   0    the run is complete: everything selected was read and written
   1    the run failed, or rows are missing from the database
@@ -94,6 +113,7 @@ const auto exit_code_help = uR"(Exit codes:
   5    the plug-in cannot be loaded
   6    the run is complete but for what the warnings list: something of the
        evidence could not be read, or not as a whole
+  7    nothing to recover: the hive was closed cleanly, or no log applies
   130  the run was cancelled; the rows written before are kept)"_s;
 
 command_line shown(const QString &text)
@@ -252,6 +272,27 @@ command_line parse_volumes(const QStringList &arguments)
     return {std::nullopt, {}, exit_complete, options};
 }
 
+command_line parse_recover(const QStringList &arguments)
+{
+    const QCommandLineOption log{u"log"_s, {}, u"FILE"_s};
+    const QCommandLineOption list{u"list"_s};
+    const QCommandLineOption help{{u"h"_s, u"help"_s}};
+    QCommandLineParser parser;
+    parser.addOptions({log, list, help});
+    if (!parser.parse(QStringList(u"artifact_host"_s) + arguments))
+        return misused(parser.errorText());
+    if (parser.isSet(help))
+        return shown(recover_help + exit_code_help);
+    const QStringList files = parser.positionalArguments();
+    if (files.size() != 2)
+        return misused(u"recover takes HIVE and COPY, but %1 files were given"_s.arg(files.size()));
+    if (files.contains(QString()) || parser.values(log).contains(QString()))
+        return misused(u"recover was given an empty path"_s);
+    command_line command;
+    command.recover = {files.first(), files.last(), parser.values(log), parser.isSet(list)};
+    return command;
+}
+
 } // namespace
 
 QString extract_help_text(const QStringList &tabs)
@@ -268,6 +309,8 @@ command_line parse_command_line(const QStringList &arguments)
         return extract_parser().parse(arguments.mid(1));
     if (first == "volumes"_L1)
         return parse_volumes(arguments.mid(1));
+    if (first == "recover"_L1)
+        return parse_recover(arguments.mid(1));
     if (first == "--help"_L1 || first == "-h"_L1)
         return shown(general_help + exit_code_help);
     if (first == "--version"_L1 || first == "-v"_L1)

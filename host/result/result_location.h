@@ -34,6 +34,12 @@ std::optional<refusal> check_result(const result_location &location, const sourc
 std::optional<refusal> check_debug_log(const QString &file, const result_location &location,
                                        const source_volume &volume);
 
+/// Why no new file can be written at `file` without touching the evidence below any of `roots`,
+/// which are absolute paths; nothing when it can. `name` is what the refusal calls the file.
+/// Creates nothing.
+std::optional<refusal> check_new_file(const QString &file, const QString &name,
+                                      const QStringList &roots);
+
 /// Creates the plug-in's folder with all its parents.
 std::optional<refusal> create_result_directory(const result_location &location);
 

@@ -6,6 +6,7 @@
 
 #include "hive_base_block.h"
 #include "key_check.h"
+#include "log_files.h"
 #include "regf_format.h"
 
 using namespace Qt::StringLiterals;
@@ -15,19 +16,6 @@ namespace {
 QStringList neighbours_of(const QFileInfo &file)
 {
     return file.dir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
-}
-
-/// The transaction logs beside the hive, whatever the letter case of their names.
-QStringList logs_beside(const QFileInfo &hive)
-{
-    const QString name = hive.fileName();
-    const QStringList wanted{name + ".LOG"_L1, name + ".LOG1"_L1, name + ".LOG2"_L1};
-    QStringList logs;
-    for (const QString &entry : neighbours_of(hive)) {
-        if (wanted.contains(entry, Qt::CaseInsensitive))
-            logs.append(entry);
-    }
-    return logs;
 }
 
 /// Windows ignores letter case; most file systems to which evidence is extracted do not.
@@ -74,7 +62,7 @@ void append_sequence_finding(const hive_base_block &base_block, const QFileInfo 
 {
     if (!base_block.is_dirty())
         return;
-    const QStringList logs = logs_beside(file);
+    const QStringList logs = logs_beside(file.filePath());
     findings.is_dirty = true;
     findings.transaction_logs = logs;
     const QString advice = logs.isEmpty()
