@@ -35,6 +35,14 @@ std::optional<QByteArray> bytes_of_file(const QString &path, qint64 most_bytes)
     return bytes;
 }
 
+hive_condition condition_of_file(const QString &path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return hive_condition::no_hive;
+    return condition_of_hive(file.read(regf::first_bin + regf::page_size));
+}
+
 std::optional<QByteArray> bytes_of_hive(const QString &path)
 {
     return bytes_of_file(path, regf::first_bin + regf::most_bins_size);

@@ -17,6 +17,9 @@ QStringList logs_beside(const QString &hive_path);
 /// regular file: opening a pipe or a device would block for ever.
 std::optional<QByteArray> bytes_of_file(const QString &path, qint64 most_bytes);
 
+/// How the hive file at `path` was left, by its first bytes; no hive if it is no regular file.
+hive_condition condition_of_file(const QString &path);
+
 /// The hive file at `path`, as far as it is one at all.
 std::optional<QByteArray> bytes_of_hive(const QString &path);
 

@@ -50,4 +50,8 @@ struct log_report
     qint64 bytes = 0;           ///< applied
 };
 
+/// Whether the log has, or may have, changes that were not applied although they are later than
+/// those that were.
+bool is_any_change_left(const log_report &log);
+
 #endif

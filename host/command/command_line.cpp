@@ -41,10 +41,11 @@ another source, of another version, or without run.json are refused, unless
 
 A run reads all the evidence there is: files in whatever letter case their names
 are spelt, texts decoded by their registry type, programs that were installed
-for one user only, and the accounts of Windows 2000 to 2003. With
---like-the-suite a run gives what the plug-in gives in a forensics suite, to the
-letter, and warns of what that leaves out. A line on standard error tells how
-the run has read.
+for one user only, and the accounts of Windows 2000 to 2003. Of a hive that was
+not closed cleanly it reads a copy in DIR to which the changes in its transaction
+logs are applied. With --like-the-suite a run gives what the plug-in gives in a
+forensics suite, to the letter, and warns of what that leaves out. A line on
+standard error tells how the run has read.
 
 Options:
   --result DIR      Folder for the results; created if missing, never in SOURCE.
@@ -58,6 +59,8 @@ Options:
   --plugin FILE     Plug-in library to load. Without it, the one beside this
                     program, or in ../plugin or ../lib from there.
   --like-the-suite  Read only what the plug-in reads in a forensics suite.
+  --no-replay       Read hives that were not closed cleanly as they lie, without
+                    the changes in their transaction logs.
   --add             Keep the rows that the result folder holds and add those of
                     this source, with the next number: Source2, Source3, ...
   --replace         Make the database anew, whatever it holds.
@@ -154,7 +157,7 @@ public:
     {
         m_parser.addOptions({m_result, m_user, m_tab, m_debug_log, m_plugin, m_quiet, m_help});
         m_parser.addOptions({m_replace, m_add, m_force, m_keep_rows, m_wait, m_no_hashes});
-        m_parser.addOptions({m_volume, m_like_the_suite});
+        m_parser.addOptions({m_volume, m_like_the_suite, m_no_replay});
     }
 
     command_line parse(const QStringList &arguments)
@@ -198,6 +201,8 @@ private:
         options.volume = m_parser.value(m_volume);
         if (m_parser.isSet(m_like_the_suite))
             options.reading = {};
+        if (m_parser.isSet(m_no_replay))
+            options.reading.replay_logs = false;
         return options;
     }
 
@@ -247,6 +252,7 @@ private:
     const QCommandLineOption m_quiet{u"quiet"_s};
     const QCommandLineOption m_volume{u"volume"_s, {}, u"NAME"_s};
     const QCommandLineOption m_like_the_suite{u"like-the-suite"_s};
+    const QCommandLineOption m_no_replay{u"no-replay"_s};
     const QCommandLineOption m_help{{u"h"_s, u"help"_s}};
 };
 

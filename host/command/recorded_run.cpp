@@ -7,6 +7,7 @@
 
 #include "console.h"
 #include "database_check.h"
+#include "hive_precheck.h"
 #include "interrupt_watch.h"
 #include "output_watch.h"
 #include "record_entry.h"
@@ -38,6 +39,7 @@ public:
 
 private:
     std::optional<refusal> choose_mode();
+    void replay_logs();
     std::optional<refusal> begin_record();
     described_source source() const;
     row_counts rows_in_database() const;
@@ -48,7 +50,7 @@ private:
 
     const loaded_plugin &m_plugin;
     prepared_run m_run;
-    const source_volume &m_volume;
+    source_volume m_volume;
     const extract_options &m_options;
     QString m_database;
     run_lock m_lock;
@@ -75,7 +77,21 @@ std::optional<refusal> recorded_run::begin()
         if (auto refused = create_debug_log(m_run.plan.debug_log))
             return refused;
     }
+    if (m_run.plan.options.replay_logs)
+        replay_logs();
     return begin_record();
+}
+
+/// From here on the copies are looked at in the place of their hives.
+void recorded_run::replay_logs()
+{
+    const QString folder =
+        u"%1/Source%2"_s.arg(m_run.location.recovered_directory).arg(m_run.plan.source_number);
+    m_facts.replayed = replay_hives(m_volume, m_facts.files, folder, {m_options.hashes});
+    m_run.plan.hive_copies = copies_for_plugin(m_facts.replayed, m_volume);
+    m_volume.read_copies(copies_of(m_facts.replayed));
+    m_run.hive_findings = precheck_warnings(m_volume, m_run.plan.accounts, m_run.tabs) +
+                          findings_about(m_facts.replayed);
 }
 
 described_source recorded_run::source() const
@@ -167,14 +183,16 @@ void recorded_run::check_evidence(bool is_cancelled)
     const interrupt_watch interrupts([&is_interrupted] { is_interrupted = true; });
     unread += look_again(m_volume, m_facts.files,
                          {m_options.hashes, [&is_interrupted] { return is_interrupted.load(); }});
+    if (m_options.hashes)
+        unread += changed_copies(m_facts.replayed);
     print_warnings(unread);
     append_left_out(m_run.findings, unread);
 }
 
 exit_code recorded_run::make()
 {
-    print_warnings(texts_of(m_run.findings));
-    m_run.findings = m_run.shown_findings + m_run.findings;
+    print_warnings(texts_of(m_run.new_findings()));
+    m_run.findings = m_run.shown_findings + m_run.new_findings();
     output_watch folder;
     output_watch results;
     output_watch log;

@@ -93,8 +93,12 @@ result_location locate_result(const QString &result_directory, const QString &ar
     const QString name = QString(artifact_name).replace(u' ', u'_');
     const QString separator = directory.endsWith(u'/') ? QString() : u"/"_s;
     const QString plugin_directory = directory + separator + "Artifacts_Result/"_L1 + name;
-    return {directory, plugin_directory, plugin_directory + u'/' + name + ".sqlite"_L1,
-            plugin_directory + "/run.json"_L1, plugin_directory + "/run.lock"_L1};
+    return {directory,
+            plugin_directory,
+            plugin_directory + u'/' + name + ".sqlite"_L1,
+            plugin_directory + "/run.json"_L1,
+            plugin_directory + "/run.lock"_L1,
+            plugin_directory + "/recovered_hives"_L1};
 }
 
 std::optional<refusal> check_result(const result_location &location, const source_volume &volume)
@@ -112,7 +116,8 @@ std::optional<refusal> check_result(const result_location &location, const sourc
             temporary_directory_of(location)));
     const QString name = u"result folder %1"_s.arg(location.result_directory);
     const QStringList files = files_of_database(location.database_file) + files_of_run(location);
-    if (auto refused = evidence_at(files + folders_to_remove(location), name, volume.source_root()))
+    const QStringList folders = folders_to_remove(location) << location.recovered_directory;
+    if (auto refused = evidence_at(files + folders, name, volume.source_root()))
         return refused;
     for (const QString &file : files) {
         if (auto refused = second_name_of(file))
@@ -147,6 +152,16 @@ std::optional<refusal> check_debug_log(const QString &file, const result_locatio
     return second_name_of(path);
 }
 
+std::optional<refusal> check_apart(const QString &file, const QString &name,
+                                   const QStringList &roots)
+{
+    for (const QString &root : roots) {
+        if (auto refused = evidence_at({resolved(file)}, name, root))
+            return refused;
+    }
+    return std::nullopt;
+}
+
 std::optional<refusal> check_new_file(const QString &file, const QString &name,
                                       const QStringList &roots)
 {
@@ -154,10 +169,8 @@ std::optional<refusal> check_new_file(const QString &file, const QString &name,
     if (path.isEmpty())
         return refused(
             u"%1 cannot be found: the working directory does not exist any more"_s.arg(name));
-    for (const QString &root : roots) {
-        if (auto refused = evidence_at({path}, name, root))
-            return refused;
-    }
+    if (auto refused = check_apart(path, name, roots))
+        return refused;
     if (QFileInfo::exists(path) || QFileInfo(path).isSymLink())
         return refused(u"%1 is there already and stays as it is"_s.arg(name));
     if (!QFileInfo(QFileInfo(path).path()).isDir())

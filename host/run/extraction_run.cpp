@@ -52,9 +52,12 @@ void connect_signals(const artifact_plugin &plugin, const tab_watch &tabs)
 }
 
 /// A plug-in that is asked for nothing keeps what it would do for every host.
-void ask_for(const reading_options &options, artifact_plugin &plugin)
+void ask_for(const extraction_plan &plan, artifact_plugin &plugin)
 {
-    if (const QVariantMap property = property_of(options); !property.isEmpty())
+    QVariantMap property = property_of(plan.options);
+    if (!plan.hive_copies.isEmpty())
+        property.insert("hive_copies"_L1, plan.hive_copies);
+    if (!property.isEmpty())
         plugin.setProperty("extraction_options", property);
 }
 
@@ -112,7 +115,7 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     hand_over(plugin, plan);
     QString trouble = prepare_tables(plugin, plan, failures, hooks);
     if (trouble.isEmpty()) {
-        ask_for(plan.options, plugin);
+        ask_for(plan, plugin);
         plugin.pub_find_source_file();
         tabs.begin();
         plugin.pub_extract_artifacts();

@@ -100,22 +100,22 @@ void append_findings(const hive_findings &hive, const QString &path, bool is_lef
 void append_user_findings(const source_volume &volume, const QString &path,
                           QList<finding> &findings)
 {
-    const hive_findings hive = check_hive_file(volume.root() + path);
+    const hive_findings hive = check_hive_file(volume.file_of(path));
     append_findings(hive, path, !hive.is_whole() && !hive.is_absent, findings);
 }
 
 bool has_usable_backup(const source_volume &volume)
 {
-    return check_hive_file(volume.root() + volume.software_backup()).readable;
+    return check_hive_file(volume.file_of(volume.software_backup())).readable;
 }
 
 void append_software_findings(const source_volume &volume, QList<finding> &findings)
 {
-    const hive_findings hive = check_hive_file(volume.root() + volume.software_hive());
+    const hive_findings hive = check_hive_file(volume.file_of(volume.software_hive()));
     append_findings(hive, volume.software_hive(), !hive.is_whole(), findings);
     if (software_hive_to_read(volume) == volume.software_hive())
         return;
-    const hive_findings backup = check_hive_file(volume.root() + volume.software_backup());
+    const hive_findings backup = check_hive_file(volume.file_of(volume.software_backup()));
     append_findings(backup, volume.software_backup(), !backup.is_whole(), findings);
     if (backup.readable)
         findings.append(volume.software_backup() +
@@ -154,7 +154,7 @@ hive_findings check_hive_file(const QString &path)
 // Most Windows versions keep the backup empty, so trying to open the hive is rarely needed.
 QString software_hive_to_read(const source_volume &volume)
 {
-    const QString hive = volume.root() + volume.software_hive();
+    const QString hive = volume.file_of(volume.software_hive());
     const bool is_read =
         check_hive_file(hive).readable && (!has_usable_backup(volume) || opens_as_hive(hive));
     return is_read ? volume.software_hive() : volume.software_backup();

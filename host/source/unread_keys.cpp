@@ -53,7 +53,7 @@ QList<listed_key> user_keys_of(const QList<host_tab> &tabs)
 QStringList warnings_about(const source_volume &volume, const QString &hive_path,
                            const QList<listed_key> &keys)
 {
-    const QString hive_file = volume.root() + hive_path;
+    const QString hive_file = volume.file_of(hive_path);
     if (keys.isEmpty() || !check_hive_file(hive_file).readable)
         return {};
     QStringList warnings = key_findings(hive_file, keys);
