@@ -37,7 +37,7 @@ void write_walker_seeds(const QString &path)
 {
     seed_folder seeds(path);
     evidence_volume volume;
-    add_sample_evidence(volume);
+    test_support::add_sample_evidence(volume);
     seeds.add('r' + volume.software().bytes());
     for (const QString &account : volume.accounts())
         seeds.add('r' + volume.user(account).bytes());

@@ -82,14 +82,13 @@ void tst_recover::writes_a_copy_and_tells_what_it_did()
         QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
     const qsizetype pages = pages_that_differ(m_before, m_after).size();
     QCOMPARE(result.output,
-             (QStringList{
-                 u"hive %1: not closed cleanly (sequence numbers 7 and 6), %2 bytes"_s.arg(
-                     hive(), QString::number(m_before.size())),
-                 u"log SYSTEM.LOG1: applied: entries 7 to 7, %1 pages, %2 bytes"_s.arg(pages).arg(
-                     pages * 4096),
-                 u"keys: 3 before, 4 after; 2 added, 1 changed, 1 removed"_s,
-                 u"copy %1: %2 bytes, sequence number 7, SHA-256 %3"_s.arg(
-                     copy(), QString::number(m_after.size()), hash)}));
+             (QStringList{u"hive %1: not closed cleanly (sequence numbers 7 and 6), %2 bytes"_s.arg(
+                              hive(), QString::number(m_before.size())),
+                          u"log SYSTEM.LOG1: applied: entry 7, %1 pages, %2 bytes"_s.arg(pages).arg(
+                              pages * 4096),
+                          u"keys: 3 before, 4 after; 2 added, 1 changed, 1 removed"_s,
+                          u"copy %1: %2 bytes, sequence number 7, SHA-256 %3"_s.arg(
+                              copy(), QString::number(m_after.size()), hash)}));
     QCOMPARE(result.errors, QStringList());
     QCOMPARE(result.exit_code, 0);
     QCOMPARE(QFileInfo(copy()).permissions() & (QFile::ReadGroup | QFile::ReadOther),

@@ -46,14 +46,19 @@ QString text_of_end(const log_report &log)
     }
 }
 
+QString text_of_entries(const log_report &log)
+{
+    return log.first_sequence == log.last_sequence
+               ? u"entry %1"_s.arg(log.first_sequence)
+               : u"entries %1 to %2"_s.arg(log.first_sequence).arg(log.last_sequence);
+}
+
 QString text_of_applied(const log_report &log)
 {
     const QString pages = u"%1 pages, %2 bytes"_s.arg(log.pages).arg(log.bytes);
     if (!log.is_new_format)
         return u"applied: %1 (old format)"_s.arg(pages);
-    return u"applied: entries %1 to %2, %3%4"_s.arg(QString::number(log.first_sequence),
-                                                    QString::number(log.last_sequence), pages,
-                                                    text_of_end(log));
+    return u"applied: %1, %2%3"_s.arg(text_of_entries(log), pages, text_of_end(log));
 }
 
 QString begin_of(const log_report &log)
