@@ -23,7 +23,7 @@ constexpr qint64 bits = sector_size + 4;  // a bit for each sector of the bins, 
 constexpr qint64 sectors_of_a_byte = 8;
 } // namespace dirty_bitmap
 
-namespace log_entry { // new format: entries without gaps from the second sector on
+namespace log_entry {           // new format: entries without gaps from the second sector on
 constexpr qint64 signature = 0; // "HvLE"
 constexpr qint64 size = 4;      // a multiple of a sector
 constexpr qint64 flags = 8;

@@ -40,7 +40,7 @@ QString evidence_root_of(const QString &hive)
 {
     constexpr int most_levels = 4;
     QDir folder(folder_of(hive));
-    const QString own = folder.path();
+    QString own = folder.path();
     for (int level = 0; level <= most_levels; ++level) {
         if (is_volume(folder.path()))
             return folder.path();
