@@ -20,6 +20,10 @@ void add_users(evidence::evidence_volume &volume);
 /// The users' store packages.
 void add_packages(evidence::evidence_volume &volume);
 
+/// The transaction logs of one user, whose hive was not closed cleanly: two programs were run last.
+/// To be called once the hives are written.
+void write_logs(evidence::evidence_volume &volume);
+
 /// Program files that the users' hives name, with their modification times.
 void add_programs(evidence::evidence_volume &volume);
 

@@ -13,6 +13,7 @@ QStringList write_demo_volume(const QString &folder)
     add_packages(volume);
     add_programs(volume);
     volume.write();
+    write_logs(volume);
     return volume.accounts();
 }
 

@@ -1,6 +1,8 @@
 #include "byte_choices.h"
+#include "byte_fields.h"
 #include "evidence_volume.h"
 #include "files.h"
+#include "log_generator.h"
 #include "sample_evidence.h"
 #include "text_operations.h"
 
@@ -35,7 +37,7 @@ void write_walker_seeds(const QString &path)
 {
     seed_folder seeds(path);
     evidence_volume volume;
-    add_sample_evidence(volume);
+    test_support::add_sample_evidence(volume);
     seeds.add('r' + volume.software().bytes());
     for (const QString &account : volume.accounts())
         seeds.add('r' + volume.user(account).bytes());
@@ -52,6 +54,22 @@ void write_extraction_seeds(const QString &path)
     for (int seed = 0; seed < choice_seeds; ++seed)
         seeds.add(random_bytes(static_cast<quint32>(seed), 3 * choice_size));
     seeds.add({});
+}
+
+// The first byte is the kind of input, see fuzz_replay.cpp.
+void write_replay_seeds(const QString &path)
+{
+    seed_folder seeds(path);
+    for (int seed = 0; seed < choice_seeds; ++seed) {
+        const QByteArray bytes = random_bytes(static_cast<quint32>(seed), choice_size);
+        byte_choices choices(bytes);
+        const generated_logs made = generate_logs(choices);
+        QByteArray lengths(8, '\0');
+        put_32(lengths, 0, static_cast<quint32>(made.hive.size()));
+        put_32(lengths, 4, static_cast<quint32>(made.logs.at(0).size()));
+        seeds.add('c' + bytes);
+        seeds.add('r' + lengths + made.hive + made.logs.at(0) + made.logs.at(1));
+    }
 }
 
 // Texts that the helpers expect, so that the fuzzer gets past their first tests.
@@ -98,6 +116,7 @@ int main(int argc, char *argv[])
         const QString folder = QString::fromLocal8Bit(argv[1]);
         write_walker_seeds(folder + u"/fuzz_walkers"_s);
         write_extraction_seeds(folder + u"/fuzz_extraction"_s);
+        write_replay_seeds(folder + u"/fuzz_replay"_s);
         write_text_seeds(folder + u"/fuzz_texts"_s);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "make_seeds: %s\n", error.what());

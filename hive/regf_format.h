@@ -21,13 +21,21 @@ constexpr qint64 secondary_sequence = 8;
 constexpr qint64 last_write = 12;
 constexpr qint64 major_version = 20;
 constexpr qint64 minor_version = 24;
-constexpr qint64 format = 32; // 1: a hive loaded from its file
+constexpr qint64 file_type = 28; // see below
+constexpr qint64 format = 32;    // 1: a hive loaded from its file
 constexpr qint64 root_cell = 36;
 constexpr qint64 bins_size = 40;
 constexpr qint64 clustering_factor = 44;
 constexpr qint64 file_name = 48; // 32 UTF-16LE characters
 constexpr qint64 file_name_size = 64;
+constexpr qint64 flags = 144;
 constexpr qint64 checksum = 508; // exclusive or of the 127 32-bit words before it
+constexpr qint64 fields = 512;   // nothing behind them is copied to a log
+
+constexpr quint32 type_of_hive = 0;
+constexpr quint32 type_of_old_log = 1;
+constexpr quint32 type_of_oldest_log = 2; // Windows 2000
+constexpr quint32 type_of_new_log = 6;    // Windows 8.1 and later
 } // namespace base_block
 
 namespace hbin {

@@ -196,6 +196,10 @@ void tst_artifact_host::explains_itself_data()
     QTest::newRow("help of volumes lists exit codes")
         << QStringList{u"volumes"_s, u"--help"_s}
         << u"Usage: artifact_host volumes SOURCE [options]"_s << code;
+    QTest::newRow("help of recover lists exit codes")
+        << QStringList{u"recover"_s, u"--help"_s}
+        << u"Usage: artifact_host recover HIVE COPY [options]"_s
+        << u"  7    nothing to recover: the hive was closed cleanly, or no log applies"_s;
     QTest::newRow("version is one line")
         << QStringList{u"--version"_s} << u"artifact_host 1.0.0"_s << u"artifact_host 1.0.0"_s;
 }

@@ -2,6 +2,7 @@
 #include "files.h"
 #include "hive_reader.h"
 #include "host_double.h"
+#include "replayed_hive.h"
 #include "result_database.h"
 #include "test_main.h"
 #include "volume_snapshot.h"
@@ -24,6 +25,7 @@ private slots:
     void fills_every_table_data();
     void fills_every_table();
     void shows_rows_of_a_real_looking_machine();
+    void has_a_hive_with_changes_in_its_logs();
     void program_writes_into_a_new_or_an_empty_folder();
     void program_refuses_a_folder_that_is_not_empty();
     void program_refuses_wrong_arguments_data();
@@ -144,6 +146,20 @@ void tst_demo_volume::shows_rows_of_a_real_looking_machine()
             .rows(u"hidden_desktop_icons_app"_s, {u"system_account"_s, u"app_name"_s, u"hidden"_s})
             .last(),
         (QStringList{u"scanner desk"_s, u"OneDrive"_s, u"YES"_s}));
+}
+
+void tst_demo_volume::has_a_hive_with_changes_in_its_logs()
+{
+    const QString path = m_volume.ntuser_path(u"marek"_s);
+    const replayed_hive after =
+        replayed(read_file(path), {read_file(path + ".LOG1"_L1), read_file(path + ".LOG2"_L1)});
+    QCOMPARE(after.states(), (QList<log_state>{log_state::applied, log_state::applied}));
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath(u"copy"_s);
+    write_file(copy, after.bytes);
+    const auto count =
+        u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist\\{CEBFF5CD-ACE2-4F4F-9178-9926F41749EA}\\Count"_s;
+    QCOMPARE(hive_reader(copy).values(count).size(), hive_reader(path).values(count).size() + 2);
 }
 
 void tst_demo_volume::program_writes_into_a_new_or_an_empty_folder()

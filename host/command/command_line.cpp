@@ -7,6 +7,7 @@ namespace {
 
 const auto general_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
        artifact_host volumes SOURCE [options]
+       artifact_host recover HIVE COPY [options]
 
 Lists the installed, registered, run, uninstalled and hidden applications of a
 Windows volume in a SQLite database.
@@ -14,6 +15,7 @@ Windows volume in a SQLite database.
 Commands:
   extract        Reads the volume mounted or extracted at SOURCE.
   volumes        Lists the volumes in SOURCE and what would be read of them.
+  recover        Applies a hive's transaction logs to a private copy.
 
 Options:
   -h, --help     Shows this text; "artifact_host COMMAND --help" tells more.
@@ -39,10 +41,11 @@ another source, of another version, or without run.json are refused, unless
 
 A run reads all the evidence there is: files in whatever letter case their names
 are spelt, texts decoded by their registry type, programs that were installed
-for one user only, and the accounts of Windows 2000 to 2003. With
---like-the-suite a run gives what the plug-in gives in a forensics suite, to the
-letter, and warns of what that leaves out. A line on standard error tells how
-the run has read.
+for one user only, and the accounts of Windows 2000 to 2003. Of a hive that was
+not closed cleanly it reads a copy in DIR to which the changes in its transaction
+logs are applied. With --like-the-suite a run gives what the plug-in gives in a
+forensics suite, to the letter, and warns of what that leaves out. A line on
+standard error tells how the run has read.
 
 Options:
   --result DIR      Folder for the results; created if missing, never in SOURCE.
@@ -56,6 +59,8 @@ Options:
   --plugin FILE     Plug-in library to load. Without it, the one beside this
                     program, or in ../plugin or ../lib from there.
   --like-the-suite  Read only what the plug-in reads in a forensics suite.
+  --no-replay       Read hives that were not closed cleanly as they lie, without
+                    the changes in their transaction logs.
   --add             Keep the rows that the result folder holds and add those of
                     this source, with the next number: Source2, Source3, ...
   --replace         Make the database anew, whatever it holds.
@@ -84,6 +89,23 @@ Options:
 
 )"_s;
 
+const auto recover_help = uR"(Usage: artifact_host recover HIVE COPY [options]
+
+Writes to COPY what Windows would have after loading the registry hive HIVE: the
+changes in its transaction logs are applied. HIVE and its logs are only read. COPY
+must not exist, and must lie neither in the volume of HIVE nor in the folder of
+HIVE or of a log. Standard output tells what became of each log, how many keys were
+added, changed and removed, and the SHA-256 of the copy. If the hive was closed
+cleanly or no log applies, no copy is written.
+
+Options:
+  --log FILE        Transaction log to apply. May be repeated. Without it, the
+                    .LOG, .LOG1 and .LOG2 beside HIVE in whatever letter case.
+  --list            Name each key that was added, changed or removed.
+  -h, --help        Shows this text.
+
+)"_s;
+
 const auto exit_code_help = uR"(Exit codes:
   0    the run is complete: everything selected was read and written
   1    the run failed, or rows are missing from the database
@@ -94,6 +116,7 @@ const auto exit_code_help = uR"(Exit codes:
   5    the plug-in cannot be loaded
   6    the run is complete but for what the warnings list: something of the
        evidence could not be read, or not as a whole
+  7    nothing to recover: the hive was closed cleanly, or no log applies
   130  the run was cancelled; the rows written before are kept)"_s;
 
 command_line shown(const QString &text)
@@ -134,7 +157,7 @@ public:
     {
         m_parser.addOptions({m_result, m_user, m_tab, m_debug_log, m_plugin, m_quiet, m_help});
         m_parser.addOptions({m_replace, m_add, m_force, m_keep_rows, m_wait, m_no_hashes});
-        m_parser.addOptions({m_volume, m_like_the_suite});
+        m_parser.addOptions({m_volume, m_like_the_suite, m_no_replay});
     }
 
     command_line parse(const QStringList &arguments)
@@ -178,6 +201,8 @@ private:
         options.volume = m_parser.value(m_volume);
         if (m_parser.isSet(m_like_the_suite))
             options.reading = {};
+        if (m_parser.isSet(m_no_replay))
+            options.reading.replay_logs = false;
         return options;
     }
 
@@ -227,6 +252,7 @@ private:
     const QCommandLineOption m_quiet{u"quiet"_s};
     const QCommandLineOption m_volume{u"volume"_s, {}, u"NAME"_s};
     const QCommandLineOption m_like_the_suite{u"like-the-suite"_s};
+    const QCommandLineOption m_no_replay{u"no-replay"_s};
     const QCommandLineOption m_help{{u"h"_s, u"help"_s}};
 };
 
@@ -252,6 +278,27 @@ command_line parse_volumes(const QStringList &arguments)
     return {std::nullopt, {}, exit_complete, options};
 }
 
+command_line parse_recover(const QStringList &arguments)
+{
+    const QCommandLineOption log{u"log"_s, {}, u"FILE"_s};
+    const QCommandLineOption list{u"list"_s};
+    const QCommandLineOption help{{u"h"_s, u"help"_s}};
+    QCommandLineParser parser;
+    parser.addOptions({log, list, help});
+    if (!parser.parse(QStringList(u"artifact_host"_s) + arguments))
+        return misused(parser.errorText());
+    if (parser.isSet(help))
+        return shown(recover_help + exit_code_help);
+    const QStringList files = parser.positionalArguments();
+    if (files.size() != 2)
+        return misused(u"recover takes HIVE and COPY, but %1 files were given"_s.arg(files.size()));
+    if (files.contains(QString()) || parser.values(log).contains(QString()))
+        return misused(u"recover was given an empty path"_s);
+    command_line command;
+    command.recover = {files.first(), files.last(), parser.values(log), parser.isSet(list)};
+    return command;
+}
+
 } // namespace
 
 QString extract_help_text(const QStringList &tabs)
@@ -268,6 +315,8 @@ command_line parse_command_line(const QStringList &arguments)
         return extract_parser().parse(arguments.mid(1));
     if (first == "volumes"_L1)
         return parse_volumes(arguments.mid(1));
+    if (first == "recover"_L1)
+        return parse_recover(arguments.mid(1));
     if (first == "--help"_L1 || first == "-h"_L1)
         return shown(general_help + exit_code_help);
     if (first == "--version"_L1 || first == "-v"_L1)

@@ -36,6 +36,15 @@ struct volumes_options
     reading_options reading = reading_options::all();
 };
 
+/// What the examiner asked the `recover` command for.
+struct recover_options
+{
+    QString hive;
+    QString copy;
+    QStringList logs;  ///< empty for those beside the hive
+    bool list = false; ///< name the keys that differ
+};
+
 /// What a command line asks for: a run, help that names the plug-in's tabs, or a text to show.
 struct command_line
 {
@@ -44,6 +53,7 @@ struct command_line
     exit_code code = exit_complete;               ///< what the program ends with after the text
     std::optional<volumes_options> volumes = {};  ///< set when a list of volumes is asked for
     std::optional<QString> help_with_plugin = {}; ///< the plug-in whose tabs the help shall name
+    std::optional<recover_options> recover = {};  ///< set when a hive shall be recovered
 };
 
 /// The help of the `extract` command; `tabs` are those that the plug-in fills, if it could be

@@ -96,8 +96,8 @@ prepared_run choose_input(const source_volume &volume, const extract_options &op
     append_remarks(run.findings, selection.remarks);
     if (any_reads(run.tabs, tab_input::software_hive))
         run.software_hive = software_hive_to_read(volume);
-    run.findings += precheck_warnings(volume, run.software_hive, selection.accounts, run.tabs);
-    run.findings += passed_over_warnings(volume, selection, run.tabs);
+    run.hive_findings = precheck_warnings(volume, run.software_hive, selection.accounts, run.tabs);
+    run.passed_over = passed_over_warnings(volume, selection, run.tabs);
     run.plan.source_root = volume.root();
     run.plan.accounts = selection.accounts;
     run.plan.tabs = names_of(run.tabs);
@@ -154,7 +154,7 @@ exit_code extract(const extract_options &options)
     prepared_run run = choose_input(volume, options, accounts, chosen.tabs);
     append_left_out(run.shown_findings, place.warnings);
     if (!is_anything_to_read(volume, run)) {
-        print_warnings(texts_of(run.findings)); // they may tell why
+        print_warnings(texts_of(run.new_findings())); // they may tell why
         return refuse(nothing_to_read(volume));
     }
     prepare_memory_for_hive(size_of_largest_hive(volume, run.plan.accounts));

@@ -4,6 +4,7 @@
 #include <QJsonArray>
 #include <QSysInfo>
 
+#include "replay_text.h"
 #include "sha256.h"
 
 using namespace Qt::StringLiterals;
@@ -49,6 +50,7 @@ QJsonObject options_entry(const prepared_run &run, const extract_options &option
             {"accounts"_L1, QJsonArray::fromStringList(run.plan.accounts)},
             {"keeps_rows"_L1, run.plan.keep_rows},
             {"extraction_options"_L1, reading_entry(run.plan.options)},
+            {"replays_logs"_L1, run.plan.options.replay_logs},
             {"hashes"_L1, options.hashes},
             {"wait_seconds"_L1, options.wait_seconds},
             {"debug_log"_L1, run.plan.debug_log}};
@@ -88,6 +90,43 @@ QJsonArray folders_entry(const QList<listed_folder> &folders)
     QJsonArray entries;
     for (const listed_folder &folder : folders)
         entries.append(QJsonObject{{"path"_L1, folder.path}, {"entries"_L1, folder.entries}});
+    return entries;
+}
+
+QJsonArray logs_entry(const replayed_hive &hive)
+{
+    QJsonArray entries;
+    for (const log_report &log : hive.replay.logs)
+        entries.append(without_empty({{"name"_L1, log.name},
+                                      {"result"_L1, text_about(log)},
+                                      {"sha256"_L1, hive.log_hashes.value(log.name)}}));
+    return entries;
+}
+
+QJsonObject keys_entry(const key_change_counts &keys)
+{
+    return {{"before"_L1, keys.before},
+            {"after"_L1, keys.after},
+            {"added"_L1, keys.added},
+            {"changed"_L1, keys.changed},
+            {"removed"_L1, keys.removed}};
+}
+
+QJsonArray replayed_entry(const QList<replayed_hive> &hives)
+{
+    QJsonArray entries;
+    for (const replayed_hive &hive : hives) {
+        QJsonObject entry = without_empty({{"path"_L1, hive.path},
+                                           {"copy"_L1, hive.copy},
+                                           {"copy_sha256"_L1, hive.copy_sha256},
+                                           {"failure"_L1, hive.failure},
+                                           {"logs"_L1, logs_entry(hive)}});
+        if (hive.replay.is_replayed()) {
+            entry.insert("sequence"_L1, qint64(hive.replay.sequence));
+            entry.insert("keys"_L1, keys_entry(hive.keys));
+        }
+        entries.append(entry);
+    }
     return entries;
 }
 
@@ -148,6 +187,7 @@ QJsonObject entry_of_begun_run(const loaded_plugin &plugin, const prepared_run &
                                       {"number"_L1, run.plan.source_number}}},
             {"database"_L1, run.location.database_file},
             {"files"_L1, files_entry(facts.files)},
+            {"replayed_hives"_L1, replayed_entry(facts.replayed)},
             {"package_folders"_L1, folders_entry(facts.folders)}};
 }
 

@@ -8,6 +8,7 @@
 #include "finding.h"
 #include "read_files.h"
 #include "recorded_run.h"
+#include "replayed_hives.h"
 #include "run_report.h"
 
 /// What a run record tells of a run, besides what was asked for.
@@ -17,6 +18,7 @@ struct recorded_facts
     QDateTime begin;
     QList<read_file> files;
     QList<listed_folder> folders;
+    QList<replayed_hive> replayed;
 };
 
 /// The entry of a run that is about to begin, with the outcome "running".

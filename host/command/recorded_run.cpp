@@ -9,6 +9,7 @@
 #include "console.h"
 #include "database_check.h"
 #include "file_hashes.h"
+#include "hive_precheck.h"
 #include "interrupt_watch.h"
 #include "output_watch.h"
 #include "record_entry.h"
@@ -48,6 +49,7 @@ public:
 
 private:
     std::optional<refusal> choose_mode();
+    void replay_logs();
     std::optional<refusal> begin_record();
     described_source source() const;
     row_counts rows_in_database() const;
@@ -59,7 +61,7 @@ private:
 
     const loaded_plugin &m_plugin;
     prepared_run m_run;
-    const source_volume &m_volume;
+    source_volume m_volume;
     const extract_options &m_options;
     QString m_database;
     run_lock m_lock;
@@ -89,6 +91,8 @@ std::optional<refusal> recorded_run::begin()
         if (auto refused = create_debug_log(m_run.plan.debug_log))
             return refused;
     }
+    if (m_run.plan.options.replay_logs)
+        replay_logs();
     return begin_record();
 }
 
@@ -100,6 +104,21 @@ void recorded_run::hash_before()
     m_hashes.begin(m_volume, m_facts.files, &read_file::before, 1);
     if (QFileInfo::exists(m_database) && !m_options.results.replace)
         m_hashes.finish(m_facts.files, [] { return false; });
+}
+
+/// From here on the copies are looked at in the place of their hives.
+void recorded_run::replay_logs()
+{
+    const QString folder =
+        u"%1/Source%2"_s.arg(m_run.location.recovered_directory).arg(m_run.plan.source_number);
+    m_facts.replayed = replay_hives(m_volume, m_facts.files, folder, m_options.hashes);
+    m_run.plan.hive_copies = copies_for_plugin(m_facts.replayed, m_volume);
+    m_volume.read_copies(copies_of(m_facts.replayed));
+    if (!m_run.software_hive.isEmpty())
+        m_run.software_hive = software_hive_to_read(m_volume);
+    m_run.hive_findings =
+        precheck_warnings(m_volume, m_run.software_hive, m_run.plan.accounts, m_run.tabs) +
+        findings_about(m_facts.replayed);
 }
 
 described_source recorded_run::source() const
@@ -193,6 +212,7 @@ void recorded_run::check_evidence(const run_outcome &outcome)
     if (m_options.hashes) {
         m_hashes.begin(m_volume, m_facts.files, &read_file::after, QThread::idealThreadCount());
         m_hashes.finish(m_facts.files, is_cancelled);
+        unread += changed_copies(m_facts.replayed);
     }
     unread += changed_files(m_facts.files);
     print_warnings(unread);
@@ -201,8 +221,8 @@ void recorded_run::check_evidence(const run_outcome &outcome)
 
 exit_code recorded_run::make()
 {
-    print_warnings(texts_of(m_run.findings));
-    m_run.findings = m_run.shown_findings + m_run.findings;
+    print_warnings(texts_of(m_run.new_findings()));
+    m_run.findings = m_run.shown_findings + m_run.new_findings();
     output_watch folder;
     output_watch results;
     output_watch log;

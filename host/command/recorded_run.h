@@ -17,7 +17,12 @@ struct prepared_run
     QList<host_tab> tabs;
     QString software_hive;         ///< the one to read, or its backup; empty if no tab reads it
     QList<finding> shown_findings; ///< those that the examiner has been told
-    QList<finding> findings;
+    QList<finding> findings;       ///< about what was chosen
+    QList<finding> hive_findings;  ///< about the hives, as they lie in the evidence
+    QList<finding> passed_over;
+
+    /// All that the examiner has not been told yet.
+    QList<finding> new_findings() const { return findings + hive_findings + passed_over; }
 };
 
 /// Makes the run while no other one writes to the result folder, and keeps the folder's run record:

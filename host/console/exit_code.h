@@ -13,6 +13,7 @@ enum exit_code : int
     exit_result = 4,
     exit_plugin = 5,
     exit_incomplete = 6, ///< complete but for what is listed
+    exit_nothing_to_recover = 7,
     exit_cancelled = 130
 };
 

@@ -58,9 +58,9 @@ QStringList folders_to_remove(const result_location &location)
 
 /// Why nothing may be written at `paths`; `name` is what the refusal calls them.
 std::optional<refusal> evidence_at(const QStringList &paths, const QString &name,
-                                   const source_volume &volume)
+                                   const QString &root)
 {
-    const evidence_relation relation = evidence_guard(volume.source_root()).relation_of(paths);
+    const evidence_relation relation = evidence_guard(root).relation_of(paths);
     if (relation.is == evidence_relation::kind::within)
         return refused(u"%1 lies in the source, which is never written to"_s.arg(name));
     if (relation.is == evidence_relation::kind::unknown)
@@ -93,8 +93,12 @@ result_location locate_result(const QString &result_directory, const QString &ar
     const QString name = QString(artifact_name).replace(u' ', u'_');
     const QString separator = directory.endsWith(u'/') ? QString() : u"/"_s;
     const QString plugin_directory = directory + separator + "Artifacts_Result/"_L1 + name;
-    return {directory, plugin_directory, plugin_directory + u'/' + name + ".sqlite"_L1,
-            plugin_directory + "/run.json"_L1, plugin_directory + "/run.lock"_L1};
+    return {directory,
+            plugin_directory,
+            plugin_directory + u'/' + name + ".sqlite"_L1,
+            plugin_directory + "/run.json"_L1,
+            plugin_directory + "/run.lock"_L1,
+            plugin_directory + "/recovered_hives"_L1};
 }
 
 std::optional<refusal> check_result(const result_location &location, const source_volume &volume)
@@ -112,7 +116,8 @@ std::optional<refusal> check_result(const result_location &location, const sourc
             temporary_directory_of(location)));
     const QString name = u"result folder %1"_s.arg(location.result_directory);
     const QStringList files = files_of_database(location.database_file) + files_of_run(location);
-    if (auto refused = evidence_at(files + folders_to_remove(location), name, volume))
+    const QStringList folders = folders_to_remove(location) << location.recovered_directory;
+    if (auto refused = evidence_at(files + folders, name, volume.source_root()))
         return refused;
     for (const QString &file : files) {
         if (auto refused = second_name_of(file))
@@ -131,7 +136,7 @@ std::optional<refusal> check_debug_log(const QString &file, const result_locatio
     if (path.isEmpty())
         return refused(u"debug log %1 cannot be found: the working directory does not exist any "
                        "more"_s.arg(file));
-    if (auto refused = evidence_at({file}, u"debug log %1"_s.arg(file), volume))
+    if (auto refused = evidence_at({file}, u"debug log %1"_s.arg(file), volume.source_root()))
         return refused;
     if (files_of_database(location.database_file).contains(path))
         return refused(u"debug log %1 is the result database"_s.arg(file));
@@ -145,6 +150,34 @@ std::optional<refusal> check_debug_log(const QString &file, const result_locatio
     if (!is_file_writable(path))
         return refused(u"debug log %1 cannot be written"_s.arg(file));
     return second_name_of(path);
+}
+
+std::optional<refusal> check_apart(const QString &file, const QString &name,
+                                   const QStringList &roots)
+{
+    for (const QString &root : roots) {
+        if (auto refused = evidence_at({resolved(file)}, name, root))
+            return refused;
+    }
+    return std::nullopt;
+}
+
+std::optional<refusal> check_new_file(const QString &file, const QString &name,
+                                      const QStringList &roots)
+{
+    const QString path = resolved(file);
+    if (path.isEmpty())
+        return refused(
+            u"%1 cannot be found: the working directory does not exist any more"_s.arg(name));
+    if (auto refused = check_apart(path, name, roots))
+        return refused;
+    if (QFileInfo::exists(path) || QFileInfo(path).isSymLink())
+        return refused(u"%1 is there already and stays as it is"_s.arg(name));
+    if (!QFileInfo(QFileInfo(path).path()).isDir())
+        return refused(u"%1 cannot be made: its folder does not exist"_s.arg(name));
+    if (!is_file_writable(path))
+        return refused(u"%1 cannot be written"_s.arg(name));
+    return std::nullopt;
 }
 
 std::optional<refusal> create_result_directory(const result_location &location)

@@ -16,8 +16,9 @@ struct result_location
     QString result_directory;
     QString plugin_directory; ///< the plug-in's own folder in it, without trailing "/"
     QString database_file;
-    QString record_file; ///< the run record, beside the database
-    QString lock_file;   ///< what a run holds while it writes there
+    QString record_file;         ///< the run record, beside the database
+    QString lock_file;           ///< what a run holds while it writes there
+    QString recovered_directory; ///< copies of hives to which logs were applied
 };
 
 /// The database and the files that SQLite makes beside it.
@@ -33,6 +34,17 @@ std::optional<refusal> check_result(const result_location &location, const sourc
 /// The same for a debug log at `file`, which must not be where the results are written either.
 std::optional<refusal> check_debug_log(const QString &file, const result_location &location,
                                        const source_volume &volume);
+
+/// Why nothing may be written at `file`, since it is, or may be, of the evidence below any of
+/// `roots`, which are absolute paths. `name` is what the refusal calls the file.
+std::optional<refusal> check_apart(const QString &file, const QString &name,
+                                   const QStringList &roots);
+
+/// Why no new file can be written at `file` without touching the evidence below any of `roots`,
+/// which are absolute paths; nothing when it can. `name` is what the refusal calls the file.
+/// Creates nothing.
+std::optional<refusal> check_new_file(const QString &file, const QString &name,
+                                      const QStringList &roots);
 
 /// Creates the plug-in's folder with all its parents.
 std::optional<refusal> create_result_directory(const result_location &location);

@@ -51,6 +51,15 @@ void connect_signals(const artifact_plugin &plugin, const tab_watch &tabs)
     QObject::connect(&plugin, TABS_SIGNAL, &tabs, SLOT(slot_tabs(int)));
 }
 
+/// Asks the plug-in for what the plan says, copies of hives included.
+void ask_for(const extraction_plan &plan, artifact_plugin &plugin)
+{
+    QVariantMap property = property_of(plan.options);
+    if (!plan.hive_copies.isEmpty())
+        property.insert("hive_copies"_L1, plan.hive_copies);
+    plugin.setProperty("extraction_options", property);
+}
+
 void hand_over(artifact_plugin &plugin, const extraction_plan &plan)
 {
     plugin.pub_set_engine_type(desk_edition);
@@ -105,7 +114,7 @@ run_outcome run_extraction(artifact_plugin &plugin, const extraction_plan &plan,
     hand_over(plugin, plan);
     QString trouble = prepare_tables(plugin, plan, failures, hooks);
     if (trouble.isEmpty()) {
-        plugin.setProperty("extraction_options", property_of(plan.options));
+        ask_for(plan, plugin);
         plugin.pub_find_source_file();
         tabs.begin();
         plugin.pub_extract_artifacts();

@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QVariantMap>
 
 #include <functional>
 
@@ -22,6 +23,7 @@ struct extraction_plan
     bool keep_rows = false;
     int source_number = 1;
     reading_options options;
+    QVariantMap hive_copies; ///< full path of a hive to that of the copy to read in its place
 };
 
 /// How a run went, as far as the plug-in told.

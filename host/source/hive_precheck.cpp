@@ -6,6 +6,7 @@
 
 #include "guarded_hive.h"
 #include "hive_base_block.h"
+#include "log_files.h"
 #include "regf_format.h"
 
 using namespace Qt::StringLiterals;
@@ -15,19 +16,6 @@ namespace {
 QStringList neighbours_of(const QFileInfo &file)
 {
     return file.dir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
-}
-
-/// The transaction logs beside the hive, whatever the letter case of their names.
-QStringList logs_beside(const QFileInfo &hive)
-{
-    const QString name = hive.fileName();
-    const QStringList wanted{name + ".LOG"_L1, name + ".LOG1"_L1, name + ".LOG2"_L1};
-    QStringList logs;
-    for (const QString &entry : neighbours_of(hive)) {
-        if (wanted.contains(entry, Qt::CaseInsensitive))
-            logs.append(entry);
-    }
-    return logs;
 }
 
 /// Windows ignores letter case; most file systems to which evidence is extracted do not.
@@ -74,7 +62,7 @@ void append_sequence_finding(const hive_base_block &base_block, const QFileInfo 
 {
     if (!base_block.is_dirty())
         return;
-    const QStringList logs = logs_beside(file);
+    const QStringList logs = logs_beside(file.filePath());
     findings.is_dirty = true;
     findings.transaction_logs = logs;
     const QString advice = logs.isEmpty()
@@ -112,23 +100,23 @@ void append_findings(const hive_findings &hive, const QString &path, bool is_lef
 void append_user_findings(const source_volume &volume, const QString &path,
                           QList<finding> &findings)
 {
-    const hive_findings hive = check_hive_file(volume.root() + path);
+    const hive_findings hive = check_hive_file(volume.file_of(path));
     append_findings(hive, path, !hive.is_whole() && !hive.is_absent, findings);
 }
 
 bool has_usable_backup(const source_volume &volume)
 {
-    return check_hive_file(volume.root() + volume.software_backup()).readable;
+    return check_hive_file(volume.file_of(volume.software_backup())).readable;
 }
 
 void append_software_findings(const source_volume &volume, const QString &hive_to_read,
                               QList<finding> &findings)
 {
-    const hive_findings hive = check_hive_file(volume.root() + volume.software_hive());
+    const hive_findings hive = check_hive_file(volume.file_of(volume.software_hive()));
     append_findings(hive, volume.software_hive(), !hive.is_whole(), findings);
     if (hive_to_read == volume.software_hive())
         return;
-    const hive_findings backup = check_hive_file(volume.root() + volume.software_backup());
+    const hive_findings backup = check_hive_file(volume.file_of(volume.software_backup()));
     append_findings(backup, volume.software_backup(), !backup.is_whole(), findings);
     if (backup.readable)
         findings.append(volume.software_backup() +
@@ -167,7 +155,7 @@ hive_findings check_hive_file(const QString &path)
 // Most Windows versions keep the backup empty, so trying to open the hive is rarely needed.
 QString software_hive_to_read(const source_volume &volume)
 {
-    const QString hive = volume.root() + volume.software_hive();
+    const QString hive = volume.file_of(volume.software_hive());
     const bool is_read =
         check_hive_file(hive).readable && (!has_usable_backup(volume) || guarded_hive().open(hive));
     return is_read ? volume.software_hive() : volume.software_backup();

@@ -9,7 +9,7 @@ namespace {
 struct named_option
 {
     bool reading_options::*member;
-    QLatin1StringView key;
+    QLatin1StringView key; ///< empty for what the plug-in is not asked for
     QLatin1StringView words;
 };
 
@@ -20,6 +20,7 @@ constexpr named_option named_options[] = {
     {&reading_options::installations_of_users, "installations_of_users"_L1,
      "installations of users"_L1},
     {&reading_options::old_layout, "old_layout"_L1, "older layouts"_L1},
+    {&reading_options::replay_logs, {}, "transaction logs applied"_L1},
 };
 
 } // namespace
@@ -28,7 +29,7 @@ QVariantMap property_of(const reading_options &options)
 {
     QVariantMap property{{u"keep_hives_open"_s, true}, {u"report_unread"_s, true}};
     for (const named_option &option : named_options) {
-        if (options.*option.member)
+        if (options.*option.member && !option.key.isEmpty())
             property.insert(option.key, true);
     }
     return property;

@@ -5,16 +5,17 @@
 #include <QVariantMap>
 
 /// What a run asks of the plug-in beyond what every host gets; docs/host_integration.md tells the
-/// effects.
+/// effects. Logs are applied by this program, and the plug-in gets the copies to read.
 struct reading_options
 {
     bool ignore_letter_case = false;
     bool decode_by_type = false;
     bool installations_of_users = false;
     bool old_layout = false;
+    bool replay_logs = false;
 
     /// All of them, which is what a run without further word asks for.
-    static reading_options all() { return {true, true, true, true}; }
+    static reading_options all() { return {true, true, true, true, true}; }
 };
 
 /// The options as the property of the plug-in object takes them. Every run asks besides that hives

@@ -1,6 +1,5 @@
 #include "sha256.h"
 
-#include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
 
@@ -62,6 +61,13 @@ QString sha256_of(QFile &file, const std::function<bool()> &is_cancelled)
             return {};
     }
     return size < 0 ? QString() : hash.result();
+}
+
+QString sha256_of_bytes(const QByteArray &bytes)
+{
+    running_hash hash;
+    hash.add(bytes.constData(), bytes.size());
+    return hash.result();
 }
 
 QString sha256_of(const QString &path)

@@ -1,6 +1,7 @@
 #ifndef SHA256_H
 #define SHA256_H
 
+#include <QByteArray>
 #include <QString>
 
 #include <functional>
@@ -11,6 +12,9 @@ class QFile;
 /// as soon as `is_cancelled` returns true, which is asked after each megabyte.
 QString sha256_of(
     QFile &file, const std::function<bool()> &is_cancelled = [] { return false; });
+
+/// The same of bytes in memory.
+QString sha256_of_bytes(const QByteArray &bytes);
 
 /// The same of a whole file of the examiner's own; empty if it cannot be read.
 QString sha256_of(const QString &path);

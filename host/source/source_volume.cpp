@@ -48,6 +48,11 @@ source_volume::source_volume(const QString &directory, const reading_options &op
 {
 }
 
+QString source_volume::file_of(const QString &relative) const
+{
+    return m_copies.value(relative, m_root + relative);
+}
+
 bool source_volume::leads_out(const QString &relative) const
 {
     const QString place = QFileInfo(m_root + relative).canonicalFilePath();

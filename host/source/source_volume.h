@@ -1,6 +1,7 @@
 #ifndef SOURCE_VOLUME_H
 #define SOURCE_VOLUME_H
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -39,6 +40,12 @@ public:
 
     const reading_options &options() const { return m_options; }
 
+    /// Has the files at these paths, relative to the root, read from copies: full paths.
+    void read_copies(const QHash<QString, QString> &copies) { m_copies = copies; }
+
+    /// The full path of the file that is read where `relative` is meant.
+    QString file_of(const QString &relative) const;
+
     /// Whether a symbolic link leads from `relative` to something outside of the volume.
     bool leads_out(const QString &relative) const;
 
@@ -67,6 +74,7 @@ private:
     QString m_root;
     QString m_source_root;
     reading_options m_options;
+    QHash<QString, QString> m_copies;
     mutable case_blind_paths m_paths; // remembers what it has listed
 };
 

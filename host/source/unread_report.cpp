@@ -23,7 +23,7 @@ QStringList unread_warnings(const source_volume &volume, const QStringList &line
         const QString warning =
             line.startsWith(volume.root()) ? line.mid(volume.root().size()) : line;
         const QString unopened = hive_that_did_not_open(warning);
-        if (unopened.isEmpty() || check_hive_file(volume.root() + unopened).readable)
+        if (unopened.isEmpty() || check_hive_file(volume.file_of(unopened)).readable)
             warnings.append(warning);
     }
     warnings.removeDuplicates();

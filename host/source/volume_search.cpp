@@ -17,13 +17,6 @@ constexpr qsizetype most_folders = 20'000; // far more than collectors make
 constexpr qsizetype most_volumes_told = 20;
 const auto source_itself = u"."_s;
 
-bool is_volume(const QString &directory)
-{
-    const source_volume volume(directory, reading_options::all());
-    return volume.holds(volume.software_hive()) || volume.holds(volume.software_backup()) ||
-           has_any_account(volume);
-}
-
 /// A search in breadth, folder by folder.
 class search_below
 {
@@ -149,6 +142,13 @@ std::optional<refusal> refusal_of(const QString &source, const QString &name,
 }
 
 } // namespace
+
+bool is_volume(const QString &directory)
+{
+    const source_volume volume(directory, reading_options::all());
+    return volume.holds(volume.software_hive()) || volume.holds(volume.software_backup()) ||
+           has_any_account(volume);
+}
 
 volume_search find_volumes(const QString &source)
 {

@@ -16,6 +16,9 @@ struct found_volume
     QString directory; ///< its path
 };
 
+/// Whether a Windows volume is mounted or extracted at `directory`.
+bool is_volume(const QString &directory);
+
 /// The volumes of a source, and what could not be searched.
 struct volume_search
 {

@@ -44,8 +44,11 @@ build "$source_dir/tests/foreign_host" "$scratch/foreign_build" -DCMAKE_PREFIX_P
 "$cmake" -E rm -rf "$scratch/package"
 
 "$demo_program" "$volume"
-"$built_host" extract "$volume" --result "$scratch/built" --quiet --like-the-suite >"$scratch/built.txt"
-"$prefix/bin/artifact_host" extract "$volume" --result "$scratch/installed" --quiet --like-the-suite >"$scratch/installed.txt"
+# 6: complete but for what the warnings list, which is a hive whose logs are not applied.
+"$built_host" extract "$volume" --result "$scratch/built" --quiet --like-the-suite >"$scratch/built.txt" ||
+    [ $? -eq 6 ]
+"$prefix/bin/artifact_host" extract "$volume" --result "$scratch/installed" --quiet --like-the-suite >"$scratch/installed.txt" ||
+    [ $? -eq 6 ]
 "$scratch/foreign_build/foreign_host" "$volume" "$scratch/foreign" >"$scratch/foreign.txt"
 
 # Of what artifact_host prints, the counts without their total.

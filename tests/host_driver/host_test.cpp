@@ -69,7 +69,7 @@ const QString bob_has_no_hive = u"artifact_host: warning: Users/bob/NTUSER.DAT: 
 
 const QString every_option =
     u"artifact_host: read with these options: file names in any letter case, texts decoded by "
-    "their type, installations of users, older layouts"_s;
+    "their type, installations of users, older layouts, transaction logs applied"_s;
 const QString no_option = u"artifact_host: read like the suite, without options"_s;
 
 QString host_test::canonical_folder() const
