@@ -7,6 +7,7 @@
 #include "extract_command.h"
 #include "host_tabs.h"
 #include "plugin_library.h"
+#include "result_commands.h"
 #include "volumes_command.h"
 
 using namespace Qt::StringLiterals;
@@ -53,6 +54,8 @@ exit_code run(int argc, char **argv)
     const command_line command = parse_command_line(arguments_of(argc, argv));
     if (command.volumes)
         return list_volumes(*command.volumes);
+    if (command.results)
+        return look_at_results(*command.results);
     if (!command.extract && !command.help_with_plugin)
         return show(command);
     qInstallMessageHandler(show_qt_message);

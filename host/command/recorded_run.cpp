@@ -195,6 +195,9 @@ exit_code recorded_run::make()
     finished.is_any_left_out = is_any_left_out(m_run.findings);
     print_notice(line_about(m_run.plan.options));
     const exit_code code = report_run(finished);
+    if (finished.output_problems.isEmpty() && QFileInfo::exists(m_database))
+        print_notice(
+            u"look at what was found: %1"_s.arg(command_that_shows(m_options.result_directory)));
     return finish_record(finished, code, folder) ? code : exit_run_failed;
 }
 

@@ -41,12 +41,12 @@ QByteArray without_elapsed_times(const QByteArray &output)
     return QString::fromUtf8(output).replace(elapsed, u"\\10:00"_s).toUtf8();
 }
 
-/// Every run ends with the line, whose place no test but its own looks at.
-QString taken_options_line(QStringList &lines)
+/// Every run ends with lines whose place no test but their own looks at.
+QString taken_line(QStringList &lines, const QStringList &beginnings)
 {
-    const auto line = std::find_if(lines.begin(), lines.end(), [](const QString &text) {
-        return text.startsWith("artifact_host: read with "_L1) ||
-               text.startsWith("artifact_host: read like "_L1);
+    const auto line = std::find_if(lines.begin(), lines.end(), [&](const QString &text) {
+        return std::any_of(beginnings.begin(), beginnings.end(),
+                           [&](const QString &beginning) { return text.startsWith(beginning); });
     });
     return line == lines.end() ? QString() : lines.takeAt(line - lines.begin());
 }
@@ -176,7 +176,9 @@ host_result host_process::finish()
     (ended_itself ? result.exit_code : result.signal_number) = m_process.exitCode();
     result.output = lines_of(m_process.readAllStandardOutput());
     result.errors = lines_of(without_elapsed_times(m_errors));
-    result.options_line = taken_options_line(result.errors);
+    result.options_line =
+        taken_line(result.errors, {u"artifact_host: read with "_s, u"artifact_host: read like "_s});
+    result.next_line = taken_line(result.errors, {u"artifact_host: look at what was found: "_s});
     result.on_terminal = received_by_terminal();
     return result;
 }

@@ -16,6 +16,7 @@ struct host_result
     QStringList output;     ///< lines of standard output
     QStringList errors;     ///< lines of standard error, the elapsed times in them set to 0:00
     QString options_line;   ///< the one of them that tells the run's options, which `errors` lacks
+    QString next_line;      ///< the one that names the command to look at the rows; lacking too
     QByteArray on_terminal; ///< what a terminal in place of standard error received
 };
 
