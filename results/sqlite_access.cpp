@@ -103,7 +103,9 @@ sqlite_connection sqlite_connection::own_copy(const QString &file)
 sqlite_connection::sqlite_connection(const QString &file, int flags)
 {
     sqlite3 *connection = nullptr;
-    m_code = sqlite3_open_v2(QFile::encodeName(file).constData(), &connection, flags, nullptr);
+    // Without mutexes, which take a tenth of the time: no connection is used by two threads.
+    m_code = sqlite3_open_v2(QFile::encodeName(file).constData(), &connection,
+                             flags | SQLITE_OPEN_NOMUTEX, nullptr);
     m_connection.reset(connection);
     if (m_code == SQLITE_OK)
         configure();

@@ -12,8 +12,8 @@
 
 namespace results {
 
-// SQLite's own interface: Qt's takes more than three times as long for a row, because it makes a
-// QVariant of each value (bench/results_speed shows both).
+// SQLite's own interface: reading the texts of a million rows of 19 columns took 1.1 s of processor
+// time with it and 6.6 s with QSqlQuery, which makes a QVariant of each value.
 
 /// A prepared statement. Its connection must outlive it.
 class sqlite_statement

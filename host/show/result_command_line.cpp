@@ -1,11 +1,9 @@
 #include "result_command_line.h"
 
-#include <QCommandLineParser>
-
 #include <algorithm>
 
 #include "result_help.h"
-#include "time_texts.h"
+#include "result_parser.h"
 
 using namespace Qt::StringLiterals;
 
@@ -16,111 +14,20 @@ command_line misused(const QString &reason)
     return {std::nullopt, reason, exit_usage};
 }
 
-/// A word of an option, and what it stands for.
-template<typename Value>
-using words = QList<std::pair<QString, Value>>;
+const option_words<show_options::form> show_forms{{u"text"_s, show_options::form::text},
+                                                  {u"csv"_s, show_options::form::csv},
+                                                  {u"jsonl"_s, show_options::form::json_lines}};
 
-const words<show_options::form> show_forms{{u"text"_s, show_options::form::text},
-                                           {u"csv"_s, show_options::form::csv},
-                                           {u"jsonl"_s, show_options::form::json_lines}};
+const option_words<show_options::view> show_views{{u"tables"_s, show_options::view::tables},
+                                                  {u"programs"_s, show_options::view::programs},
+                                                  {u"timeline"_s, show_options::view::timeline}};
 
-const words<show_options::view> show_views{{u"tables"_s, show_options::view::tables},
-                                           {u"programs"_s, show_options::view::programs},
-                                           {u"timeline"_s, show_options::view::timeline}};
-
-const words<export_options::form> export_forms{{u"csv"_s, export_options::form::csv},
-                                               {u"jsonl"_s, export_options::form::json_lines},
-                                               {u"timeline"_s, export_options::form::timeline},
-                                               {u"bodyfile"_s, export_options::form::body_file},
-                                               {u"xlsx"_s, export_options::form::xlsx}};
-
-/// The arguments of one command, and the first thing that is wrong with them.
-class result_parser
-{
-public:
-    explicit result_parser(const QStringList &options_with_value, const QStringList &switches)
-    {
-        for (const QString &name : options_with_value)
-            m_parser.addOption(QCommandLineOption(name, {}, u"VALUE"_s));
-        for (const QString &name : switches)
-            m_parser.addOption(QCommandLineOption(name));
-        m_parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));
-    }
-
-    void parse(const QStringList &arguments)
-    {
-        if (!m_parser.parse(QStringList(u"artifact_host"_s) + arguments))
-            refuse(m_parser.errorText());
-    }
-
-    bool is_set(const QString &name) const { return m_parser.isSet(name); }
-    QString value(const QString &name) const { return m_parser.value(name); }
-    QStringList results() const { return m_parser.positionalArguments(); }
-    const QString &misuse() const { return m_misuse; }
-
-    /// Keeps the first reason.
-    void refuse(const QString &reason)
-    {
-        if (m_misuse.isEmpty())
-            m_misuse = reason;
-    }
-
-    QStringList values(const QString &name) const
-    {
-        QStringList values = m_parser.values(name);
-        values.removeDuplicates();
-        return values;
-    }
-
-    /// Names that may stand in one value, with commas between.
-    QStringList names(const QString &name) const
-    {
-        return values(name).join(u',').split(u',', Qt::SkipEmptyParts);
-    }
-
-    /// A whole number from `least` on.
-    std::optional<qint64> number(const QString &name, qint64 least)
-    {
-        if (!is_set(name))
-            return std::nullopt;
-        bool is_number = false;
-        const qint64 number = value(name).toLongLong(&is_number);
-        if (!is_number || number < least)
-            refuse(u"--%1 takes a whole number from %2 on"_s.arg(name).arg(least));
-        return number;
-    }
-
-    /// What the word of the option stands for; the first one if it is not given.
-    template<typename Value>
-    Value word(const QString &name, const words<Value> &known)
-    {
-        const QString given = is_set(name) ? value(name) : known.first().first;
-        const auto found = std::find_if(known.begin(), known.end(),
-                                        [&](const auto &each) { return each.first == given; });
-        if (found != known.end())
-            return found->second;
-        QStringList all;
-        for (const auto &each : known)
-            all.append(each.first);
-        refuse(u"unknown %1 \"%2\"; there are %3"_s.arg(name, given, all.join(", "_L1)));
-        return known.first().second;
-    }
-
-    std::optional<results::time_span> span(const QString &name)
-    {
-        if (!is_set(name))
-            return std::nullopt;
-        const auto span = results::written_time(value(name));
-        if (!span)
-            refuse(u"--%1 takes a time such as 2023-12-28, 2023-12-28T08:30 or "
-                   "2023-12-28T08:30:44+01:00, in UTC unless it says otherwise"_s.arg(name));
-        return span;
-    }
-
-private:
-    QCommandLineParser m_parser;
-    QString m_misuse;
-};
+const option_words<export_options::form> export_forms{
+    {u"csv"_s, export_options::form::csv},
+    {u"jsonl"_s, export_options::form::json_lines},
+    {u"timeline"_s, export_options::form::timeline},
+    {u"bodyfile"_s, export_options::form::body_file},
+    {u"xlsx"_s, export_options::form::xlsx}};
 
 row_selection selection_of(result_parser &parser)
 {

@@ -6,13 +6,14 @@ namespace {
 
 const auto selection_help =
     uR"(  --tab NAME        Only this table. May be repeated, or be several with commas.
-  --user NAME       Only rows of this account, in any letter case. May be repeated.
+  --user NAME       Only rows of this account, in any letter case. May be
+                    repeated.
   --where TEXT      Only rows that have TEXT in some cell, in any letter case.
   --since TIME      Only rows with a time at TIME or later ...
   --until TIME      ... and at TIME or earlier. A TIME is 2023-12-28,
                     2023-12-28T08:30 or 2023-12-28T08:30:44, in UTC unless a
                     zone follows (Z, +01:00). A day or a minute is all of it.
-  --raw             Only the columns that the database has, without derived ones.
+  --raw             Only the columns that the database has, no derived ones.
 )"_s;
 
 const auto result_help =
@@ -63,8 +64,8 @@ QString export_help_text()
     return uR"(Usage: artifact_host export RESULT --format FORMAT --to DIR [options]
 
 Writes a result to files in DIR, which is made if it is missing:
-  csv       TABLE.csv: RFC 4180, UTF-8, every stored column with the derived ones
-            beside it
+  csv       TABLE.csv: RFC 4180, UTF-8, every stored column with what is derived
+            of it beside it
   jsonl     TABLE.jsonl: one JSON object a row
   timeline  timeline.jsonl: every time of every row, for Timesketch
   bodyfile  bodyfile.txt: the same for mactime

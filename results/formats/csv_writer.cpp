@@ -1,31 +1,27 @@
 #include "csv_writer.h"
 
+#include <array>
+
 #include "plain_text.h"
 
 namespace results {
 
 namespace {
 
-bool is_special(char character)
-{
-    switch (character) {
-    case ',':
-    case '"':
-    case '\r':
-    case '\n':
-    case '\0':
-        return true;
-    default:
-        return false;
-    }
-}
+/// The characters for which a field is quoted; a table, because every character is looked up.
+constexpr std::array<bool, 256> special_characters = [] {
+    std::array<bool, 256> special{};
+    for (const char character : {',', '"', '\r', '\n', '\0'})
+        special[static_cast<unsigned char>(character)] = true;
+    return special;
+}();
 
 bool needs_quotes(std::string_view text)
 {
     if (text.empty() || text.front() == ' ' || text.back() == ' ')
         return true;
     for (const char character : text) {
-        if (is_special(character))
+        if (special_characters[static_cast<unsigned char>(character)])
             return true;
     }
     return false;
@@ -94,8 +90,8 @@ void csv_writer::append_cell(const cell &value, const std::string &name)
 {
     if (value.is == cell::kind::null)
         return;
-    const std::string_view text = plain_text(value, m_scratch);
-    if (value.is != cell::kind::integer && is_sql_literal(value))
+    const auto [text, is_sql_literal] = plain_form_of(value, m_scratch);
+    if (is_sql_literal)
         m_literals += (m_literals.empty() ? "" : " ") + name;
     if (m_options.spreadsheet_safe && value.is == cell::kind::text && begins_formula(text))
         append_field("'" + std::string(text));

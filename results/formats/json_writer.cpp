@@ -68,18 +68,18 @@ void append_json_string(std::string &out, std::string_view text)
     out += '"';
 }
 
-void append_json_value(std::string &out, const cell &value)
+bool append_json_value(std::string &out, const cell &value)
 {
     std::string scratch;
-    const std::string_view text = plain_text(value, scratch);
-    const bool is_number =
-        value.is == cell::kind::integer || (value.is == cell::kind::real && !is_sql_literal(value));
+    const auto [text, is_sql_literal] = plain_form_of(value, scratch);
+    const bool is_number = value.is == cell::kind::integer || value.is == cell::kind::real;
     if (value.is == cell::kind::null)
         out += "null";
-    else if (is_number)
+    else if (is_number && !is_sql_literal)
         out += text;
     else
         append_json_string(out, text);
+    return is_sql_literal;
 }
 
 bool json_writer::begin(const row_source &source, const QList<int> &places)
@@ -99,28 +99,16 @@ bool json_writer::write(const row &of)
 {
     std::string &out = m_out.text();
     out += m_beginning;
+    m_literals.clear();
     for (const member &each : m_members) {
         out += each.before;
-        append_json_value(out, cell_at(of, each.place));
+        if (append_json_value(out, cell_at(of, each.place)))
+            m_literals += (m_literals.empty() ? "" : ",") + each.name;
     }
-    append_literals(of);
+    if (!m_literals.empty())
+        out += ",\"sql_literals\":[" + m_literals + "]";
     out += "}\n";
     return m_out.flush_large();
-}
-
-void json_writer::append_literals(const row &of)
-{
-    bool is_first = true;
-    std::string &out = m_out.text();
-    for (const member &each : m_members) {
-        if (!is_sql_literal(cell_at(of, each.place)))
-            continue;
-        out += is_first ? ",\"sql_literals\":[" : ",";
-        out += each.name;
-        is_first = false;
-    }
-    if (!is_first)
-        out += ']';
 }
 
 } // namespace results

@@ -11,8 +11,8 @@ namespace results {
 void append_json_string(std::string &out, std::string_view text);
 
 /// Appends a value: a number, a string or null. What is no text becomes a string with its SQL
-/// literal.
-void append_json_value(std::string &out, const cell &value);
+/// literal; returns whether it did.
+bool append_json_value(std::string &out, const cell &value);
 
 /// JSON Lines: one object a row, with "table", a member for each column, and, if cells of the row
 /// hold no text of their own, their names in "sql_literals".
@@ -33,11 +33,10 @@ private:
         std::string before; ///< what stands before the value
     };
 
-    void append_literals(const row &of);
-
     buffered_text m_out;
     std::string m_beginning;
     std::vector<member> m_members;
+    std::string m_literals; ///< the names of the row's cells that hold no text of their own
 };
 
 } // namespace results

@@ -53,21 +53,21 @@ std::string text_of_other(const cell &value)
 
 } // namespace
 
-std::string_view plain_text(const cell &value, std::string &scratch)
+plain_form plain_form_of(const cell &value, std::string &scratch)
 {
     if (value.is == cell::kind::null)
-        return {};
+        return {{}, false};
     if (value.is == cell::kind::text && is_utf_8(value.bytes))
-        return value.bytes;
+        return {value.bytes, false};
     scratch = text_of_other(value);
-    return scratch;
+    const bool is_number = value.is == cell::kind::integer ||
+                           (value.is == cell::kind::real && !std::isinf(value.real));
+    return {scratch, !is_number};
 }
 
-bool is_sql_literal(const cell &value)
+std::string_view plain_text(const cell &value, std::string &scratch)
 {
-    return value.is == cell::kind::blob ||
-           (value.is == cell::kind::text && !is_utf_8(value.bytes)) ||
-           (value.is == cell::kind::real && std::isinf(value.real));
+    return plain_form_of(value, scratch).text;
 }
 
 QString shown_text(const cell &value)

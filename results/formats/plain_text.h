@@ -14,8 +14,13 @@ namespace results {
 /// as that and the cell.
 std::string_view plain_text(const cell &value, std::string &scratch);
 
-/// Whether plain_text() is an SQL literal, and no text or number of its own.
-bool is_sql_literal(const cell &value);
+/// The same, and whether it is an SQL literal, and no text or number of its own.
+struct plain_form
+{
+    std::string_view text;
+    bool is_sql_literal;
+};
+plain_form plain_form_of(const cell &value, std::string &scratch);
 
 /// The value as a QString, as plain_text() gives it.
 QString shown_text(const cell &value);

@@ -3,13 +3,9 @@
 #include <QHash>
 #include <QVersionNumber>
 
-#include <map>
-#include <optional>
 #include <utility>
 
-#include "plain_text.h"
-#include "program_paths.h"
-#include "row_cursor.h"
+#include "compared_entries.h"
 
 using namespace Qt::StringLiterals;
 
@@ -17,100 +13,9 @@ namespace results {
 
 namespace {
 
-/// What a table says of one thing that both states may have.
-struct entry
-{
-    QString account;
-    QString subject;
-    QString name; ///< by which a key of another name is found; empty if that is no thing to do
-    QString version;
-    qint64 run_count = 0;
-    qint64 last_run = 0;
-    qint64 id = 0;
-};
-
-enum class table_kind
-{
-    installations,
-    packages,
-    counted_runs,
-    seen_runs
-};
-
-/// A table, and the columns that tell its things apart.
-struct compared_table
-{
-    QString name;
-    table_kind kind;
-    QStringList identity;
-};
-
-const QList<compared_table> &compared_tables()
-{
-    static const QList<compared_table> tables{
-        {u"install_apps_64"_s, table_kind::installations, {u"parent_name"_s}},
-        {u"install_apps_32"_s, table_kind::installations, {u"parent_name"_s}},
-        {u"metro_apps"_s, table_kind::packages, {u"filename"_s}},
-        {u"previously_executed_apps"_s, table_kind::counted_runs, {u"class_id"_s, u"exename"_s}},
-        {u"third_party_applications"_s, table_kind::seen_runs, {u"windows_path"_s}},
-    };
-    return tables;
-}
-
-using entries = std::map<QString, entry>;
-
-QString text_in(const row &of, const table_layout &layout, const QString &name)
-{
-    return shown_text(cell_at(of, place_of(layout.columns(), name)));
-}
-
-qint64 number_in(const row &of, const table_layout &layout, const QString &name)
-{
-    return cell_at(of, place_of(layout.columns(), name)).integer();
-}
-
-entry entry_of(const row &of, const table_layout &layout)
-{
-    entry made;
-    made.account = text_in(of, layout, u"system_account"_s);
-    made.subject = shown_text(layout.subject_of(of));
-    made.name = comparable_name(text_in(of, layout, u"display_name"_s));
-    made.version = text_in(of, layout, u"display_version"_s);
-    made.run_count = number_in(of, layout, u"runcount"_s);
-    made.last_run = number_in(of, layout, u"lastruntime"_s);
-    made.id = of.id;
-    return made;
-}
-
-QString identity_of(const row &of, const table_layout &layout, const QStringList &columns)
-{
-    QString identity = text_in(of, layout, u"system_account"_s).toLower();
-    for (const QString &name : columns)
-        identity += u'\n' + text_in(of, layout, name).toLower();
-    return identity;
-}
-
-/// The things that the table has in the state; of several rows of one thing, the last.
-entries read_entries(const compared_state &state, const compared_table &table, QString &failure)
-{
-    entries read;
-    if (!state.result->tables().contains(table.name))
-        return read;
-    row_cursor rows(*state.result, state.result->layout_of(table.name));
-    while (const row *each = rows.next()) {
-        const QString source = text_in(*each, rows.layout(), u"source_count_name"_s);
-        if (state.source.isEmpty() || state.source == source)
-            read[identity_of(*each, rows.layout(), table.identity)] =
-                entry_of(*each, rows.layout());
-    }
-    if (!rows.failure().isEmpty())
-        failure = rows.failure();
-    return read;
-}
-
 /// The entries that have no counterpart, by account and comparable name; those of a name that
 /// several have are left out.
-QHash<QString, QString> unique_names(const entries &all, const entries &others)
+QHash<QString, QString> unique_names(const compared_entries &all, const compared_entries &others)
 {
     QHash<QString, QString> names;
     QHash<QString, int> uses;
@@ -149,11 +54,13 @@ public:
 
 private:
     void compare_table(const compared_table &table);
-    void match_renamed_keys(entries &before, const entries &after);
-    void compare_entry(const compared_table &table, const entry *before, const entry *after);
-    void compare_installation(const entry *before, const entry *after, bool is_versioned);
-    void compare_runs(const entry *before, const entry *after);
-    void add(const QString &change, const entry *before, const entry *after,
+    void match_renamed_keys(compared_entries &before, const compared_entries &after);
+    void compare_entry(const compared_table &table, const compared_entry *before,
+                       const compared_entry *after);
+    void compare_installation(const compared_entry *before, const compared_entry *after,
+                              bool is_versioned);
+    void compare_runs(const compared_entry *before, const compared_entry *after);
+    void add(const QString &change, const compared_entry *before, const compared_entry *after,
              const QString &value_before = {}, const QString &value_after = {});
 
     compared_state m_before;
@@ -170,7 +77,7 @@ void set_text(cell &into, const QString &text)
         into.set_text(text.toStdString());
 }
 
-void set_id(cell &into, const entry *of)
+void set_id(cell &into, const compared_entry *of)
 {
     if (of == nullptr)
         into.set_null();
@@ -178,10 +85,10 @@ void set_id(cell &into, const entry *of)
         into.set_number(of->id);
 }
 
-void comparer::add(const QString &change, const entry *before, const entry *after,
+void comparer::add(const QString &change, const compared_entry *before, const compared_entry *after,
                    const QString &value_before, const QString &value_after)
 {
-    const entry &told = after == nullptr ? *before : *after;
+    const compared_entry &told = after == nullptr ? *before : *after;
     row made;
     made.cells.resize(size_t(m_made.columns.size()));
     cell *next = made.cells.data();
@@ -216,7 +123,7 @@ comparison comparer::made()
 
 /// A key whose name tells its version is another key after an upgrade: it is the same program if it
 /// alone has that name, and no key of the old name is left.
-void comparer::match_renamed_keys(entries &before, const entries &after)
+void comparer::match_renamed_keys(compared_entries &before, const compared_entries &after)
 {
     const QHash<QString, QString> gone = unique_names(before, after);
     const QHash<QString, QString> added = unique_names(after, before);
@@ -233,8 +140,8 @@ void comparer::match_renamed_keys(entries &before, const entries &after)
 void comparer::compare_table(const compared_table &table)
 {
     m_table = table.name;
-    entries before = read_entries(m_before, table, m_made.failure);
-    const entries after = read_entries(m_after, table, m_made.failure);
+    compared_entries before = read_entries(m_before, table, m_made.failure);
+    const compared_entries after = read_entries(m_after, table, m_made.failure);
     if (table.kind == table_kind::installations)
         match_renamed_keys(before, after);
     for (const auto &[identity, each] : before) {
@@ -247,7 +154,8 @@ void comparer::compare_table(const compared_table &table)
     }
 }
 
-void comparer::compare_entry(const compared_table &table, const entry *before, const entry *after)
+void comparer::compare_entry(const compared_table &table, const compared_entry *before,
+                             const compared_entry *after)
 {
     switch (table.kind) {
     case table_kind::installations:
@@ -264,7 +172,8 @@ void comparer::compare_entry(const compared_table &table, const entry *before, c
     }
 }
 
-void comparer::compare_installation(const entry *before, const entry *after, bool is_versioned)
+void comparer::compare_installation(const compared_entry *before, const compared_entry *after,
+                                    bool is_versioned)
 {
     if (before == nullptr)
         return add(u"installed"_s, nullptr, after, {}, after->version);
@@ -276,17 +185,17 @@ void comparer::compare_installation(const entry *before, const entry *after, boo
 }
 
 /// How often an entry says that a program ran; an entry without a count and a time says nothing.
-bool was_run(const entry *of)
+bool was_run(const compared_entry *of)
 {
     return of != nullptr && (of->run_count > 0 || of->last_run != 0);
 }
 
-QString count_of(const entry *of)
+QString count_of(const compared_entry *of)
 {
     return of == nullptr ? QString() : QString::number(of->run_count);
 }
 
-void comparer::compare_runs(const entry *before, const entry *after)
+void comparer::compare_runs(const compared_entry *before, const compared_entry *after)
 {
     QString change;
     if (after == nullptr)

@@ -1,5 +1,7 @@
 #include "programs_view.h"
 
+#include <QSet>
+
 #include "known_names.h"
 #include "plain_text.h"
 #include "program_join.h"
@@ -31,6 +33,16 @@ private:
     const table_layout &m_layout;
 };
 
+/// One text for all that are alike: a million rows name few accounts.
+class shared_texts
+{
+public:
+    QString shared(const QString &text) { return *m_texts.insert(text); }
+
+private:
+    QSet<QString> m_texts;
+};
+
 /// Calls `take` with each row of the table, if the result has it. Returns why rows are missing.
 template<typename Take>
 QString for_each_row(const opened_result &result, const QString &table, const Take &take)
@@ -43,11 +55,11 @@ QString for_each_row(const opened_result &result, const QString &table, const Ta
     return rows.failure();
 }
 
-installation installation_of(const named_cells &cells)
+installation installation_of(const named_cells &cells, shared_texts &texts)
 {
     installation made;
-    made.source = cells.text(u"source_count_name"_s);
-    made.account = cells.text(u"system_account"_s);
+    made.source = texts.shared(cells.text(u"source_count_name"_s));
+    made.account = texts.shared(cells.text(u"system_account"_s));
     made.name = cells.text(u"display_name"_s);
     if (made.name.isEmpty())
         made.name = cells.text(u"parent_name"_s);
@@ -61,11 +73,11 @@ installation installation_of(const named_cells &cells)
     return made;
 }
 
-program_use use_of(const named_cells &cells, const QString &name_column)
+program_use use_of(const named_cells &cells, const QString &name_column, shared_texts &texts)
 {
     program_use use;
-    use.source = cells.text(u"source_count_name"_s);
-    use.account = cells.text(u"system_account"_s);
+    use.source = texts.shared(cells.text(u"source_count_name"_s));
+    use.account = texts.shared(cells.text(u"system_account"_s));
     use.name = cells.text(name_column + "_resolved"_L1);
     const std::string stored = cells.text(name_column).toStdString();
     const program_name decoded = resolve_program_name(stored);
@@ -86,20 +98,20 @@ program_use use_of(const named_cells &cells, const QString &name_column)
 }
 
 /// The entries of uninstall_apps stand in previously_executed_apps too, where they are counted.
-program_use use_of_shell(const named_cells &cells)
+program_use use_of_shell(const named_cells &cells, shared_texts &texts)
 {
-    program_use use = use_of(cells, u"exename"_s);
+    program_use use = use_of(cells, u"exename"_s, texts);
     use.is_counted = use.row.table == "previously_executed_apps"_L1;
     use.run_count = cells.of(u"runcount"_s).integer();
     use.last_run = cells.of(u"lastruntime"_s).integer();
     return use;
 }
 
-program_use package_of(const named_cells &cells)
+program_use package_of(const named_cells &cells, shared_texts &texts)
 {
     program_use use;
-    use.source = cells.text(u"source_count_name"_s);
-    use.account = cells.text(u"system_account"_s);
+    use.source = texts.shared(cells.text(u"source_count_name"_s));
+    use.account = texts.shared(cells.text(u"system_account"_s));
     use.name = cells.text(u"filename"_s);
     use.package = use.name;
     use.is_package_folder = true;
@@ -112,19 +124,22 @@ program_use package_of(const named_cells &cells)
 programs_view make_programs_view(const opened_result &result)
 {
     program_join join;
+    shared_texts texts;
     QStringList failures;
     for (const QString &table : {u"install_apps_64"_s, u"install_apps_32"_s})
         failures += for_each_row(result, table, [&](const named_cells &cells) {
-            join.add_installation(installation_of(cells));
+            join.add_installation(installation_of(cells, texts));
         });
     for (const QString &table : {u"previously_executed_apps"_s, u"uninstall_apps"_s})
-        failures += for_each_row(
-            result, table, [&](const named_cells &cells) { join.add_use(use_of_shell(cells)); });
+        failures += for_each_row(result, table, [&](const named_cells &cells) {
+            join.add_use(use_of_shell(cells, texts));
+        });
     failures += for_each_row(result, u"third_party_applications"_s, [&](const named_cells &cells) {
-        join.add_use(use_of(cells, u"windows_path"_s));
+        join.add_use(use_of(cells, u"windows_path"_s, texts));
     });
-    failures += for_each_row(result, u"metro_apps"_s,
-                             [&](const named_cells &cells) { join.add_use(package_of(cells)); });
+    failures += for_each_row(result, u"metro_apps"_s, [&](const named_cells &cells) {
+        join.add_use(package_of(cells, texts));
+    });
     failures.removeAll(QString());
     return {columns_of_programs(), join.rows(), failures.join("; "_L1)};
 }

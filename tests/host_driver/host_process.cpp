@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -94,6 +95,18 @@ host_process &host_process::on_terminal()
     return *this;
 }
 
+host_process &host_process::output_on_terminal(int columns, int lines)
+{
+    on_terminal();
+    winsize size{};
+    size.ws_col = static_cast<unsigned short>(columns);
+    size.ws_row = static_cast<unsigned short>(lines);
+    if (ioctl(m_terminal, TIOCSWINSZ, &size) != 0)
+        give_up("the terminal takes no size");
+    m_stream_on_terminal = STDOUT_FILENO;
+    return *this;
+}
+
 /// Leaves the reason in errno when it fails.
 bool host_process::open_terminal()
 {
@@ -124,7 +137,7 @@ void host_process::prepare_child() const
     if (m_interrupts_ignored)
         std::signal(SIGINT, SIG_IGN);
     if (m_terminal_line >= 0)
-        dup2(m_terminal_line, STDERR_FILENO);
+        dup2(m_terminal_line, m_stream_on_terminal);
 }
 
 void host_process::start(const QStringList &arguments)
