@@ -2,6 +2,7 @@
 #include "host_test.h"
 #include "made_result.h"
 #include "result_file.h"
+#include "table_descriptions.h"
 #include "test_main.h"
 #include "volume_snapshot.h"
 
@@ -210,10 +211,8 @@ void tst_result_commands::export_writes_files_data()
     QTest::addColumn<QString>("format");
     QTest::addColumn<QStringList>("files");
     QTest::addColumn<QByteArray>("beginning");
-    const QStringList tables{u"hidden_desktop_icons_app"_s, u"install_apps_32"_s,
-                             u"install_apps_64"_s,          u"metro_apps"_s,
-                             u"previously_executed_apps"_s, u"registered_apps"_s,
-                             u"third_party_applications"_s, u"uninstall_apps"_s};
+    QStringList tables = results::described_tables();
+    tables.sort();
     QTest::newRow("csv") << u"csv"_s << tables << QByteArray("table,bookmark,");
     QTest::newRow("jsonl") << u"jsonl"_s << tables << QByteArray("{\"table\":");
     QTest::newRow("timeline") << u"timeline"_s << QStringList{u"timeline.jsonl"_s}
@@ -353,12 +352,10 @@ void tst_result_commands::wrong_use_is_refused_data()
     QTest::newRow("nothing there")
         << QStringList{u"show"_s, u"/nowhere"_s} << u"result /nowhere does not exist"_s << 3;
     QTest::newRow("unknown option") << show({u"--frob"_s}) << u"Unknown option 'frob'."_s << 2;
-    QTest::newRow("unknown tab")
-        << show({u"--tab"_s, u"frob"_s})
-        << u"unknown tab \"frob\"; there are install_apps_64, install_apps_32, uninstall_apps, "
-           "registered_apps, metro_apps, previously_executed_apps, third_party_applications, "
-           "hidden_desktop_icons_app"_s
-        << 2;
+    QTest::newRow("unknown tab") << show({u"--tab"_s, u"frob"_s})
+                                 << u"unknown tab \"frob\"; there are %1"_s.arg(
+                                        results::described_tables().join(", "_L1))
+                                 << 2;
     QTest::newRow("unknown account") << show({u"--user"_s, u"eve"_s})
                                      << u"unknown account \"eve\"; there are anna, marek"_s << 2;
     QTest::newRow("unknown column")

@@ -80,8 +80,8 @@ Options:
            uR"(  --replace         Write over files that are there. Without it, none is.
   --bom             csv: begin with the mark by which spreadsheets know UTF-8.
   --spreadsheet-safe
-                    csv: put a ' before texts that a spreadsheet would take for a
-                    formula. This alters them, so it must be asked for.
+                    csv: put a ' before texts that a spreadsheet would take
+                    for a formula. This alters them, so it must be asked for.
   -h, --help        Shows this text.
 )"_s + exit_code_help;
 }
