@@ -24,8 +24,7 @@ QByteArray statement_for(const table_layout &layout, const QByteArray &which)
 } // namespace
 
 row_cursor::row_cursor(const opened_result &result, const table_layout &layout)
-    : m_result(result),
-      m_layout(layout),
+    : m_layout(layout),
       m_statement(result.connection().prepare(statement_for(layout, "rowid >= ? ORDER BY rowid"))),
       m_first_of_batch(std::numeric_limits<qint64>::min())
 {
@@ -33,8 +32,7 @@ row_cursor::row_cursor(const opened_result &result, const table_layout &layout)
 
 row_cursor::row_cursor(const opened_result &result, const table_layout &layout,
                        std::vector<qint64> ids)
-    : m_result(result),
-      m_layout(layout),
+    : m_layout(layout),
       m_statement(result.connection().prepare(statement_for(layout, "rowid = ?"))),
       m_is_listed(true),
       m_ids(std::move(ids))

@@ -33,7 +33,6 @@ private:
     bool is_batch_full() const;
     void note_failure();
 
-    const opened_result &m_result;
     table_layout m_layout;
     sqlite_statement m_statement;
     bool m_is_listed = false;
