@@ -8,6 +8,7 @@
 #include "host_tabs.h"
 #include "plugin_library.h"
 #include "recover_command.h"
+#include "result_commands.h"
 #include "volumes_command.h"
 
 using namespace Qt::StringLiterals;
@@ -56,6 +57,8 @@ exit_code run(int argc, char **argv)
         return list_volumes(*command.volumes);
     if (command.recover)
         return recover(*command.recover);
+    if (command.results)
+        return look_at_results(*command.results);
     if (!command.extract && !command.help_with_plugin)
         return show(command);
     qInstallMessageHandler(show_qt_message);

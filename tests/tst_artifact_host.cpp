@@ -40,6 +40,7 @@ void tst_artifact_host::fills_all_tabs_and_reports_rows_and_database()
     const host_result result = extract(*volume);
     QCOMPARE(result.errors, QStringList{bob_has_no_hive} + small_volume_progress);
     QCOMPARE(result.options_line, every_option);
+    QCOMPARE(result.next_line, next_line(result_path()));
     QCOMPARE(result.output, small_volume_report + QStringList{database_path()});
     QCOMPARE(result.exit_code, 0);
 
@@ -114,7 +115,8 @@ void tst_artifact_host::draws_one_line_over_again_on_a_terminal()
                                             "\r1 of 1 tabs, 1 rows, 0:00\x1b[K"
                                             "\r1 of 1 tabs, 1 rows, 0:00\x1b[K"
                                             "\r1 of 1 tabs, 1 rows, 0:00\x1b[K\r\n") +
-                                     every_option.toUtf8() + "\r\n");
+                                     every_option.toUtf8() + "\r\n" +
+                                     next_line(result_path()).toUtf8() + "\r\n");
     QCOMPARE(result.exit_code, 0);
 }
 

@@ -1,6 +1,9 @@
 #include "command_line.h"
 
 #include <QCommandLineParser>
+
+#include "result_command_line.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -8,6 +11,9 @@ namespace {
 const auto general_help = uR"(Usage: artifact_host extract SOURCE --result DIR [options]
        artifact_host volumes SOURCE [options]
        artifact_host recover HIVE COPY [options]
+       artifact_host show RESULT [options]
+       artifact_host export RESULT --format FORMAT --to DIR [options]
+       artifact_host compare RESULT_A RESULT_B [options]
 
 Lists the installed, registered, run, uninstalled and hidden applications of a
 Windows volume in a SQLite database.
@@ -16,6 +22,9 @@ Commands:
   extract        Reads the volume mounted or extracted at SOURCE.
   volumes        Lists the volumes in SOURCE and what would be read of them.
   recover        Applies a hive's transaction logs to a private copy.
+  show           Shows the rows of a result: tables, programs, a time line.
+  export         Writes a result as CSV, JSON Lines, time line or workbook.
+  compare        Tells what differs between two results.
 
 Options:
   -h, --help     Shows this text; "artifact_host COMMAND --help" tells more.
@@ -110,7 +119,7 @@ const auto exit_code_help = uR"(Exit codes:
   0    the run is complete: everything selected was read and written
   1    the run failed, or rows are missing from the database
   2    wrong use, such as an unknown tab, account or volume
-  3    the source cannot be read
+  3    the source, or the result to look at, cannot be read
   4    the result folder or the debug log cannot be written, is in use, or holds
        results that the run would mix with
   5    the plug-in cannot be loaded
@@ -317,6 +326,8 @@ command_line parse_command_line(const QStringList &arguments)
         return parse_volumes(arguments.mid(1));
     if (first == "recover"_L1)
         return parse_recover(arguments.mid(1));
+    if (is_result_command(first))
+        return parse_result_command(first, arguments.mid(1));
     if (first == "--help"_L1 || first == "-h"_L1)
         return shown(general_help + exit_code_help);
     if (first == "--version"_L1 || first == "-v"_L1)

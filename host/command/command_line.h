@@ -9,6 +9,7 @@
 #include "earlier_results.h"
 #include "exit_code.h"
 #include "reading_options.h"
+#include "result_options.h"
 
 /// What the examiner asked the `extract` command for.
 struct extract_options
@@ -45,7 +46,8 @@ struct recover_options
     bool list = false; ///< name the keys that differ
 };
 
-/// What a command line asks for: a run, help that names the plug-in's tabs, or a text to show.
+/// What a command line asks for: a run, a look at results, help that names the plug-in's tabs, or a
+/// text to show.
 struct command_line
 {
     std::optional<extract_options> extract;       ///< set when a run is asked for
@@ -54,6 +56,7 @@ struct command_line
     std::optional<volumes_options> volumes = {};  ///< set when a list of volumes is asked for
     std::optional<QString> help_with_plugin = {}; ///< the plug-in whose tabs the help shall name
     std::optional<recover_options> recover = {};  ///< set when a hive shall be recovered
+    std::optional<result_options> results = {};   ///< set when results are to be looked at
 };
 
 /// The help of the `extract` command; `tabs` are those that the plug-in fills, if it could be

@@ -245,6 +245,9 @@ exit_code recorded_run::make()
     if (m_options.hashes)
         print_notice(line_about(m_hashes));
     const exit_code code = report_run(finished);
+    if (finished.output_problems.isEmpty() && QFileInfo::exists(m_database))
+        print_notice(
+            u"look at what was found: %1"_s.arg(command_that_shows(m_options.result_directory)));
     return finish_record(finished, code, folder) ? code : exit_run_failed;
 }
 

@@ -1,5 +1,6 @@
 #include "console.h"
 
+#include "characters.h"
 #include "finding.h"
 
 using namespace Qt::StringLiterals;
@@ -29,16 +30,7 @@ void write_bytes(std::FILE *stream, const QByteArray &bytes)
 
 bool must_be_escaped(QChar character)
 {
-    switch (character.category()) {
-    case QChar::Other_Control:
-    case QChar::Other_Format:
-    case QChar::Other_Surrogate:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-        return true;
-    default:
-        return false;
-    }
+    return results::must_be_escaped(character.unicode());
 }
 
 QString printable(const QString &text)

@@ -9,13 +9,11 @@
 #include <cstdio>
 
 #include "console.h"
+#include "recorded_runs.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int format = 1;
-constexpr qint64 most_bytes = qint64(256) << 20; // no record of real runs is nearly as long
 
 /// JSON in which no text can steer a terminal or look like another one: what the console escapes,
 /// but for line feeds, which JSON has between its texts alone.
@@ -66,32 +64,10 @@ run_record::run_record(const QString &file) : m_file(file)
 
 void run_record::read()
 {
-    const QFileInfo info(m_file);
-    if (!info.exists() && !info.isSymLink())
-        return;
-    m_damage = u"it is no record of runs"_s;
-    if (info.isSymLink() || !info.isFile())
-        return;
-    if (info.size() > most_bytes) {
-        m_damage = u"it has more than %1 MiB"_s.arg(most_bytes >> 20);
-        return;
-    }
-    QFile file(m_file);
-    if (!file.open(QIODevice::ReadOnly)) {
-        m_damage = file.errorString();
-        return;
-    }
-    const QJsonObject record = QJsonDocument::fromJson(file.read(most_bytes)).object();
-    if (record.value("format"_L1).toInt() != format || !record.value("runs"_L1).isArray())
-        return;
-    QList<QJsonObject> entries;
-    for (const QJsonValue &entry : record.value("runs"_L1).toArray()) {
-        if (!entry.isObject())
-            return;
-        entries.append(as_left_behind(entry.toObject()));
-    }
-    m_earlier = entries;
-    m_damage.clear();
+    const results::recorded_runs read = results::read_recorded_runs(m_file);
+    m_damage = read.damage;
+    for (const QJsonObject &entry : read.runs)
+        m_earlier.append(as_left_behind(entry));
 }
 
 QString run_record::begin(const QJsonObject &entry)
@@ -126,8 +102,9 @@ QString run_record::write(const QJsonObject &entry) const
         runs.append(earlier);
     runs.append(entry);
     QSaveFile file(m_file);
-    const bool is_written = file.open(QIODevice::WriteOnly) &&
-                            file.write(written({{"format"_L1, format}, {"runs"_L1, runs}})) >= 0 &&
-                            file.commit();
+    const bool is_written =
+        file.open(QIODevice::WriteOnly) &&
+        file.write(written({{"format"_L1, results::run_record_format}, {"runs"_L1, runs}})) >= 0 &&
+        file.commit();
     return is_written ? QString() : file.errorString();
 }

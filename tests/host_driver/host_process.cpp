@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -41,11 +42,12 @@ QByteArray without_elapsed_times(const QByteArray &output)
     return QString::fromUtf8(output).replace(elapsed, u"\\10:00"_s).toUtf8();
 }
 
-/// Every run ends with such lines, whose place no test but their own looks at.
-QString taken_line(QStringList &lines, const QString &beginning)
+/// Every run ends with lines whose place no test but their own looks at.
+QString taken_line(QStringList &lines, const QStringList &beginnings)
 {
-    const auto line = std::find_if(lines.begin(), lines.end(), [&beginning](const QString &text) {
-        return text.startsWith("artifact_host: "_L1 + beginning);
+    const auto line = std::find_if(lines.begin(), lines.end(), [&](const QString &text) {
+        return std::any_of(beginnings.begin(), beginnings.end(),
+                           [&](const QString &beginning) { return text.startsWith(beginning); });
     });
     return line == lines.end() ? QString() : lines.takeAt(line - lines.begin());
 }
@@ -93,6 +95,18 @@ host_process &host_process::on_terminal()
     return *this;
 }
 
+host_process &host_process::output_on_terminal(int columns, int lines)
+{
+    on_terminal();
+    winsize size{};
+    size.ws_col = static_cast<unsigned short>(columns);
+    size.ws_row = static_cast<unsigned short>(lines);
+    if (ioctl(m_terminal, TIOCSWINSZ, &size) != 0)
+        give_up("the terminal takes no size");
+    m_stream_on_terminal = STDOUT_FILENO;
+    return *this;
+}
+
 /// Leaves the reason in errno when it fails.
 bool host_process::open_terminal()
 {
@@ -123,7 +137,7 @@ void host_process::prepare_child() const
     if (m_interrupts_ignored)
         std::signal(SIGINT, SIG_IGN);
     if (m_terminal_line >= 0)
-        dup2(m_terminal_line, STDERR_FILENO);
+        dup2(m_terminal_line, m_stream_on_terminal);
 }
 
 void host_process::start(const QStringList &arguments)
@@ -176,8 +190,9 @@ host_result host_process::finish()
     result.output = lines_of(m_process.readAllStandardOutput());
     result.errors = lines_of(without_elapsed_times(m_errors));
     result.options_line =
-        taken_line(result.errors, u"read with "_s) + taken_line(result.errors, u"read like "_s);
-    result.hashes_line = taken_line(result.errors, u"SHA-256 of "_s);
+        taken_line(result.errors, {u"artifact_host: read with "_s, u"artifact_host: read like "_s});
+    result.hashes_line = taken_line(result.errors, {u"artifact_host: SHA-256 of "_s});
+    result.next_line = taken_line(result.errors, {u"artifact_host: look at what was found: "_s});
     result.on_terminal = received_by_terminal();
     return result;
 }

@@ -17,7 +17,8 @@ struct host_result
     QStringList errors;     ///< lines of standard error, the elapsed times in them set to 0:00
     QString options_line;   ///< the one of them that tells the run's options, which `errors` lacks
     QString hashes_line;    ///< the one that tells how long hashing took, likewise
-    QByteArray on_terminal; ///< what a terminal in place of standard error received
+    QString next_line;      ///< the one that names the command to look at the rows; lacking too
+    QByteArray on_terminal; ///< what a terminal in place of standard error or output received
 };
 
 /// One run of the artifact_host program as a process of its own.
@@ -37,6 +38,8 @@ public:
     static QString missing_for_terminal();
     /// Gives the program a terminal for its standard error.
     host_process &on_terminal();
+    /// Gives the program a terminal of this size for its standard output.
+    host_process &output_on_terminal(int columns, int lines);
     /// Runs the program under another one, which gets its command line appended to `command`.
     host_process &under(const QStringList &command);
     /// Lets the program be started with SIGINT ignored, as `nohup` and shells in the background do.
@@ -66,6 +69,7 @@ private:
     bool m_interrupts_ignored = false;
     int m_terminal = -1;
     int m_terminal_line = -1;
+    int m_stream_on_terminal = 2;
 };
 
 } // namespace test_support

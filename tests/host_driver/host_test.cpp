@@ -72,6 +72,11 @@ const QString every_option =
     "their type, installations of users, older layouts, transaction logs applied"_s;
 const QString no_option = u"artifact_host: read like the suite, without options"_s;
 
+QString next_line(const QString &folder)
+{
+    return "artifact_host: look at what was found: artifact_host show "_L1 + folder;
+}
+
 QString host_test::canonical_folder() const
 {
     return QFileInfo(folder()).canonicalFilePath();

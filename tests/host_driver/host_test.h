@@ -79,6 +79,9 @@ extern const QString bob_has_no_hive;
 extern const QString every_option;
 extern const QString no_option;
 
+/// The line that names the command to look at the rows in a folder.
+QString next_line(const QString &folder);
+
 } // namespace test_support
 
 #endif

@@ -1,0 +1,22 @@
+#ifndef RESULT_PLACE_H
+#define RESULT_PLACE_H
+
+#include <QString>
+
+namespace results {
+
+/// Where a result lies, or why there is none.
+struct result_place
+{
+    QString database_file;
+    QString record_file; ///< the run record beside the database; it may not be there
+    QString failure;     ///< empty when the database file is there
+};
+
+/// Finds the result at `path`: the folder that a run was given for its results, the folder of a
+/// database, or the database itself. Opens no file.
+result_place find_result(const QString &path);
+
+} // namespace results
+
+#endif

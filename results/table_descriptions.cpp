@@ -1,0 +1,204 @@
+#include "table_descriptions.h"
+
+using namespace Qt::StringLiterals;
+
+namespace results {
+
+namespace {
+
+using kind = column_kind;
+
+struct table_description
+{
+    QLatin1StringView name;
+    QLatin1StringView title;
+};
+
+constexpr table_description tables[] = {
+    {"install_apps_64"_L1, "Uninstall keys, native view"_L1},
+    {"install_apps_32"_L1, "Uninstall keys, 32-bit view"_L1},
+    {"uninstall_apps"_L1, "UserAssist entries with \"uninstall\" in their names"_L1},
+    {"registered_apps"_L1, "applications that registered their capabilities"_L1},
+    {"metro_apps"_L1, "package folders of the accounts"_L1},
+    {"previously_executed_apps"_L1, "UserAssist entries: what the accounts' shells counted"_L1},
+    {"third_party_applications"_L1, "programs that the Compatibility Assistant saw run"_L1},
+    {"hidden_desktop_icons_app"_L1, "settings of desktop icons"_L1},
+};
+
+enum shown : bool
+{
+    not_shown = false,
+    is_shown = true
+};
+
+enum subject : bool
+{
+    no_subject = false,
+    is_subject = true
+};
+
+/// One meaning for all tables that have a column of the name, or for one table.
+struct column_description
+{
+    QLatin1StringView table; ///< empty: all that have no description of their own
+    QLatin1StringView name;
+    kind is;
+    QLatin1StringView meaning;
+    shown is_shown = not_shown; ///< or what is derived of it, in its place
+    subject is_subject = no_subject;
+    file_time time = file_time::none;
+};
+
+constexpr column_description columns[] = {
+    {{}, "INT"_L1, kind::row_id, "number of the row in its table"_L1, is_shown},
+    {{},
+     "system_account"_L1,
+     kind::account,
+     "account whose hive or folder the row comes from; empty for the machine's"_L1,
+     is_shown},
+
+    {{}, "display_name"_L1, kind::text, "name that the installer wrote"_L1, is_shown, is_subject},
+    {{}, "parent_name"_L1, kind::text, "name of the Uninstall key"_L1, not_shown, is_subject},
+    {{}, "display_version"_L1, kind::text, "version that the installer wrote"_L1, is_shown},
+    {{}, "publisher"_L1, kind::text, "publisher that the installer wrote"_L1, is_shown},
+    {{}, "install_location"_L1, kind::path, "folder that the installer wrote"_L1},
+    {{}, "install_source"_L1, kind::path, "where it was installed from"_L1},
+    {{}, "url"_L1, kind::text, "address for information, by the installer"_L1},
+    {{}, "uninstall_string"_L1, kind::path, "command that uninstalls"_L1},
+    {{},
+     "install_date"_L1,
+     kind::install_date,
+     "Install date that the installer wrote (a day)"_L1,
+     is_shown,
+     no_subject,
+     file_time::created},
+    {{},
+     "modified_timestamp"_L1,
+     kind::unix_time,
+     "Uninstall key last written"_L1,
+     is_shown,
+     no_subject,
+     file_time::modified},
+
+    {{},
+     "exename"_L1,
+     kind::program,
+     "name of the UserAssist entry, decoded"_L1,
+     is_shown,
+     is_subject},
+    {{}, "class_id"_L1, kind::text, "UserAssist class: of programs, or of shortcuts"_L1},
+    {{}, "entry_index"_L1, kind::number, "place of the entry in its hive, from 0"_L1},
+    {{}, "runcount"_L1, kind::run_count, "how often the shell counted a start"_L1, is_shown},
+    {{},
+     "lastruntime"_L1,
+     kind::unix_time,
+     "Last run"_L1,
+     is_shown,
+     no_subject,
+     file_time::accessed},
+    {"uninstall_apps"_L1, "lastruntime"_L1, kind::unix_time, "Uninstaller last run"_L1, is_shown,
+     no_subject, file_time::accessed},
+
+    {{}, "key_name"_L1, kind::text, "name under which it registered"_L1, is_shown, is_subject},
+    {{}, "value"_L1, kind::text, "registry path of its capabilities"_L1, is_shown},
+
+    {{}, "filename"_L1, kind::package, "name of the package folder"_L1, is_shown, is_subject},
+    {"metro_apps"_L1, "windows_path"_L1, kind::path, "path of the package folder"_L1, is_shown},
+    {"metro_apps"_L1, "creation_timestamp"_L1, kind::unix_time, "Package folder created"_L1,
+     not_shown, no_subject, file_time::created},
+    {"metro_apps"_L1, "modification_timestamp"_L1, kind::unix_time,
+     "Package folder last written"_L1, not_shown, no_subject, file_time::modified},
+    {"metro_apps"_L1, "last_access_timestamp"_L1, kind::unix_time,
+     "Package folder last accessed"_L1, not_shown, no_subject, file_time::accessed},
+
+    {{},
+     "windows_path"_L1,
+     kind::program,
+     "path of the program, as the entry is named"_L1,
+     is_shown,
+     is_subject},
+    {{},
+     "creation_timestamp"_L1,
+     kind::unix_time,
+     "Program file created"_L1,
+     is_shown,
+     no_subject,
+     file_time::created},
+    {{},
+     "modification_timestamp"_L1,
+     kind::unix_time,
+     "Program file last written"_L1,
+     is_shown,
+     no_subject,
+     file_time::modified},
+    {{},
+     "last_access_timestamp"_L1,
+     kind::unix_time,
+     "Program file last accessed"_L1,
+     is_shown,
+     no_subject,
+     file_time::accessed},
+    {{}, "file_path"_L1, kind::path, "path within the volume"_L1},
+
+    {{}, "app_name"_L1, kind::text, "name of the icon"_L1, is_shown, is_subject},
+    {{}, "hidden"_L1, kind::text, "whether the icon is hidden: YES or NO"_L1, is_shown},
+
+    {{}, "reg_file"_L1, kind::text, "hive that the row comes from"_L1},
+    {{}, "node_name"_L1, kind::text, "name of the registry key"_L1},
+    {{}, "reg_path"_L1, kind::text, "path of the registry key in its hive"_L1},
+    {{}, "source_file"_L1, kind::path, "path of the evidence file within the volume"_L1},
+    {{}, "source_count_name"_L1, kind::text, "number of the source: Source1, Source2, ..."_L1},
+    {{}, "os_scheme_display"_L1, kind::text, "system of the source"_L1},
+
+    {{}, "bookmark"_L1, kind::suite, "bookmark of a suite; 0 here"_L1},
+    {{}, "arken_tag_value"_L1, kind::suite, "for a suite: tags"_L1},
+    {{}, "notes_icon"_L1, kind::suite, "for a suite: icon of notes"_L1},
+    {{}, "tags_icon"_L1, kind::suite, "for a suite: icon of tags"_L1},
+    {{}, "notes"_L1, kind::suite, "for a suite: notes"_L1},
+    {{}, "artifacts_relation_source_file"_L1, kind::suite, "for a suite: related file"_L1},
+};
+
+const column_description *description_of(const QString &table, const QString &name)
+{
+    const column_description *of_all = nullptr;
+    for (const column_description &described : columns) {
+        if (described.name != name)
+            continue;
+        if (described.table == table)
+            return &described;
+        if (described.table.isEmpty())
+            of_all = &described;
+    }
+    return of_all;
+}
+
+} // namespace
+
+QStringList described_tables()
+{
+    QStringList names;
+    for (const table_description &table : tables)
+        names.append(table.name);
+    return names;
+}
+
+QString title_of(const QString &table)
+{
+    for (const table_description &described : tables) {
+        if (described.name == table)
+            return described.title;
+    }
+    return {};
+}
+
+column described_column(const QString &table, const QString &name)
+{
+    const column_description *described = description_of(table, name);
+    if (described == nullptr)
+        return {name, {}, kind::text, false, false, false, file_time::none};
+    return {name,           described->meaning,  described->is,
+            false,          described->is_shown, described->is_subject,
+            described->time};
+}
+
+} // namespace results

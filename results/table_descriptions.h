@@ -1,0 +1,22 @@
+#ifndef TABLE_DESCRIPTIONS_H
+#define TABLE_DESCRIPTIONS_H
+
+#include <QString>
+#include <QStringList>
+
+#include "column.h"
+
+namespace results {
+
+/// The tables that this program can explain, in the order in which they are shown.
+QStringList described_tables();
+
+/// What the rows of the table are, as half a sentence; empty for an unknown table.
+QString title_of(const QString &table);
+
+/// The column of that name in the table. A column of an unknown name is a text without a meaning.
+column described_column(const QString &table, const QString &name);
+
+} // namespace results
+
+#endif
