@@ -62,7 +62,8 @@ exit_code run(int argc, char **argv)
     if (!command.extract && !command.help_with_plugin)
         return show(command);
     qInstallMessageHandler(show_qt_message);
-    // A plug-in is a widget, so Qt needs a platform; nothing is shown. The first looks for no fonts.
+    // A plug-in is a widget, so Qt needs a platform; nothing is shown. The first looks for no
+    // fonts.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "minimal;offscreen");
     // Qt removes its own options from the arguments it gets. All arguments are the examiner's.

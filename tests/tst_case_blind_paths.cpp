@@ -21,6 +21,7 @@ private slots:
     void leaves_a_path_as_it_is_data();
     void leaves_a_path_as_it_is();
     void tries_the_exact_name_first();
+    void tells_of_a_folder_whose_name_has_a_placeholder();
     void tries_other_names_in_the_order_of_their_code_points();
     void goes_back_where_a_name_leads_nowhere();
     void finds_all_in_the_order_in_which_they_are_tried();
@@ -111,6 +112,18 @@ void tst_case_blind_paths::tries_the_exact_name_first()
     QCOMPARE(found(volume, u"users/X"_s, &told), u"users/x"_s);
     QCOMPARE(told, QStringList{volume.root() + u": 3 names differ from users in their letter case "
                                                "alone; users comes first"_s});
+}
+
+// Collectors name the folder of a volume so.
+void tst_case_blind_paths::tells_of_a_folder_whose_name_has_a_placeholder()
+{
+    evidence_volume volume;
+    volume.file(u"C%3A/USERS/x"_s).file(u"C%3A/users/x"_s);
+    QStringList told;
+    QCOMPARE(found(volume, u"C%3A/Users/x"_s, &told), u"C%3A/USERS/x"_s);
+    QCOMPARE(told,
+             QStringList{volume.root() + u"C%3A/: 2 names differ from Users in their letter case "
+                                         "alone; USERS comes first"_s});
 }
 
 void tst_case_blind_paths::tries_other_names_in_the_order_of_their_code_points()

@@ -26,6 +26,7 @@ private slots:
     void are_computed_for_both_looks_data();
     void are_computed_for_both_looks();
     void are_left_out_of_looks_that_failed();
+    void are_left_out_of_files_that_are_no_hives();
     void are_given_up_when_cancelled();
     void are_not_waited_for_at_the_end();
 };
@@ -135,6 +136,18 @@ void tst_file_hashes::are_left_out_of_looks_that_failed()
     hashes.finish(volume.files, never);
     QCOMPARE(volume.hashes(&read_file::before), (QStringList{QString(), volume.expected.at(1)}));
     QCOMPARE(hashes.count(), 1);
+    QVERIFY(!hashes.is_given_up());
+}
+
+// Of such a file the run reads no more than the header.
+void tst_file_hashes::are_left_out_of_files_that_are_no_hives()
+{
+    hashed_volume volume(2);
+    volume.files.last().state = u"unreadable"_s;
+    file_hashes hashes;
+    hashes.begin(volume.source(), volume.files, &read_file::before, 1);
+    hashes.finish(volume.files, never);
+    QCOMPARE(volume.hashes(&read_file::before), (QStringList{volume.expected.at(0), QString()}));
 }
 
 // What is cancelled once stays so: no later look is hashed.
@@ -151,6 +164,7 @@ void tst_file_hashes::are_given_up_when_cancelled()
         hashes.begin(source, files, look, 1);
         hashes.finish(files, [] { return true; });
         QCOMPARE((files.first().*look).sha256, QString());
+        QVERIFY(hashes.is_given_up());
     }
     QCOMPARE(hashes.count(), 0);
 }

@@ -5,6 +5,9 @@
 
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 using namespace evidence;
 
@@ -21,6 +24,8 @@ private slots:
     void closes_a_hive();
     void closes_the_one_that_was_not_asked_for_the_longest();
     void keeps_one_that_is_longer_than_the_limit();
+    void keeps_no_more_than_a_number_of_hives();
+    void closes_the_others_when_no_more_files_can_be_opened();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -85,7 +90,7 @@ void tst_hive_pool::closes_a_hive()
 
 void tst_hive_pool::closes_the_one_that_was_not_asked_for_the_longest()
 {
-    hive_pool hives(2 * m_length);
+    hive_pool hives({2 * m_length, 64});
     for (const QString &name : {u"a"_s, u"b"_s, u"a"_s, u"c"_s})
         hives.open(path(name));
     QCOMPARE(hives.count(), 2);
@@ -98,10 +103,56 @@ void tst_hive_pool::closes_the_one_that_was_not_asked_for_the_longest()
 
 void tst_hive_pool::keeps_one_that_is_longer_than_the_limit()
 {
-    hive_pool hives(m_length - 1);
+    hive_pool hives({m_length - 1, 64});
     QVERIFY(hives.open(path(u"a"_s)) != nullptr);
     QCOMPARE(hives.count(), 1);
     QVERIFY(hives.open(path(u"b"_s)) != nullptr);
+    QCOMPARE(hives.count(), 1);
+}
+
+void tst_hive_pool::keeps_no_more_than_a_number_of_hives()
+{
+    hive_pool hives({m_length * 100, 2});
+    for (const QString &name : {u"a"_s, u"b"_s, u"c"_s, u"a"_s})
+        QVERIFY(hives.open(path(name)) != nullptr);
+    QCOMPARE(hives.count(), 2);
+    QVERIFY(hive_pool::limit().hives <= 64); // a process may often open 256 files
+}
+
+namespace {
+
+/// Lets this process open `count` more files while it lives.
+class few_files
+{
+public:
+    explicit few_files(rlim_t count)
+    {
+        getrlimit(RLIMIT_NOFILE, &m_former);
+        const int lowest_free = dup(STDOUT_FILENO);
+        ::close(lowest_free);
+        const rlimit few{static_cast<rlim_t>(lowest_free) + count, m_former.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~few_files() { setrlimit(RLIMIT_NOFILE, &m_former); }
+    Q_DISABLE_COPY_MOVE(few_files)
+
+private:
+    rlimit m_former{};
+};
+
+} // namespace
+
+// A hive takes one open file, and a second one while it is opened.
+void tst_hive_pool::closes_the_others_when_no_more_files_can_be_opened()
+{
+    hive_pool hives;
+    const few_files limit(3);
+    QVERIFY(hives.open(path(u"a"_s)) != nullptr);
+    QVERIFY(hives.open(path(u"b"_s)) != nullptr);
+    QCOMPARE(hives.count(), 2);
+    QVERIFY(hives.open(path(u"c"_s)) != nullptr);
+    QCOMPARE(hives.count(), 1);
+    QVERIFY(hives.open(path(u"none"_s)) == nullptr);
     QCOMPARE(hives.count(), 1);
 }
 

@@ -2,7 +2,10 @@
 #include "result_database.h"
 #include "test_main.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QTest>
 #include <csignal>
 
@@ -21,6 +24,7 @@ private slots:
     void turns_a_signal_into_a_cancellation();
     void ends_at_once_on_a_second_signal();
     void keeps_ignoring_an_ignored_interrupt();
+    void gives_hashing_up();
 };
 
 void tst_host_cancellation::keeps_the_rows_of_a_cancelled_run()
@@ -88,6 +92,27 @@ void tst_host_cancellation::keeps_ignoring_an_ignored_interrupt()
     host.wait_for_error_line(u"call: pub_cancel_extraction()"_s);
     host.send_signal(SIGKILL);
     QCOMPARE(host.finish().signal_number, SIGKILL);
+}
+
+// The header is that of a hive, behind which 64 GiB follow that take minutes to hash.
+void tst_host_cancellation::gives_hashing_up()
+{
+    const auto volume = small_volume();
+    QFile hive(volume->ntuser_path(u"ann"_s));
+    QVERIFY(hive.open(QIODevice::ReadWrite) && hive.resize(qint64(64) << 30));
+    hive.close();
+    host_process host;
+    host.start(arguments(volume->root(), {u"--quiet"_s, u"--user"_s, u"ann"_s}));
+    host.wait_for_error_line(
+        u"artifact_host: waiting for the SHA-256 of what was read; Ctrl-C gives it up"_s);
+    host.send_signal(SIGINT);
+    const host_result result = host.finish();
+    QCOMPARE(result.exit_code, 130);
+    QVERIFY(result.hashes_line.endsWith(u"; the others have none"_s));
+    const QJsonObject run = last_run();
+    QCOMPARE(run.value("outcome"_L1), u"cancelled"_s);
+    for (const QJsonValue &file : run.value("files"_L1).toArray())
+        QVERIFY(!file.toObject().contains("sha256_after"_L1));
 }
 
 TEST_MAIN(tst_host_cancellation)

@@ -9,7 +9,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 #include <csignal>
 
@@ -29,6 +31,8 @@ private slots:
     void tells_the_state_of_hives_data();
     void tells_the_state_of_hives();
     void tells_how_long_hashing_took();
+    void survives_a_full_disk_data();
+    void survives_a_full_disk();
     void leaves_hashes_out_when_asked();
     void opens_nothing_that_is_no_regular_file();
     void tells_rows_and_seconds_of_each_tab();
@@ -163,6 +167,44 @@ void tst_run_record::tells_the_state_of_hives()
     QTEST(file.value("state"_L1).toString(), "state");
     QTEST(file.value("transaction_logs"_L1).toArray(), "logs");
     QCOMPARE(file.value("size"_L1).toInteger(), content.size());
+}
+
+void tst_run_record::survives_a_full_disk_data()
+{
+    QTest::addColumn<int>("free_pages");
+    for (const int pages : {0, 1, 2, 3, 4, 6, 8})
+        QTest::addRow("%d free pages", pages) << pages;
+}
+
+// Whatever fits: the record is the old one or a new one, and never a part of one.
+void tst_run_record::survives_a_full_disk()
+{
+    QFETCH(const int, free_pages);
+    if (QStandardPaths::findExecutable(u"unshare"_s).isEmpty())
+        QSKIP("unshare is not installed, which mounts for one process alone");
+    const auto volume = small_volume();
+    make_folder(result_path());
+    const QString kept = folder_path(u"kept.json"_s);
+    constexpr int mount_failed = 77;
+    const QString script =
+        u"folder=$1; kept=$2; shift 2; mount -t tmpfs -o size=512k none \"$folder\" || exit %1; "
+        "\"$@\" >/dev/null 2>&1; \"$@\" >/dev/null 2>&1; "
+        "head -c %2 /dev/zero >\"$folder/room\"; cat /dev/zero >\"$folder/fill\" 2>/dev/null; "
+        "rm \"$folder/room\"; \"$@\"; status=$?; cat \"$folder\"/*/*/run.json >\"$kept\"; exit $status"_s
+            .arg(QString::number(mount_failed), QString::number(free_pages * 4096));
+    const host_result result =
+        host_process()
+            .under({u"unshare"_s, u"--map-root-user"_s, u"--mount"_s, u"sh"_s, u"-c"_s, script,
+                    u"sh"_s, result_path(), kept})
+            .run(arguments(volume->root(), {u"--quiet"_s, u"--user"_s, u"ann"_s}));
+    if (result.exit_code == mount_failed || result.errors.value(0).startsWith("unshare:"_L1))
+        QSKIP("This machine does not let the test mount anything");
+    const QJsonArray runs =
+        QJsonDocument::fromJson(read_file(kept)).object().value("runs"_L1).toArray();
+    QVERIFY2(runs.size() == 2 || runs.size() == 3, qPrintable(result.errors.join(u'\n')));
+    QCOMPARE(runs.at(1).toObject().value("outcome"_L1), u"complete"_s);
+    if (runs.size() == 2)
+        QVERIFY(result.exit_code != 0);
 }
 
 void tst_run_record::tells_how_long_hashing_took()

@@ -104,9 +104,8 @@ QStringList case_blind_paths::candidates(const QString &folder, const QString &n
     if (names.size() > 1 && !m_told.contains(told)) {
         m_told.insert(told);
         tell(printable_text(
-            u"%1: %2 names differ from %3 in their letter case alone; %4 comes first"_s.arg(folder)
-                .arg(names.size())
-                .arg(name, names.first())));
+            u"%1: %2 names differ from %3 in their letter case alone; %4 comes first"_s.arg(
+                folder, QString::number(names.size()), name, names.first())));
     }
     return names;
 }

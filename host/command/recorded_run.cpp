@@ -24,9 +24,10 @@ namespace {
 QString line_about(const file_hashes &hashes)
 {
     return u"SHA-256 of what was read, before and after: %1 files hashed in %2 s, of which the run "
-           "waited %3 s"_s.arg(QString::number(hashes.count()),
-                               QString::number(hashes.seconds(), 'f', 1),
-                               QString::number(hashes.seconds_waited(), 'f', 1));
+           "waited %3 s%4"_s.arg(QString::number(hashes.count()),
+                                 QString::number(hashes.seconds(), 'f', 1),
+                                 QString::number(hashes.seconds_waited(), 'f', 1),
+                                 hashes.is_given_up() ? u"; the others have none"_s : QString());
 }
 
 /// One run from the lock of its folder to the end of its record.
@@ -56,7 +57,7 @@ private:
     QString note_of_full_disk() const;
     run_outcome extract(row_counts &before, output_watch &results);
     void hash_before();
-    void check_evidence(const run_outcome &outcome);
+    void check_evidence(run_outcome &outcome);
     bool finish_record(const finished_run &finished, exit_code code, const output_watch &folder);
 
     const loaded_plugin &m_plugin;
@@ -110,7 +111,7 @@ void recorded_run::hash_before()
 void recorded_run::replay_logs()
 {
     const QString folder =
-        u"%1/Source%2"_s.arg(m_run.location.recovered_directory).arg(m_run.plan.source_number);
+        m_run.location.recovered_directory + u"/Source%1"_s.arg(m_run.plan.source_number);
     m_facts.replayed = replay_hives(m_volume, m_facts.files, folder, m_options.hashes);
     m_run.plan.hive_copies = copies_for_plugin(m_facts.replayed, m_volume);
     m_volume.read_copies(copies_of(m_facts.replayed));
@@ -125,7 +126,7 @@ described_source recorded_run::source() const
 {
     described_source source{host_version(), version_of(*m_plugin.object), m_volume.root(), {}};
     for (const read_file &file : m_facts.files) {
-        if (file.state != "unreadable"_L1)
+        if (file.is_read())
             source.hashes.insert(file.path, file.before.sha256);
     }
     return source;
@@ -200,20 +201,25 @@ run_outcome recorded_run::extract(row_counts &before, output_watch &results)
     return outcome;
 }
 
-/// Looks for what was not read, and whether the files are still the same.
-void recorded_run::check_evidence(const run_outcome &outcome)
+/// Looks for what was not read, and whether the files are still the same. What is not hashed yet
+/// stays so when the run was cancelled; Ctrl-C cancels it while it waits for hashes, too.
+void recorded_run::check_evidence(run_outcome &outcome)
 {
     QStringList unread = unread_warnings(m_volume, outcome.unread);
-    std::atomic<bool> is_interrupted = false;
+    std::atomic<bool> is_interrupted = outcome.cancelled;
     const interrupt_watch interrupts([&is_interrupted] { is_interrupted = true; });
     const auto is_cancelled = [&is_interrupted] { return is_interrupted.load(); };
-    m_hashes.finish(m_facts.files, is_cancelled);
+    const auto tell_wait = [] {
+        print_notice(u"waiting for the SHA-256 of what was read; Ctrl-C gives it up"_s);
+    };
+    m_hashes.finish(m_facts.files, is_cancelled, tell_wait);
     look_again(m_volume, m_facts.files);
-    if (m_options.hashes) {
+    if (m_options.hashes && !is_cancelled()) {
         m_hashes.begin(m_volume, m_facts.files, &read_file::after, QThread::idealThreadCount());
-        m_hashes.finish(m_facts.files, is_cancelled);
+        m_hashes.finish(m_facts.files, is_cancelled, tell_wait);
         unread += changed_copies(m_facts.replayed);
     }
+    outcome.cancelled = outcome.cancelled || m_hashes.is_given_up();
     unread += changed_files(m_facts.files);
     print_warnings(unread);
     append_left_out(m_run.findings, unread);

@@ -49,7 +49,7 @@ QString copy_with(const QByteArray &bytes, const QString &sha256, const QString 
 {
     constexpr int most_names = 1'000;
     for (int number = 1; number <= most_names; ++number) {
-        QString path = number == 1 ? wanted : u"%1-%2"_s.arg(wanted).arg(number);
+        QString path = number == 1 ? wanted : wanted + u"-%1"_s.arg(number);
         if (const auto refused = check_apart(path, u"copy %1"_s.arg(path), evidence)) {
             failure = refused->reason;
             return {};

@@ -37,9 +37,8 @@ refusal run_lock::refused() const
                 "%1"_s.arg(m_file)};
     return {exit_result,
             u"another run writes to this result folder: %1, process %2 on %3; --wait SECONDS waits "
-            "for its end. If that process is gone, remove %4"_s.arg(program)
-                .arg(process)
-                .arg(machine, m_file)};
+            "for its end. If that process is gone, remove %4"_s.arg(
+                program, QString::number(process), machine, m_file)};
 }
 
 void run_lock::abandon()

@@ -49,7 +49,7 @@ QJsonObject as_left_behind(QJsonObject entry)
 QString free_name(const QString &file)
 {
     for (int number = 1;; ++number) {
-        const QFileInfo candidate(u"%1.damaged-%2"_s.arg(file).arg(number));
+        const QFileInfo candidate(file + u".damaged-%1"_s.arg(number));
         if (!candidate.exists() && !candidate.isSymLink())
             return candidate.filePath();
     }
@@ -101,10 +101,10 @@ QString run_record::write(const QJsonObject &entry) const
     for (const QJsonObject &earlier : m_earlier)
         runs.append(earlier);
     runs.append(entry);
+    const QByteArray text = written({{"format"_L1, results::run_record_format}, {"runs"_L1, runs}});
     QSaveFile file(m_file);
-    const bool is_written =
-        file.open(QIODevice::WriteOnly) &&
-        file.write(written({{"format"_L1, results::run_record_format}, {"runs"_L1, runs}})) >= 0 &&
-        file.commit();
+    // commit() does not notice when what is still buffered finds no room on the disk.
+    const bool is_written = file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
+                            file.flush() && file.error() == QFileDevice::NoError && file.commit();
     return is_written ? QString() : file.errorString();
 }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <memory>
+#include <utility>
 
 #include "sha256.h"
 
@@ -21,7 +22,7 @@ void file_hashes::begin(const source_volume &volume, const QList<read_file> &fil
     m_begun.clear();
     m_threads.setMaxThreadCount(threads);
     for (qsizetype file = 0; file < files.size(); ++file) {
-        if (!(files.at(file).*of).failure.isEmpty())
+        if (!(files.at(file).*of).failure.isEmpty() || !files.at(file).is_read())
             continue;
         const QString path = volume.root() + files.at(file).path;
         const auto task =
@@ -31,16 +32,23 @@ void file_hashes::begin(const source_volume &volume, const QList<read_file> &fil
     }
 }
 
-void file_hashes::finish(QList<read_file> &files, const std::function<bool()> &is_cancelled)
+void file_hashes::finish(QList<read_file> &files, const std::function<bool()> &is_cancelled,
+                         const std::function<void()> &on_long_wait)
 {
     constexpr auto between_questions = std::chrono::milliseconds(20);
+    constexpr qint64 long_wait_ms = 2000;
+    bool is_told = false;
     QElapsedTimer waited;
     waited.start();
     for (begun_hash &begun : m_begun) {
-        while (begun.sha256.wait_for(between_questions) == std::future_status::timeout)
+        while (begun.sha256.wait_for(between_questions) == std::future_status::timeout) {
             m_is_cancelled = m_is_cancelled || is_cancelled();
+            if (!std::exchange(is_told, is_told || waited.elapsed() > long_wait_ms) && is_told)
+                on_long_wait();
+        }
         const QString sha256 = begun.sha256.get();
         m_count += sha256.isEmpty() ? 0 : 1;
+        m_is_given_up = m_is_given_up || (sha256.isEmpty() && m_is_cancelled);
         (files[begun.file].*m_look).sha256 = sha256;
     }
     m_begun.clear();

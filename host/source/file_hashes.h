@@ -24,13 +24,19 @@ public:
     file_hashes() = default;
     Q_DISABLE_COPY_MOVE(file_hashes)
 
-    /// Begins to hash the files that the look has found readable, in their order and `threads` at a
-    /// time. Finish what was begun before.
+    /// Begins to hash the files that are read as hives, in their order and `threads` at a time.
+    /// Those that the look could not open are left out. Finish what was begun before.
     void begin(const source_volume &volume, const QList<read_file> &files, look of, int threads);
 
     /// Waits for what was begun last, and adds the hashes to the looks of the same files. Once
-    /// `is_cancelled` returns true, files that are not hashed to their end stay without a hash.
-    void finish(QList<read_file> &files, const std::function<bool()> &is_cancelled);
+    /// `is_cancelled` returns true, files that are not hashed to their end, and all later ones,
+    /// stay without a hash. `on_long_wait` is called once if the wait takes seconds.
+    void finish(
+        QList<read_file> &files, const std::function<bool()> &is_cancelled,
+        const std::function<void()> &on_long_wait = [] {});
+
+    /// Whether some files have no hash because that was cancelled.
+    bool is_given_up() const { return m_is_given_up; }
 
     /// Files that were hashed, each time counted.
     int count() const { return m_count; }
@@ -56,6 +62,7 @@ private:
     qint64 m_waited_ns = 0;
     std::atomic<qint64> m_busy_ns = 0;
     std::atomic<bool> m_is_cancelled = false;
+    bool m_is_given_up = false;
     QThreadPool m_threads; // the last member: its threads use the others
 };
 

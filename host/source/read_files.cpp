@@ -30,7 +30,7 @@ file_look look_at(const source_volume &volume, const QString &relative)
 QString state_of(const hive_findings &hive)
 {
     if (!hive.readable)
-        return u"unreadable"_s;
+        return read_file::unreadable;
     QStringList states;
     if (hive.is_cut_off)
         states.append(u"cut off"_s);

@@ -28,6 +28,11 @@ struct read_file
     QStringList transaction_logs; ///< beside a hive that was not closed cleanly
     file_look before;
     file_look after;
+
+    /// Whether the run reads more of it than its header.
+    bool is_read() const { return state != unreadable; }
+
+    static constexpr auto unreadable = QLatin1StringView("unreadable"); ///< a state
 };
 
 /// A folder of which a run lists the entries.
