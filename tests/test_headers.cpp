@@ -1,4 +1,2 @@
 // Only so that the headers which all tests include are compiled once: see unit_test().
-int main()
-{
-}
+int main() {}
