@@ -39,6 +39,8 @@ private slots:
     void adds_a_source_twice_when_forced();
     void knows_a_source_by_its_hives();
     void knows_a_source_by_its_place_where_no_hive_tells();
+    void knows_another_source_at_the_same_place_data();
+    void knows_another_source_at_the_same_place();
     void refuses_results_of_another_version_data();
     void refuses_results_of_another_version();
     void refuses_results_of_an_unknown_source();
@@ -289,6 +291,47 @@ void tst_result_folder::knows_a_source_by_its_place_where_no_hive_tells()
         each->file(software_file, "regf");
     QCOMPARE(extract(first, {u"--replace"_s}).exit_code, 6);
     QCOMPARE(extract(second).exit_code, 4);
+}
+
+void tst_result_folder::knows_another_source_at_the_same_place_data()
+{
+    QTest::addColumn<QStringList>("options"); // of both runs
+    QTest::addColumn<QString>("package");     // of the other volume
+    QTest::addColumn<QString>("account");
+    const QStringList one_tab{u"--tab"_s, u"metro_apps"_s};
+    QTest::newRow("hives without hashes")
+        << QStringList{u"--no-hashes"_s} << u"Weather"_s << u"ann"_s;
+    QTest::newRow("hives without hashes, then other tabs")
+        << QStringList{u"--no-hashes"_s, u"--tab"_s, u"install_apps_64"_s} << u"Weather"_s
+        << u"ann"_s;
+    QTest::newRow("as many packages") << one_tab << u"Other"_s << u"ann"_s;
+    QTest::newRow("the packages of another account") << one_tab << u"Weather"_s << u"eve"_s;
+}
+
+// A volume that is unmounted leaves its place to the next one.
+void tst_result_folder::knows_another_source_at_the_same_place()
+{
+    QFETCH(const QStringList, options);
+    QFETCH(const QString, package);
+    QFETCH(const QString, account);
+    const auto fill = [](evidence_volume &volume, const QString &name, const QString &packages) {
+        fill_software(volume.software());
+        volume.package(name, packages);
+        volume.write();
+    };
+    evidence_volume first(folder_path(u"mnt"_s));
+    fill(first, u"ann"_s, u"Weather"_s);
+    QCOMPARE(extract(first, options).exit_code, 0);
+    QCOMPARE(extract(first, options).exit_code, 0);
+    QVERIFY(QDir().rename(folder_path(u"mnt"_s), folder_path(u"unmounted"_s)));
+
+    evidence_volume second(folder_path(u"mnt"_s));
+    fill(second, account, package);
+    const host_result result = extract(second, options);
+    QCOMPARE(result.errors.last(),
+             refusal_of(u"another source, %1/mnt/"_s.arg(canonical_folder())));
+    QCOMPARE(result.exit_code, 4);
+    QCOMPARE(extract(second, {u"--tab"_s, u"metro_apps"_s}).exit_code, 4);
 }
 
 void tst_result_folder::refuses_results_of_another_version_data()

@@ -89,7 +89,9 @@ QJsonArray folders_entry(const QList<listed_folder> &folders)
 {
     QJsonArray entries;
     for (const listed_folder &folder : folders)
-        entries.append(QJsonObject{{"path"_L1, folder.path}, {"entries"_L1, folder.entries}});
+        entries.append(without_empty({{"path"_L1, folder.path},
+                                      {"modified"_L1, utc_text(folder.modified)},
+                                      {"entries"_L1, folder.entries}}));
     return entries;
 }
 

@@ -123,7 +123,7 @@ void recorded_run::replay_logs()
 
 described_source recorded_run::source() const
 {
-    described_source source{host_version(), version_of(*m_plugin.object), m_volume.root(), {}};
+    described_source source{host_version(), version_of(*m_plugin.object), m_volume, {}};
     for (const read_file &file : m_facts.files) {
         if (file.state != "unreadable"_L1)
             source.hashes.insert(file.path, file.before.sha256);

@@ -27,11 +27,6 @@ QList<QJsonObject> runs_in_effect(const QList<QJsonObject> &runs)
     return in_effect;
 }
 
-QString volume_of(const QJsonObject &run)
-{
-    return run.value("source"_L1).toObject().value("volume"_L1).toString();
-}
-
 int number_of(const QJsonObject &run)
 {
     return run.value("source"_L1).toObject().value("number"_L1).toInt();
@@ -46,26 +41,6 @@ bool is_of_version(const QJsonObject &run, const described_source &source)
 {
     return version_of(run, "program"_L1) == source.host_version &&
            version_of(run, "library"_L1) == source.library_version;
-}
-
-/// Whether the hives of a run and of this source have the same content; nothing when no hive of
-/// both can be compared.
-std::optional<bool> has_same_hives(const QJsonObject &run, const described_source &source)
-{
-    std::optional<bool> is_same;
-    for (const QJsonValue &value : run.value("files"_L1).toArray()) {
-        const QJsonObject file = value.toObject();
-        const QString earlier = file.value("sha256_before"_L1).toString();
-        const QString now = source.hashes.value(file.value("path"_L1).toString());
-        if (!earlier.isEmpty() && !now.isEmpty())
-            is_same = is_same.value_or(true) && earlier == now;
-    }
-    return is_same;
-}
-
-bool is_of_source(const QJsonObject &run, const described_source &source)
-{
-    return has_same_hives(run, source).value_or(volume_of(run) == source.volume);
 }
 
 /// What a folder holds already.
