@@ -158,8 +158,10 @@ std::optional<refusal> recorded_run::begin_record()
     const QString not_removed = remove_database(m_database);
     if (not_removed.isEmpty())
         return std::nullopt;
-    return refusal{exit_result,
-                   u"the result database %1 cannot be removed: %2"_s.arg(m_database, not_removed)};
+    const refusal refused{exit_result, u"the result database %1 cannot be removed: %2"_s.arg(
+                                           m_database, not_removed)};
+    m_record->complete(entry_of_refused_run(m_entry, refused)); // the run fails with that anyway
+    return refused;
 }
 
 row_counts recorded_run::rows_in_database() const
