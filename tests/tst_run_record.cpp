@@ -283,13 +283,14 @@ void tst_run_record::shows_a_run_that_was_killed()
 void tst_run_record::escapes_what_could_steer_a_terminal()
 {
     const auto volume = small_volume();
-    const auto name = u"\x1b[2J\u202e\u009b\u2028eve\n\"}"_s;
+    const auto name = u"\x1b[2J\u202e\u009b\u2028\U000E0041\U0001F600eve\n\"}"_s;
     volume->file(u"Users/%1/NTUSER.DAT"_s.arg(name), "regf");
     QCOMPARE(extract(*volume, {u"--quiet"_s}).exit_code, 6);
     const QString text = QString::fromUtf8(read_file(record_path()));
     for (const QChar character : {u'\x1b', u'\u202e', u'\u009b', u'\u2028'})
         QVERIFY(!text.contains(character));
     QVERIFY(text.contains(u"\\u202e"_s));
+    QVERIFY(text.contains(u"\\udb40\\udc41\U0001F600"_s));
     QCOMPARE(file_entry(u"Users/%1/NTUSER.DAT"_s.arg(name)).value("size"_L1), 4);
 }
 
