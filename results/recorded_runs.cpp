@@ -18,6 +18,13 @@ recorded_runs no_record(const QString &reason)
     return {{}, reason};
 }
 
+/// No run writes other numbers. A run that went on behind a forged one would count from there.
+bool has_possible_number(const QJsonObject &run)
+{
+    const QJsonValue number = run.value("source"_L1).toObject().value("number"_L1);
+    return number.isUndefined() || (number.toInt() >= 1 && number.toInt() <= last_source_number);
+}
+
 } // namespace
 
 recorded_runs read_recorded_runs(const QString &file_name)
@@ -41,6 +48,8 @@ recorded_runs read_recorded_runs(const QString &file_name)
     for (const QJsonValue &entry : record.value("runs"_L1).toArray()) {
         if (!entry.isObject())
             return no_record(foreign);
+        if (!has_possible_number(entry.toObject()))
+            return no_record(u"it tells an impossible number of a source"_s);
         read.runs.append(entry.toObject());
     }
     return read;

@@ -17,6 +17,9 @@ struct recorded_runs
 /// The format of the run records that this program reads and writes.
 inline constexpr int run_record_format = 1;
 
+/// The numbers of sources ("Source2") go from 1 to this one.
+inline constexpr int last_source_number = 1'000'000;
+
 /// Reads the run record at `file`, which may be written meanwhile: a record is exchanged as a
 /// whole.
 recorded_runs read_recorded_runs(const QString &file);

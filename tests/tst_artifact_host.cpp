@@ -133,7 +133,7 @@ void tst_artifact_host::reads_the_backup_when_the_software_hive_is_garbage()
     evidence_volume volume;
     volume.file(software_file, QByteArray(8192, 'x'));
     fill_software(volume.reg_back_software());
-    volume.write();
+    volume.folder(u"Users"_s).write();
     const host_result result = extract(volume, {u"--quiet"_s, u"--tab"_s, u"install_apps_64"_s});
     QCOMPARE(
         result.errors,

@@ -29,6 +29,8 @@ void tst_host_console::escapes_what_could_steer_a_terminal_data()
                                               "2J"_s
                                            << u"\\x9b2J"_s;
     QTest::newRow("text direction cannot be turned") << u"exe.\u202etxt"_s << u"exe.\\u202etxt"_s;
+    QTest::newRow("tags beyond the first plane are shown")
+        << u"a\U000E0041b"_s << u"a\\U000e0041b"_s;
     QTest::newRow("line and paragraph separators are shown")
         << u"\u2028\u2029"_s << u"\\u2028\\u2029"_s;
     QTest::newRow("high surrogate alone is shown") << QString(QChar(0xd83d)) << u"\\ud83d"_s;

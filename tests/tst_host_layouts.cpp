@@ -26,6 +26,7 @@ private slots:
     void reads_the_volume_that_is_named_data();
     void reads_the_volume_that_is_named();
     void knows_no_other_volume();
+    void tells_which_folders_it_cannot_search_data();
     void tells_which_folders_it_cannot_search();
     void writes_no_results_beside_the_volume();
     void reads_the_older_layout_data();
@@ -128,6 +129,9 @@ void tst_host_layouts::reads_the_volume_that_is_named_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("by its path") << u"fs/C:"_s;
     QTest::newRow("by its path in other letters") << u"FS/c:"_s;
+    QTest::newRow("by its path as a shell completes it") << u"fs/C:/"_s;
+    QTest::newRow("by its path from here") << u"./fs//C:"_s;
+    QTest::newRow("by the last part as a shell completes it") << u"C:/"_s;
     QTest::newRow("by the last part") << u"C:"_s;
     QTest::newRow("by the last part in other letters") << u"c:"_s;
 }
@@ -161,8 +165,18 @@ void tst_host_layouts::knows_no_other_volume()
              QStringList{u"artifact_host: --volume was given an empty path"_s});
 }
 
+void tst_host_layouts::tells_which_folders_it_cannot_search_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("exit_code");
+    QTest::newRow("any volume") << QStringList() << 6;
+    QTest::newRow("the volume that is named") << QStringList{u"--volume"_s, u"C"_s} << 0;
+}
+
 void tst_host_layouts::tells_which_folders_it_cannot_search()
 {
+    QFETCH(const QStringList, options);
+    QFETCH(const int, exit_code);
     evidence_volume source;
     add_volume(source, u"C"_s);
     source.folder(u"closed"_s).write();
@@ -172,7 +186,7 @@ void tst_host_layouts::tells_which_folders_it_cannot_search()
     QVERIFY(QFile::setPermissions(folder(), QFile::Permissions(0x7777)));
     QVERIFY(QFile::setPermissions(source.path(u"closed"_s), {}));
     const host_result result =
-        host_process().without_privileges().run(arguments(source.root(), {u"--quiet"_s}));
+        host_process().without_privileges().run(arguments(source.root(), options));
     QVERIFY(QFile::setPermissions(source.path(u"closed"_s),
                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     const auto warning = u"artifact_host: warning: %1"_s;
@@ -182,7 +196,7 @@ void tst_host_layouts::tells_which_folders_it_cannot_search()
     QVERIFY(result.errors.contains(
         warning.arg(u"b\ufffdla: its name is not valid UTF-8, so no volume is searched there"_s)));
 #endif
-    QCOMPARE(result.exit_code, 6);
+    QCOMPARE(result.exit_code, exit_code);
 }
 
 // All that the examiner calls the source is evidence.
@@ -245,6 +259,15 @@ void tst_host_layouts::says_what_a_file_is_and_how_to_mount_it_data()
     row("a tar archive", bytes_at(257, "ustar"), u"archivemount -o readonly"_s);
     row("the image of an NTFS volume", bytes_at(3, "NTFS    ").replace(510, 2, "\x55\xaa"),
         u"mount -o ro,loop"_s);
+    const auto with_boot_mark = [](qsizetype offset, const QByteArray &mark) {
+        return bytes_at(offset, mark).replace(510, 2, "\x55\xaa");
+    };
+    row("the image of an exFAT volume", with_boot_mark(3, "EXFAT   "), u"mount -o ro,loop"_s);
+    row("the image of a FAT32 volume", with_boot_mark(82, "FAT32   "), u"mount -o ro,loop"_s);
+    row("the image of a BitLocker volume", with_boot_mark(3, "-FVE-FS-"),
+        u"cryptsetup open --type bitlk --readonly"_s);
+    row("a gzip archive", with_boot_mark(0, "\x1f\x8b"), u"gunzip --keep"_s);
+    row("an AFF image", with_boot_mark(0, QByteArray("AFF10\r\n\0", 8)), u"affuse"_s);
     row("the image of a disk (GPT)", bytes_at(512, "EFI PART").replace(510, 2, "\x55\xaa"),
         u"losetup --read-only"_s);
     row("the image of a disk (MBR)", bytes_at(510, "\x55\xaa"), u"losetup --read-only"_s);
@@ -261,8 +284,8 @@ void tst_host_layouts::says_what_a_file_is_and_how_to_mount_it()
     const host_result result = host_process().run(arguments(file));
     QCOMPARE(result.errors.size(), 1);
     QVERIFY(result.errors.first().startsWith(
-        u"artifact_host: source %1 is no folder: it is %2; mount it read-only, for example by \"%3"_s
-            .arg(file, kind, program)));
+        u"artifact_host: source %1 is no folder: it is %2; "_s.arg(file, kind)));
+    QVERIFY(result.errors.first().contains(u", for example by \"%1"_s.arg(program)));
     QCOMPARE(result.exit_code, 3);
     QVERIFY(QDir(folder()).isEmpty());
 }

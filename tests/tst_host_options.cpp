@@ -33,6 +33,7 @@ private slots:
     void takes_one_account_for_two_spellings();
     void prefers_the_account_that_is_spelt_so();
     void takes_each_account_that_it_may_not_look_at();
+    void tells_why_it_finds_no_account();
     void knows_no_other_account_data();
     void knows_no_other_account();
     void names_the_first_of_many_accounts();
@@ -212,6 +213,23 @@ void tst_host_options::takes_each_account_that_it_may_not_look_at()
         u"artifact_host: warning: Users/%1/NTUSER.DAT: cannot be read: Permission denied"_s;
     QCOMPARE(result.errors, (QStringList{warning.arg("ann"_L1), warning.arg("bob"_L1)}));
     QCOMPARE(result.exit_code, 6);
+}
+
+// The exact name would be found; other letter case would have to be looked for.
+void tst_host_options::tells_why_it_finds_no_account()
+{
+    if (const QString missing = missing_process_files(); !missing.isEmpty())
+        QSKIP(qPrintable(missing));
+    const auto volume = small_volume();
+    QVERIFY(QFile::setPermissions(folder(), QFile::Permissions(0x7777)));
+    QVERIFY(QFile::setPermissions(volume->path(u"Users"_s), QFile::ExeOwner));
+    const host_result result =
+        host_process().without_privileges().run(arguments(volume->root(), {u"--user"_s, u"ANN"_s}));
+    QVERIFY(QFile::setPermissions(volume->path(u"Users"_s),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QCOMPARE(result.errors, QStringList{u"artifact_host: no account \"ANN\" is found in Users, "
+                                        "which cannot be listed: Permission denied"_s});
+    QCOMPARE(result.exit_code, 2);
 }
 
 void tst_host_options::knows_no_other_account_data()

@@ -22,6 +22,7 @@ private slots:
     void lists_each_volume_of_a_source();
     void lists_what_a_run_like_the_suite_would_read();
     void lists_the_backup_that_is_read_instead();
+    void tells_no_time_that_a_header_lacks();
     void escapes_names_of_the_evidence();
     void refuses_wrong_use_data();
     void refuses_wrong_use();
@@ -130,6 +131,18 @@ void tst_host_volumes::lists_the_backup_that_is_read_instead()
                      "unknown, not a registry hive, so it is not read"_s.arg(software_file),
                      u"  hive %1: %2"_s.arg(
                          backup_file, facts_of(volume.reg_back_path(), u"closed cleanly"_s))}));
+}
+
+void tst_host_volumes::tells_no_time_that_a_header_lacks()
+{
+    const auto volume = small_volume();
+    constexpr qsizetype last_written = 0x0c;
+    QByteArray bytes = read_file(volume->software_path());
+    bytes.replace(last_written, 8, QByteArray(8, '\0'));
+    write_file(volume->software_path(), hive_damage(bytes).bytes()); // with the right checksum
+    QVERIFY(listed(volume->root())
+                .output.value(1)
+                .endsWith(u", written by Windows unknown, closed cleanly"_s));
 }
 
 void tst_host_volumes::escapes_names_of_the_evidence()

@@ -143,7 +143,7 @@ void tst_host_warnings::tells_why_nothing_is_left_to_read()
 {
     const auto outside = small_volume();
     evidence_volume volume;
-    volume.link(software_file, outside->software_path());
+    volume.folder(u"Users"_s).link(software_file, outside->software_path());
     const host_result result = extract(volume);
     const QString root = QFileInfo(volume.root()).canonicalFilePath() + u'/';
     QCOMPARE(
@@ -163,7 +163,7 @@ void tst_host_warnings::warns_about_keys_that_cannot_be_listed()
         .key(u"Microsoft\\Windows\\CurrentVersion"_s)
         .add_key(hive_name::lone_surrogate());
     fill_software(volume.software());
-    volume.write();
+    volume.folder(u"Users"_s).write();
     const host_result result = extract(volume, {u"--quiet"_s, u"--tab"_s, u"install_apps_64"_s});
     QCOMPARE(
         result.errors,
@@ -181,7 +181,7 @@ void tst_host_warnings::warns_about_keys_of_the_backup_when_that_is_read()
         .key(u"Microsoft\\Windows\\CurrentVersion"_s)
         .add_key(hive_name::lone_surrogate());
     fill_software(volume.reg_back_software());
-    volume.write();
+    volume.folder(u"Users"_s).write();
     const host_result result = extract(volume, {u"--quiet"_s, u"--tab"_s, u"install_apps_64"_s});
     QCOMPARE(result.errors.size(), 3);
     QCOMPARE(

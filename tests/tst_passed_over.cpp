@@ -31,6 +31,10 @@ private slots:
     void tells_what_stands_in_the_way_of_packages();
     void tells_of_packages_whose_names_are_not_utf_8();
     void tells_of_links_that_lead_nowhere();
+    void tells_of_accounts_that_lead_nowhere_whatever_is_read();
+    void tells_of_accounts_that_cannot_be_found_data();
+    void tells_of_accounts_that_cannot_be_found();
+    void says_nothing_of_the_folder_that_a_link_shows();
     void tells_of_names_that_forge_lines();
     void reads_nothing_that_a_name_in_other_letters_leads_out_to();
 
@@ -95,6 +99,7 @@ void tst_passed_over::tells_what_the_letter_case_hides()
     QFETCH(const QString, warning);
     evidence_volume volume;
     begin(volume);
+    volume.folder(u"Users"_s);
     if (!hive.isEmpty())
         volume.hive(hive);
     if (!folder.isEmpty())
@@ -286,6 +291,59 @@ void tst_passed_over::tells_of_links_that_lead_nowhere()
                                u"Users/ann: a link leads nowhere, so it is not read"_s};
     QCOMPARE(warnings(volume), expected);
     QCOMPARE(warnings(volume, {like_the_suite}), expected);
+}
+
+void tst_passed_over::tells_of_accounts_that_lead_nowhere_whatever_is_read()
+{
+    evidence_volume volume;
+    begin(volume);
+    volume.write();
+    volume.link(u"Users/ann"_s, u"nowhere"_s);
+    const QStringList expected{u"Users/ann: a link leads nowhere, so it is not read"_s};
+    for (const auto &tab : {u"install_apps_64"_s, u"metro_apps"_s})
+        QCOMPARE(warnings(volume, {u"--tab"_s, u"install_apps_64"_s, u"--tab"_s, tab}), expected);
+    QCOMPARE(warnings(volume, {u"--tab"_s, u"registered_apps"_s}), QStringList());
+}
+
+void tst_passed_over::tells_of_accounts_that_cannot_be_found_data()
+{
+    QTest::addColumn<QString>("target"); // of a link Users, if there is one
+    QTest::addColumn<QString>("warning");
+    QTest::addColumn<int>("exit_code");
+    QTest::newRow("a link to nothing")
+        << u"nowhere"_s << u"Users: a link leads nowhere, so no accounts are read there"_s << 6;
+    QTest::newRow("no folder") << QString() << u"Users: not found, so no accounts are read"_s << 0;
+}
+
+void tst_passed_over::tells_of_accounts_that_cannot_be_found()
+{
+    QFETCH(const QString, target);
+    QFETCH(const QString, warning);
+    QFETCH(const int, exit_code);
+    evidence_volume volume;
+    begin(volume);
+    volume.write();
+    if (!target.isEmpty())
+        volume.link(u"Users"_s, target);
+    const auto expected = QStringList{u"artifact_host: warning: "_s + warning};
+    for (const QStringList &options : {QStringList{}, QStringList{like_the_suite}}) {
+        const host_result result = extract(volume, QStringList{u"--quiet"_s} + options);
+        QCOMPARE(result.errors, expected);
+        QCOMPARE(result.exit_code, exit_code);
+    }
+    QCOMPARE(warnings(volume, {u"--tab"_s, u"registered_apps"_s}), QStringList());
+}
+
+void tst_passed_over::says_nothing_of_the_folder_that_a_link_shows()
+{
+    evidence_volume volume;
+    begin(volume);
+    fill_user(volume.hive(u"Documents and Settings/ann/NTUSER.DAT"_s));
+    volume.write();
+    volume.link(u"Users"_s, u"Documents and Settings"_s);
+    QCOMPARE(warnings(volume), QStringList());
+    QCOMPARE(warnings(volume, {like_the_suite}), QStringList());
+    QCOMPARE(result_database(database_path()).row_count(u"uninstall_apps"_s), 1);
 }
 
 void tst_passed_over::tells_of_names_that_forge_lines()

@@ -39,17 +39,22 @@ private slots:
     void adds_a_source_twice_when_forced();
     void knows_a_source_by_its_hives();
     void knows_a_source_by_its_place_where_no_hive_tells();
+    void knows_another_source_at_the_same_place_data();
+    void knows_another_source_at_the_same_place();
     void refuses_results_of_another_version_data();
     void refuses_results_of_another_version();
     void refuses_results_of_an_unknown_source();
     void counts_on_behind_the_sources_of_a_database_without_a_record();
     void takes_a_database_without_rows();
     void clears_nothing_of_a_folder_with_several_sources();
+    void fills_a_folder_in_which_a_run_left_no_rows();
+    void adds_what_was_read_by_another_version_when_forced();
+    void has_no_number_behind_the_last_one();
     void refuses_contradicting_options_data();
     void refuses_contradicting_options();
 
 private:
-    QString refusal_of(const QString &what) const;
+    QString refusal_of(const QString &what, bool is_source_there = false) const;
     QStringList sources_of(const QString &table) const;
 };
 
@@ -78,11 +83,14 @@ QString notice_of(const host_result &result)
 
 } // namespace
 
-QString tst_result_folder::refusal_of(const QString &what) const
+QString tst_result_folder::refusal_of(const QString &what, bool is_source_there) const
 {
-    return u"artifact_host: result folder %1 holds results of %2: --add adds the rows of this "
-           "source to them, --replace makes the database anew"_s.arg(
-               canonical_folder() + "/results"_L1, what);
+    return u"artifact_host: result folder %1 holds results of %2: %3, --replace makes the database "
+           "anew"_s.arg(
+               canonical_folder() + "/results"_L1, what,
+               is_source_there
+                   ? u"--add --force adds the rows of this source, which is among them, once more"_s
+                   : u"--add adds the rows of this source to them"_s);
 }
 
 /// The names of the sources that rows of a table tell, with their numbers of rows.
@@ -286,9 +294,50 @@ void tst_result_folder::knows_a_source_by_its_place_where_no_hive_tells()
     evidence_volume first;
     evidence_volume second;
     for (evidence_volume *each : {&first, &second})
-        each->file(software_file, "regf");
+        each->file(software_file, "regf").package(u"ann"_s, u"Weather"_s);
     QCOMPARE(extract(first, {u"--replace"_s}).exit_code, 6);
     QCOMPARE(extract(second).exit_code, 4);
+}
+
+void tst_result_folder::knows_another_source_at_the_same_place_data()
+{
+    QTest::addColumn<QStringList>("options"); // of both runs
+    QTest::addColumn<QString>("package");     // of the other volume
+    QTest::addColumn<QString>("account");
+    const QStringList one_tab{u"--tab"_s, u"metro_apps"_s};
+    QTest::newRow("hives without hashes")
+        << QStringList{u"--no-hashes"_s} << u"Weather"_s << u"ann"_s;
+    QTest::newRow("hives without hashes, then other tabs")
+        << QStringList{u"--no-hashes"_s, u"--tab"_s, u"install_apps_64"_s} << u"Weather"_s
+        << u"ann"_s;
+    QTest::newRow("as many packages") << one_tab << u"Other"_s << u"ann"_s;
+    QTest::newRow("the packages of another account") << one_tab << u"Weather"_s << u"eve"_s;
+}
+
+// A volume that is unmounted leaves its place to the next one.
+void tst_result_folder::knows_another_source_at_the_same_place()
+{
+    QFETCH(const QStringList, options);
+    QFETCH(const QString, package);
+    QFETCH(const QString, account);
+    const auto fill = [](evidence_volume &volume, const QString &name, const QString &packages) {
+        fill_software(volume.software());
+        volume.package(name, packages);
+        volume.write();
+    };
+    evidence_volume first(folder_path(u"mnt"_s));
+    fill(first, u"ann"_s, u"Weather"_s);
+    QCOMPARE(extract(first, options).exit_code, 0);
+    QCOMPARE(extract(first, options).exit_code, 0);
+    QVERIFY(QDir().rename(folder_path(u"mnt"_s), folder_path(u"unmounted"_s)));
+
+    evidence_volume second(folder_path(u"mnt"_s));
+    fill(second, account, package);
+    const host_result result = extract(second, options);
+    QCOMPARE(result.errors.last(),
+             refusal_of(u"another source, %1/mnt/"_s.arg(canonical_folder())));
+    QCOMPARE(result.exit_code, 4);
+    QCOMPARE(extract(second, {u"--tab"_s, u"metro_apps"_s}).exit_code, 4);
 }
 
 void tst_result_folder::refuses_results_of_another_version_data()
@@ -314,7 +363,7 @@ void tst_result_folder::refuses_results_of_another_version()
     const qsizetype version = record.indexOf("1.0.0", record.indexOf(before));
     write_file(record_path(), record.replace(version, 5, "0.9.0"));
     const host_result result = extract(*volume);
-    QCOMPARE(result.errors.last(), refusal_of(told));
+    QCOMPARE(result.errors.last(), refusal_of(told, true));
     QCOMPARE(result.exit_code, 4);
     QCOMPARE(extract(*volume, {u"--replace"_s}).exit_code, 0);
 }
@@ -357,9 +406,49 @@ void tst_result_folder::clears_nothing_of_a_folder_with_several_sources()
     QCOMPARE(extract(*volume).exit_code, 0);
     QCOMPARE(extract(*other, {u"--add"_s}).exit_code, 0);
     for (const auto *each : {&volume, &other}) {
-        QCOMPARE(extract(**each).exit_code, 4);
+        const host_result result = extract(**each);
+        const auto &stranger = each == &volume ? other : volume;
+        QCOMPARE(result.errors.last(),
+                 refusal_of(u"another source, %1"_s.arg(root_of(*stranger)), true));
+        QCOMPARE(result.exit_code, 4);
         QCOMPARE(sources_of(u"install_apps_64"_s), (QStringList{u"Source1 2"_s, u"Source2 3"_s}));
     }
+}
+
+// As a failed or killed run of the wrong volume leaves it.
+void tst_result_folder::fills_a_folder_in_which_a_run_left_no_rows()
+{
+    const auto volume = small_volume();
+    const auto other = other_volume();
+    QCOMPARE(extract(*volume, {u"--tab"_s, u"metro_apps"_s}).exit_code, 0);
+    execute(database_path(), u"DELETE FROM metro_apps"_s);
+    QCOMPARE(extract(*other).exit_code, 0);
+    QCOMPARE(sources_of(u"install_apps_64"_s), QStringList{u"Source1 3"_s});
+    QCOMPARE(last_run().value("mode"_L1), u"first"_s);
+    QCOMPARE(extract(*volume).exit_code, 4);
+}
+
+void tst_result_folder::adds_what_was_read_by_another_version_when_forced()
+{
+    const auto volume = small_volume();
+    QCOMPARE(extract(*volume).exit_code, 0);
+    write_file(record_path(), read_file(record_path()).replace("1.0.0", "0.9.0"));
+    QCOMPARE(extract(*volume, {u"--add"_s}).exit_code, 4);
+    QCOMPARE(extract(*volume, {u"--add"_s, u"--force"_s}).exit_code, 0);
+    QCOMPARE(sources_of(u"install_apps_64"_s), QStringList{u"Source1 4"_s});
+}
+
+// Only somebody who forges a record or a database tells such a number.
+void tst_result_folder::has_no_number_behind_the_last_one()
+{
+    const auto volume = small_volume();
+    const auto other = other_volume();
+    QCOMPARE(extract(*volume).exit_code, 0);
+    execute(database_path(), u"UPDATE metro_apps SET source_count_name = 'Source1000000'"_s);
+    const host_result result = extract(*other, {u"--add"_s});
+    QVERIFY2(result.errors.last().contains(u" has no number left for another source"_s),
+             qPrintable(result.errors.last()));
+    QCOMPARE(result.exit_code, 4);
 }
 
 void tst_result_folder::refuses_contradicting_options_data()

@@ -325,13 +325,14 @@ void tst_run_record::shows_a_run_that_was_killed()
 void tst_run_record::escapes_what_could_steer_a_terminal()
 {
     const auto volume = small_volume();
-    const auto name = u"\x1b[2J\u202e\u009b\u2028eve\n\"}"_s;
+    const auto name = u"\x1b[2J\u202e\u009b\u2028\U000E0041\U0001F600eve\n\"}"_s;
     volume->file(u"Users/%1/NTUSER.DAT"_s.arg(name), "regf");
     QCOMPARE(extract(*volume, {u"--quiet"_s}).exit_code, 6);
     const QString text = QString::fromUtf8(read_file(record_path()));
     for (const QChar character : {u'\x1b', u'\u202e', u'\u009b', u'\u2028'})
         QVERIFY(!text.contains(character));
     QVERIFY(text.contains(u"\\u202e"_s));
+    QVERIFY(text.contains(u"\\udb40\\udc41\U0001F600"_s));
     QCOMPARE(file_entry(u"Users/%1/NTUSER.DAT"_s.arg(name)).value("size"_L1), 4);
 }
 
@@ -346,6 +347,11 @@ void tst_run_record::sets_aside_what_is_no_record_data()
     QTest::newRow("no runs") << QByteArray("{\"format\": 1}");
     QTest::newRow("runs that are none") << QByteArray("{\"format\": 1, \"runs\": [{}, 7]}");
     QTest::newRow("lists without end") << QByteArray(100000, '[');
+    const auto numbered = [](const QByteArray &number) {
+        return "{\"format\": 1, \"runs\": [{\"source\": {\"number\": " + number + "}}]}";
+    };
+    for (const char *number : {"2000000000", "1000001", "0", "-7", "2.5", "1e300", "\"1\""})
+        QTest::addRow("a source with the number %s", number) << numbered(number);
 }
 
 void tst_run_record::sets_aside_what_is_no_record()
@@ -356,9 +362,13 @@ void tst_run_record::sets_aside_what_is_no_record()
     write_file(record_path(), content);
     const host_result result = extract(*volume, {u"--quiet"_s, u"--user"_s, u"ann"_s});
     const QString aside = record_path() + ".damaged-1"_L1;
-    QCOMPARE(result.errors,
-             QStringList{u"artifact_host: the earlier run record cannot be continued (it is no "
-                         "record of runs), and is now %1"_s.arg(aside)});
+    QCOMPARE(
+        result.errors,
+        QStringList{u"artifact_host: the earlier run record cannot be continued (%1), and "
+                    "is now %2"_s.arg(content.contains("number") ? u"it tells an impossible "
+                                                                   "number of a source"_s
+                                                                 : u"it is no record of runs"_s,
+                                      aside)});
     QCOMPARE(result.exit_code, 0);
     QCOMPARE(read_file(aside), content);
     QCOMPARE(recorded_runs().size(), 1);
@@ -391,7 +401,8 @@ void tst_run_record::sets_nothing_aside_for_a_run_that_is_refused()
     const QStringList before = volume_snapshot(result_path());
     const host_result result = extract(*volume);
     QCOMPARE(result.exit_code, 4);
-    QVERIFY(result.errors.last().contains(u"an unknown source"_s));
+    QVERIFY(result.errors.last().contains(
+        u"an unknown source (the run record cannot be read: it is no record of runs)"_s));
     QStringList after = volume_snapshot(result_path());
     // The lock has come and gone in the folder.
     QCOMPARE(after.filter(u"run"_s), before.filter(u"run"_s));

@@ -126,6 +126,16 @@ void tell_place(const found_volume &volume)
         print_notice(u"the volume is %1 in the source"_s.arg(volume.name));
 }
 
+/// Who names a volume does not ask for those that may lie where nothing could be searched.
+void append_findings_of_search(QList<finding> &findings, const QStringList &warnings,
+                               const extract_options &options)
+{
+    if (options.volume.isEmpty())
+        append_left_out(findings, warnings);
+    else
+        append_remarks(findings, warnings);
+}
+
 } // namespace
 
 exit_code extract(const extract_options &options)
@@ -152,7 +162,7 @@ exit_code extract(const extract_options &options)
     if (accounts.refused)
         return refuse(*accounts.refused);
     prepared_run run = choose_input(volume, options, accounts, chosen.tabs);
-    append_left_out(run.shown_findings, place.warnings);
+    append_findings_of_search(run.shown_findings, place.warnings, options);
     if (!is_anything_to_read(volume, run)) {
         print_warnings(texts_of(run.new_findings())); // they may tell why
         return refuse(nothing_to_read(volume));

@@ -89,7 +89,9 @@ QJsonArray folders_entry(const QList<listed_folder> &folders)
 {
     QJsonArray entries;
     for (const listed_folder &folder : folders)
-        entries.append(QJsonObject{{"path"_L1, folder.path}, {"entries"_L1, folder.entries}});
+        entries.append(without_empty({{"path"_L1, folder.path},
+                                      {"modified"_L1, utc_text(folder.modified)},
+                                      {"entries"_L1, folder.entries}}));
     return entries;
 }
 
@@ -166,6 +168,13 @@ QString name_of(exit_code code)
     }
 }
 
+void insert_end(QJsonObject &entry, exit_code code)
+{
+    entry.insert("outcome"_L1, name_of(code));
+    entry.insert("exit_code"_L1, static_cast<int>(code));
+    entry.insert("end"_L1, utc_text(QDateTime::currentDateTimeUtc()));
+}
+
 } // namespace
 
 QJsonObject entry_of_begun_run(const loaded_plugin &plugin, const prepared_run &run,
@@ -195,9 +204,7 @@ QJsonObject entry_of_ended_run(QJsonObject entry, const finished_run &run,
                                const recorded_facts &facts, const QList<finding> &findings,
                                exit_code code)
 {
-    entry.insert("outcome"_L1, name_of(code));
-    entry.insert("exit_code"_L1, static_cast<int>(code));
-    entry.insert("end"_L1, utc_text(QDateTime::currentDateTimeUtc()));
+    insert_end(entry, code);
     entry.insert("files"_L1, files_entry(facts.files));
     entry.insert("tabs"_L1, tabs_entry(run));
     entry.insert("rows"_L1, run.counts.total());
@@ -207,6 +214,13 @@ QJsonObject entry_of_ended_run(QJsonObject entry, const finished_run &run,
     entry.insert("early_ends"_L1, QJsonArray::fromStringList(run.outcome.early_ends));
     entry.insert("failures"_L1, run.outcome.failures);
     entry.insert("problems"_L1, QJsonArray::fromStringList(problems_of(run)));
+    return entry;
+}
+
+QJsonObject entry_of_refused_run(QJsonObject entry, const refusal &refused)
+{
+    insert_end(entry, refused.code);
+    entry.insert("problems"_L1, QJsonArray{refused.reason});
     return entry;
 }
 

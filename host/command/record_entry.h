@@ -30,6 +30,9 @@ QJsonObject entry_of_ended_run(QJsonObject entry, const finished_run &run,
                                const recorded_facts &facts, const QList<finding> &findings,
                                exit_code code);
 
+/// The same entry of a run that is refused after all.
+QJsonObject entry_of_refused_run(QJsonObject entry, const refusal &refused);
+
 /// The version that the plug-in tells of itself; empty if it tells none.
 QString version_of(const artifact_plugin &plugin);
 

@@ -124,7 +124,7 @@ void recorded_run::replay_logs()
 
 described_source recorded_run::source() const
 {
-    described_source source{host_version(), version_of(*m_plugin.object), m_volume.root(), {}};
+    described_source source{host_version(), version_of(*m_plugin.object), m_volume, {}};
     for (const read_file &file : m_facts.files) {
         if (file.is_read())
             source.hashes.insert(file.path, file.before.sha256);
@@ -159,8 +159,10 @@ std::optional<refusal> recorded_run::begin_record()
     const QString not_removed = remove_database(m_database);
     if (not_removed.isEmpty())
         return std::nullopt;
-    return refusal{exit_result,
-                   u"the result database %1 cannot be removed: %2"_s.arg(m_database, not_removed)};
+    const refusal refused{exit_result, u"the result database %1 cannot be removed: %2"_s.arg(
+                                           m_database, not_removed)};
+    m_record->complete(entry_of_refused_run(m_entry, refused)); // the run fails with that anyway
+    return refused;
 }
 
 row_counts recorded_run::rows_in_database() const

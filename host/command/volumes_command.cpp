@@ -47,7 +47,8 @@ QString time_in_header(const QString &hive_file)
     if (!QFileInfo(hive_file).isFile() || !file.open(QIODevice::ReadOnly))
         return u"unknown"_s;
     const hive_base_block base_block(file.read(regf::base_block::size));
-    const bool is_told = base_block.is_whole() && base_block.is_of_a_hive();
+    const bool is_told =
+        base_block.is_whole() && base_block.is_of_a_hive() && base_block.last_written() != 0;
     return is_told ? shown_time(time_of(base_block.last_written())) : u"unknown"_s;
 }
 

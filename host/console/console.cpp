@@ -7,17 +7,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString escaped(QChar character)
+QString escaped(char32_t character)
 {
-    const uint code = character.unicode();
-    return code < 0x100 ? u"\\x%1"_s.arg(code, 2, 16, QChar(u'0'))
-                        : u"\\u%1"_s.arg(code, 4, 16, QChar(u'0'));
+    const auto in_hex = [character](const QString &form, int digits) {
+        return form.arg(uint(character), digits, 16, QChar(u'0'));
+    };
+    if (character < 0x100)
+        return in_hex(u"\\x%1"_s, 2);
+    return character < 0x1'0000 ? in_hex(u"\\u%1"_s, 4) : in_hex(u"\\U%1"_s, 8);
 }
 
 bool is_pair_at(const QString &text, qsizetype index)
 {
     return index + 1 < text.size() && text.at(index).isHighSurrogate() &&
            text.at(index + 1).isLowSurrogate();
+}
+
+char32_t character_at(const QString &text, qsizetype index)
+{
+    return is_pair_at(text, index) ? QChar::surrogateToUcs4(text.at(index), text.at(index + 1))
+                                   : char32_t(text.at(index).unicode());
 }
 
 void write_bytes(std::FILE *stream, const QByteArray &bytes)
@@ -28,19 +37,14 @@ void write_bytes(std::FILE *stream, const QByteArray &bytes)
 
 } // namespace
 
-bool must_be_escaped(QChar character)
-{
-    return results::must_be_escaped(character.unicode());
-}
-
 QString printable(const QString &text)
 {
     QString result;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (is_pair_at(text, i))
-            result += text.mid(i++, 2);
-        else
-            result += must_be_escaped(text.at(i)) ? escaped(text.at(i)) : QString(text.at(i));
+    qsizetype units = 1;
+    for (qsizetype i = 0; i < text.size(); i += units) {
+        const char32_t character = character_at(text, i);
+        units = QChar::requiresSurrogates(character) ? 2 : 1;
+        result += results::must_be_escaped(character) ? escaped(character) : text.mid(i, units);
     }
     return result;
 }

@@ -6,12 +6,9 @@
 
 #include <cstdio>
 
-/// Whether a character is written as an escape: a control, format or line-breaking character or a
-/// lone surrogate.
-bool must_be_escaped(QChar character);
-
 /// `text` with control, format and line-breaking characters and lone surrogates written as escapes
-/// (\x1b, \u202e), so that a name from the evidence can neither steer a terminal nor fake a line.
+/// (\x1b, \u202e, \U000e0041), so that a name from the evidence can neither steer a terminal nor
+/// fake a line.
 QString printable(const QString &text);
 
 /// Writes `line` and a line feed to `stream` in the local encoding.

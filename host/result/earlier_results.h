@@ -1,7 +1,6 @@
 #ifndef EARLIER_RESULTS_H
 #define EARLIER_RESULTS_H
 
-#include <QHash>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -9,6 +8,7 @@
 
 #include <optional>
 
+#include "described_source.h"
 #include "exit_code.h"
 #include "result_location.h"
 #include "run_record.h"
@@ -19,15 +19,6 @@ struct earlier_results_wish
     bool replace = false;        ///< give up what is there, whatever it is of
     bool add = false;            ///< keep it, and add the rows of a further source
     bool add_same_again = false; ///< even if that source is there already
-};
-
-/// What a run would add to a folder.
-struct described_source
-{
-    QString host_version;
-    QString library_version;
-    QString volume;                 ///< root of the volume
-    QHash<QString, QString> hashes; ///< of hives that open: path within the volume to SHA-256
 };
 
 /// What a run does with the earlier results.
@@ -56,8 +47,7 @@ struct chosen_mode
 };
 
 /// Decides from the run record and the database. Results without a record are of an unknown source.
-/// A source is the same if hives of both runs have the same content; if no hive can be compared, if
-/// its root lies at the same path. `tables` are all that the plug-in fills.
+/// `tables` are all that the plug-in fills.
 chosen_mode choose_mode(const run_record &record, const result_location &location,
                         const QStringList &tables, const described_source &source,
                         const earlier_results_wish &wish);

@@ -79,6 +79,26 @@ std::optional<refusal> second_name_of(const QString &path)
                    "be evidence"_s.arg(path));
 }
 
+/// Opening a pipe would wait for ever, and a folder in a file's place cannot be removed. The run
+/// record is not among these: what is none is set aside.
+QStringList files_to_be_regular(const result_location &location)
+{
+    const QString lock = resolved(location.lock_file);
+    const QString removal_lock = lock + ".rmlock"_L1; // what QLockFile makes for a lock of the dead
+    return files_of_database(location.database_file) << lock << removal_lock;
+}
+
+std::optional<refusal> check_regular(const result_location &location)
+{
+    for (const QString &file : files_to_be_regular(location)) {
+        const QFileInfo info(file);
+        if (info.exists() && !info.isFile())
+            return refused(u"result folder %1 cannot be written to: %2 is no regular file"_s.arg(
+                location.result_directory, file));
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 QStringList files_of_database(const QString &database_file)
@@ -126,7 +146,7 @@ std::optional<refusal> check_result(const result_location &location, const sourc
     if (!is_file_writable(location.database_file))
         return refused(u"result folder %1 cannot be written to: %2 is not writable"_s.arg(
             location.result_directory, nearest_existing(location.database_file)));
-    return std::nullopt;
+    return check_regular(location);
 }
 
 std::optional<refusal> check_debug_log(const QString &file, const result_location &location,

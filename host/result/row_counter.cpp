@@ -95,6 +95,18 @@ int largest_source_number(const QString &database_file, const QStringList &table
     return largest;
 }
 
+QStringList tables_in(const QString &database_file)
+{
+    reading_connection connection(database_file);
+    QStringList tables;
+    QSqlQuery query(connection.database());
+    query.exec(u"SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT GLOB 'sqlite_*' "
+               "ORDER BY name"_s);
+    while (query.next())
+        tables.append(query.value(0).toString());
+    return tables;
+}
+
 row_counts count_rows(const QString &database_file, const QStringList &tables)
 {
     reading_connection connection(database_file);

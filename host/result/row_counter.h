@@ -31,6 +31,9 @@ struct row_counts
 /// that has lost rows as empty.
 row_counts rows_since(const row_counts &before, const row_counts &now);
 
+/// The names of the tables in the SQLite file, without SQLite's own; none if it cannot be read.
+QStringList tables_in(const QString &database_file);
+
 /// Counts the rows of `tables` in the SQLite file, which is opened for reading only.
 row_counts count_rows(const QString &database_file, const QStringList &tables);
 

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "console.h"
+#include "characters.h"
 #include "recorded_runs.h"
 
 using namespace Qt::StringLiterals;
@@ -26,10 +26,12 @@ QByteArray written(const QJsonObject &record)
     const QString json = QString::fromUtf8(bytes);
     for (qsizetype i = 0; i < json.size(); ++i) {
         const QChar character = json.at(i);
-        const bool is_pair = character.isHighSurrogate() && i + 1 < json.size();
+        const bool is_pair =
+            character.isHighSurrogate() && i + 1 < json.size() &&
+            !results::must_be_escaped(QChar::surrogateToUcs4(character, json.at(i + 1)));
         if (is_pair)
             safe += json.mid(i++, 2);
-        else if (character != u'\n' && must_be_escaped(character))
+        else if (character != u'\n' && results::must_be_escaped(character.unicode()))
             safe += u"\\u%1"_s.arg(character.unicode(), 4, 16, QChar(u'0'));
         else
             safe += character;

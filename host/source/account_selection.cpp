@@ -117,8 +117,24 @@ QString account_named(const source_volume &volume, const QString &name)
     return is_hidden(volume.root() + path) ? name : QString();
 }
 
+/// Nothing when the folders of accounts can be listed, or when there are none.
+std::error_code failure_of_listing(const source_volume &volume)
+{
+    for (const QString &folder : folders_of_accounts(volume)) {
+        const std::error_code error =
+            for_each_raw_name(volume.root() + folder, [](const QByteArray &) {});
+        if (error && error != std::errc::no_such_file_or_directory)
+            return error;
+    }
+    return {};
+}
+
 refusal no_such_account(const source_volume &volume, const QString &name)
 {
+    if (const std::error_code error = failure_of_listing(volume))
+        return {exit_usage, u"no account \"%1\" is found in %2, which cannot be listed: %3"_s.arg(
+                                name, volume.accounts_folder(),
+                                QString::fromLocal8Bit(error.message().c_str()))};
     account_selection found;
     find_accounts(volume, found);
     found.accounts.sort();

@@ -35,6 +35,13 @@ constexpr auto by_loop =
     "mount it read-only, for example by \"mount -o ro,loop FILE /mnt/volume\""_L1;
 constexpr auto by_parts = "mount it read-only, for example by \"losetup --read-only --partscan "
                           "--find --show FILE\" and \"mount -o ro /dev/loop0p2 /mnt/volume\""_L1;
+constexpr auto by_affuse =
+    "mount it read-only, for example by \"affuse FILE /mnt/image && mount -o ro,loop "
+    "/mnt/image/*.raw /mnt/volume\""_L1;
+constexpr auto by_unpacking = "unpack it first, for example by \"gunzip --keep FILE\""_L1;
+constexpr auto by_key =
+    "unlock it read-only, for example by \"cryptsetup open --type bitlk --readonly FILE volume\" "
+    "and \"mount -o ro /dev/mapper/volume /mnt/volume\""_L1;
 
 // Marks of containers come first: the last ones stand in many files.
 constexpr image_kind kinds[] = {
@@ -47,9 +54,14 @@ constexpr image_kind kinds[] = {
     {0, "PK\x03\x04", "a ZIP archive"_L1, by_zip},
     {0, "PK\x05\x06", "an empty ZIP archive"_L1, by_zip},
     {0, "7z\xbc\xaf\x27\x1c", "a 7-Zip archive"_L1, by_archive},
+    {0, "\x1f\x8b", "a gzip archive"_L1, by_unpacking},
+    {0, QByteArrayView("AFF10\r\n\0", 8), "an AFF image"_L1, by_affuse},
     {257, "ustar", "a tar archive"_L1, by_archive},
     {0, "regf", "a registry hive"_L1, "give the folder of the volume that it belongs to"_L1},
     {3, "NTFS    ", "the image of an NTFS volume"_L1, by_loop},
+    {3, "EXFAT   ", "the image of an exFAT volume"_L1, by_loop},
+    {82, "FAT32   ", "the image of a FAT32 volume"_L1, by_loop},
+    {3, "-FVE-FS-", "the image of a BitLocker volume"_L1, by_key},
     {sector, "EFI PART", "the image of a disk (GPT)"_L1, by_parts},
     {510, "\x55\xaa", "the image of a disk (MBR)"_L1, by_parts},
 };

@@ -3,6 +3,8 @@
 #include <QFileInfo>
 #include <QSet>
 
+#include <algorithm>
+
 #include "raw_names.h"
 
 using namespace Qt::StringLiterals;
@@ -35,6 +37,9 @@ private:
     void look_at_software();
     void look_at_folders_of_accounts();
     void look_at_folder_of_accounts(const QString &folder, const QString &reason);
+    void look_for_links_to_accounts();
+    void look_at_absence_of_accounts();
+    bool has_any_of(const QStringList &names) const;
     qsizetype accounts_in(const QString &folder) const;
     void look_at_account(const QString &account, bool is_selected);
     void look_at_namesakes(const QString &path, const QString &place, bool is_checked = false);
@@ -42,6 +47,7 @@ private:
     void look_at_package_names(const QString &account);
     void look_at_line_breaks(const QString &name, const QString &path);
     bool is_folder_of_accounts_read(const QString &folder) const;
+    bool is_same_folder(const QString &folder, const QString &other) const;
     void warn(const QString &path, const QString &reason, bool is_left_out = true);
 
     const source_volume &m_volume;
@@ -111,10 +117,36 @@ void survey::look_at_software()
 
 void survey::look_at_folders_of_accounts()
 {
+    look_for_links_to_accounts();
     for (const QString &folder : m_volume.namesakes_of(accounts_folder))
         look_at_folder_of_accounts(folder, u"its letter case differs from Users"_s);
     for (const QString &folder : m_volume.namesakes_of(older_accounts_folder))
         look_at_folder_of_accounts(folder, u"it is the folder of an older layout"_s);
+    look_at_absence_of_accounts();
+}
+
+void survey::look_for_links_to_accounts()
+{
+    const QString place = m_volume.place_of(accounts_folder);
+    if (is_broken_link(QFileInfo(m_volume.root() + place)))
+        warn(place, u"a link leads nowhere, so no accounts are read there"_s);
+}
+
+bool survey::has_any_of(const QStringList &names) const
+{
+    return std::any_of(names.begin(), names.end(), [this](const QString &name) {
+        const QString path = m_volume.root() + name;
+        return !m_volume.namesakes_of(name).isEmpty() || QFileInfo(path).isSymLink() ||
+               is_hidden(path);
+    });
+}
+
+/// Every Windows has a folder of accounts; what was extracted in part may lack it.
+void survey::look_at_absence_of_accounts()
+{
+    if (has_any_of({u"Windows"_s, u"WINNT"_s}) &&
+        !has_any_of({accounts_folder, older_accounts_folder}))
+        warn(accounts_folder, u"not found, so no accounts are read"_s, false);
 }
 
 /// A link shows the accounts of another folder.
@@ -131,8 +163,15 @@ void survey::look_at_folder_of_accounts(const QString &folder, const QString &re
 bool survey::is_folder_of_accounts_read(const QString &folder) const
 {
     const QString read = m_volume.accounts_folder();
-    return folder == read ||
+    return is_same_folder(folder, read) ||
            (m_volume.options().ignore_letter_case && m_volume.namesakes_of(read).contains(folder));
+}
+
+/// Also where a link leads from one to the other.
+bool survey::is_same_folder(const QString &folder, const QString &other) const
+{
+    const QString place = QFileInfo(m_volume.root() + folder).canonicalFilePath();
+    return !place.isEmpty() && place == QFileInfo(m_volume.root() + other).canonicalFilePath();
 }
 
 qsizetype survey::accounts_in(const QString &folder) const
@@ -158,6 +197,9 @@ void survey::look_at_account(const QString &account, bool is_selected)
         if (!is_selected && is_broken_link(QFileInfo(m_volume.root() + hive)))
             warn(hive, u"a link leads nowhere, so it is not read"_s);
     }
+    const QString place = m_volume.place_of(folder);
+    if ((m_reads_hives || m_reads_packages) && is_broken_link(QFileInfo(m_volume.root() + place)))
+        warn(place, u"a link leads nowhere, so it is not read"_s);
     if (m_reads_packages) {
         look_at_namesakes(folder + package_path, m_volume.package_folder(account));
         look_at_way_to_packages(account);
@@ -180,13 +222,13 @@ void survey::look_at_namesakes(const QString &path, const QString &place, bool i
 void survey::look_at_way_to_packages(const QString &account)
 {
     const QString folder = m_volume.accounts_folder() + u'/' + account;
-    for (const QString &part : {u""_s, u"/AppData"_s, u"/AppData/Local"_s, package_path}) {
+    for (const QString &part : {u"/AppData"_s, u"/AppData/Local"_s, package_path}) {
         const QString place = m_volume.place_of(folder + part);
         const QFileInfo info(m_volume.root() + place);
         if (is_broken_link(info))
             return warn(place, u"a link leads nowhere, so it is not read"_s);
-        if (!info.exists() || (part.isEmpty() && !info.isDir()))
-            return; // files beside the accounts' folders are none
+        if (!info.exists())
+            return;
         if (!info.isDir())
             return warn(place, u"is no folder, so no packages are read there"_s);
     }

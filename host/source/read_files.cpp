@@ -65,6 +65,8 @@ bool is_same(const file_look &before, const file_look &after)
            before.changed == after.changed && before.failure == after.failure;
 }
 
+} // namespace
+
 /// Counts without keeping the entries: there may be a million.
 qint64 entries_in(const QString &folder)
 {
@@ -75,8 +77,6 @@ qint64 entries_in(const QString &folder)
         ++entries;
     return entries;
 }
-
-} // namespace
 
 QList<read_file> files_before_run(const source_volume &volume, const QString &software_hive,
                                   const QStringList &accounts, const QList<host_tab> &tabs)
@@ -113,8 +113,9 @@ QList<listed_folder> listed_folders(const source_volume &volume, const QStringLi
         return folders;
     for (const QString &account : accounts) {
         const QString path = volume.package_folder(account);
-        if (QFileInfo(volume.root() + path).isDir() && !volume.leads_out(path))
-            folders.append({path, entries_in(volume.root() + path)});
+        const QFileInfo info(volume.root() + path);
+        if (info.isDir() && !volume.leads_out(path))
+            folders.append({path, info.lastModified(), entries_in(info.filePath())});
     }
     return folders;
 }

@@ -39,8 +39,12 @@ struct read_file
 struct listed_folder
 {
     QString path; ///< relative to the volume's root
+    QDateTime modified;
     qint64 entries = 0;
 };
+
+/// How many entries a folder has; 0 if it cannot be listed.
+qint64 entries_in(const QString &folder);
 
 /// The hives that the tabs are filled from, as they are before the run. `software_hive` is what
 /// software_hive_to_read() chose. Hives that are not there are left out; what is no regular file,

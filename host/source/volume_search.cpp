@@ -1,5 +1,6 @@
 #include "volume_search.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -161,6 +162,6 @@ chosen_volume choose_volume(const QString &source, const QString &name)
     if (search.volumes.isEmpty() && name.isEmpty())
         return {{source_itself, source}, search.warnings, std::nullopt};
     const QList<found_volume> meant =
-        name.isEmpty() ? search.volumes : volumes_named(search.volumes, name);
+        name.isEmpty() ? search.volumes : volumes_named(search.volumes, QDir::cleanPath(name));
     return {meant.value(0), search.warnings, refusal_of(source, name, search.volumes, meant)};
 }

@@ -13,6 +13,7 @@ void drop_file_privileges()
     // What the bounding set lacks is gone after the program was executed.
     prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
     prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+    prctl(PR_CAPBSET_DROP, CAP_FOWNER);
 #endif
 }
 
