@@ -3,16 +3,13 @@
 #include <QFileInfo>
 #include <QSet>
 
-#include <algorithm>
-
+#include "account_folders.h"
 #include "raw_names.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const auto accounts_folder = u"Users"_s;
-const auto older_accounts_folder = u"Documents and Settings"_s;
 const auto user_hive_name = u"/NTUSER.DAT"_s;
 const auto package_path = u"/AppData/Local/Packages"_s;
 
@@ -35,19 +32,11 @@ public:
 private:
     void note_places_that_are_read();
     void look_at_software();
-    void look_at_folders_of_accounts();
-    void look_at_folder_of_accounts(const QString &folder, const QString &reason);
-    void look_for_links_to_accounts();
-    void look_at_absence_of_accounts();
-    bool has_any_of(const QStringList &names) const;
-    qsizetype accounts_in(const QString &folder) const;
     void look_at_account(const QString &account, bool is_selected);
     void look_at_namesakes(const QString &path, const QString &place, bool is_checked = false);
     void look_at_way_to_packages(const QString &account);
     void look_at_package_names(const QString &account);
     void look_at_line_breaks(const QString &name, const QString &path);
-    bool is_folder_of_accounts_read(const QString &folder) const;
-    bool is_same_folder(const QString &folder, const QString &other) const;
     void warn(const QString &path, const QString &reason, bool is_left_out = true);
 
     const source_volume &m_volume;
@@ -63,12 +52,6 @@ private:
 bool has_line_break(const QString &text)
 {
     return text.contains(u'\n') || text.contains(u'\r');
-}
-
-/// A link that leads nowhere, or to itself.
-bool is_broken_link(const QFileInfo &info)
-{
-    return info.isSymLink() && !info.exists() && !is_hidden(info.filePath());
 }
 
 void survey::warn(const QString &path, const QString &reason, bool is_left_out)
@@ -87,7 +70,7 @@ QList<finding> survey::warnings()
     if (m_reads_software)
         look_at_software();
     if (m_reads_hives || m_reads_packages)
-        look_at_folders_of_accounts();
+        m_warnings += passed_over_account_folders(m_volume);
     for (const QString &account : m_selection.accounts)
         look_at_account(account, true);
     for (const QString &account : m_selection.others)
@@ -115,77 +98,6 @@ void survey::look_at_software()
     }
 }
 
-void survey::look_at_folders_of_accounts()
-{
-    look_for_links_to_accounts();
-    for (const QString &folder : m_volume.namesakes_of(accounts_folder))
-        look_at_folder_of_accounts(folder, u"its letter case differs from Users"_s);
-    for (const QString &folder : m_volume.namesakes_of(older_accounts_folder))
-        look_at_folder_of_accounts(folder, u"it is the folder of an older layout"_s);
-    look_at_absence_of_accounts();
-}
-
-void survey::look_for_links_to_accounts()
-{
-    const QString place = m_volume.place_of(accounts_folder);
-    if (is_broken_link(QFileInfo(m_volume.root() + place)))
-        warn(place, u"a link leads nowhere, so no accounts are read there"_s);
-}
-
-bool survey::has_any_of(const QStringList &names) const
-{
-    return std::any_of(names.begin(), names.end(), [this](const QString &name) {
-        const QString path = m_volume.root() + name;
-        return !m_volume.namesakes_of(name).isEmpty() || QFileInfo(path).isSymLink() ||
-               is_hidden(path);
-    });
-}
-
-/// Every Windows has a folder of accounts; what was extracted in part may lack it.
-void survey::look_at_absence_of_accounts()
-{
-    if (has_any_of({u"Windows"_s, u"WINNT"_s}) &&
-        !has_any_of({accounts_folder, older_accounts_folder}))
-        warn(accounts_folder, u"not found, so no accounts are read"_s, false);
-}
-
-/// A link shows the accounts of another folder.
-void survey::look_at_folder_of_accounts(const QString &folder, const QString &reason)
-{
-    if (is_folder_of_accounts_read(folder) || QFileInfo(m_volume.root() + folder).isSymLink())
-        return;
-    if (const qsizetype count = accounts_in(folder); count > 0)
-        warn(folder,
-             u"is not read: %1; accounts in it that hold a hive or packages: %2"_s.arg(reason).arg(
-                 count));
-}
-
-bool survey::is_folder_of_accounts_read(const QString &folder) const
-{
-    const QString read = m_volume.accounts_folder();
-    return is_same_folder(folder, read) ||
-           (m_volume.options().ignore_letter_case && m_volume.namesakes_of(read).contains(folder));
-}
-
-/// Also where a link leads from one to the other.
-bool survey::is_same_folder(const QString &folder, const QString &other) const
-{
-    const QString place = QFileInfo(m_volume.root() + folder).canonicalFilePath();
-    return !place.isEmpty() && place == QFileInfo(m_volume.root() + other).canonicalFilePath();
-}
-
-qsizetype survey::accounts_in(const QString &folder) const
-{
-    qsizetype count = 0;
-    for_each_raw_name(m_volume.root() + folder, [&](const QByteArray &raw_name) {
-        const QString account = folder + u'/' + QString::fromUtf8(raw_name);
-        if (!m_volume.namesakes_of(account + user_hive_name).isEmpty() ||
-            !m_volume.namesakes_of(account + package_path).isEmpty())
-            ++count;
-    });
-    return count;
-}
-
 void survey::look_at_account(const QString &account, bool is_selected)
 {
     const QString folder = m_volume.accounts_folder() + u'/' + account;
@@ -194,11 +106,11 @@ void survey::look_at_account(const QString &account, bool is_selected)
     if (m_reads_hives) {
         const QString hive = m_volume.user_hive(account);
         look_at_namesakes(folder + user_hive_name, hive, is_selected);
-        if (!is_selected && is_broken_link(QFileInfo(m_volume.root() + hive)))
+        if (!is_selected && is_broken_link(m_volume.root() + hive))
             warn(hive, u"a link leads nowhere, so it is not read"_s);
     }
     const QString place = m_volume.place_of(folder);
-    if ((m_reads_hives || m_reads_packages) && is_broken_link(QFileInfo(m_volume.root() + place)))
+    if ((m_reads_hives || m_reads_packages) && is_broken_link(m_volume.root() + place))
         warn(place, u"a link leads nowhere, so it is not read"_s);
     if (m_reads_packages) {
         look_at_namesakes(folder + package_path, m_volume.package_folder(account));
@@ -225,7 +137,7 @@ void survey::look_at_way_to_packages(const QString &account)
     for (const QString &part : {u"/AppData"_s, u"/AppData/Local"_s, package_path}) {
         const QString place = m_volume.place_of(folder + part);
         const QFileInfo info(m_volume.root() + place);
-        if (is_broken_link(info))
+        if (is_broken_link(info.filePath()))
             return warn(place, u"a link leads nowhere, so it is not read"_s);
         if (!info.exists())
             return;

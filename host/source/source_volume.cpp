@@ -39,6 +39,12 @@ bool is_hidden(const QString &path)
     return error == std::errc::permission_denied;
 }
 
+bool is_broken_link(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.isSymLink() && !info.exists() && !is_hidden(path);
+}
+
 source_volume::source_volume(const QString &directory, const reading_options &options,
                              const QString &source)
     : m_root(root_of(directory)),

@@ -17,6 +17,9 @@ std::optional<refusal> check_source(const QString &directory);
 /// Whether the examiner lacks the permission to look whether something lies at `path`.
 bool is_hidden(const QString &path);
 
+/// Whether a link lies at `path` that leads nowhere, or to itself.
+bool is_broken_link(const QString &path);
+
 /// Where the software hive and its backup lie, relative to the volume's root.
 inline constexpr auto software_hive_path = QLatin1StringView("Windows/System32/config/SOFTWARE");
 inline constexpr auto software_backup_path =
