@@ -2,6 +2,7 @@
 #include "log_capture.h"
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
+#include "registry.h"
 #include "registry_data.h"
 #include "text_operations.h"
 #include "typed_text.h"

@@ -2,9 +2,12 @@
 #include "base_block.h"
 #include "files.h"
 #include "fuzz_main.h"
-#include "guarded_memory.h"
 #include "hive_generator.h"
 #include "hive_walks.h"
+
+#ifdef WITH_GUARDED_MEMORY
+#include "guarded_memory.h"
+#endif
 
 #include <QTemporaryDir>
 
