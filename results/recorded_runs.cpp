@@ -45,7 +45,7 @@ recorded_runs read_recorded_runs(const QString &file_name)
         !record.value("runs"_L1).isArray())
         return no_record(foreign);
     recorded_runs read;
-    for (const QJsonValue &entry : record.value("runs"_L1).toArray()) {
+    for (const QJsonValue entry : record.value("runs"_L1).toArray()) {
         if (!entry.isObject())
             return no_record(foreign);
         if (!has_possible_number(entry.toObject()))

@@ -82,6 +82,7 @@ void sort_rows(std::vector<row> &rows, const QList<column> &columns, const sort_
 {
     const int place = place_of(columns, order.column);
     std::vector<sort_key> keys;
+    keys.reserve(rows.size());
     for (const row &each : rows)
         keys.push_back(key_of(cell_at(each, place)));
     std::vector<row> sorted;

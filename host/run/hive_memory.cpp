@@ -1,5 +1,6 @@
 #include "hive_memory.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #ifdef __GLIBC__
@@ -13,6 +14,9 @@ namespace {
 
 /// Shorter hives take few page faults.
 [[maybe_unused]] constexpr std::int64_t shortest_prepared = std::int64_t(4) << 20;
+
+/// A file may claim any length; no hive that Windows writes is longer.
+[[maybe_unused]] constexpr std::int64_t longest_prepared = std::int64_t(2) << 30;
 
 #ifdef __GLIBC__
 /// A system without huge pages refuses, and the block is as good as before.
@@ -40,10 +44,10 @@ void prepare_memory_for_hive([[maybe_unused]] std::int64_t largest_hive)
     // of the heap, and keeps what is freed there: the hive gets the pages of the block below.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-    void *volatile block =
-        std::malloc(static_cast<std::size_t>(largest_hive)); // must really be made
+    const std::int64_t length = std::min(largest_hive, longest_prepared);
+    void *volatile block = std::malloc(static_cast<std::size_t>(length)); // must really be made
     if (block != nullptr)
-        ask_for_huge_pages(block, static_cast<std::uintptr_t>(largest_hive));
+        ask_for_huge_pages(block, static_cast<std::uintptr_t>(length));
     std::free(block);
 #endif
 }
