@@ -124,7 +124,7 @@ QString walk_software_hive(const extraction &run, registry &walker)
     };
     if (walked(context.software_hive_path))
         return context.software_hive_path;
-    const QString backup = run.on_volume(context.source_root_path + software_backup_path);
+    QString backup = run.on_volume(context.source_root_path + software_backup_path);
     if (walked(backup))
         return backup;
     log_unopened(run, context.software_hive_path);

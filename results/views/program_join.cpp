@@ -138,6 +138,7 @@ std::vector<row> program_join::rows()
             usages[{each.source, installation_prefix + QString::number(i), each.account}] = {};
     }
     std::vector<row> made;
+    made.reserve(usages.size());
     for (const auto &[key, of] : usages)
         made.push_back(row_of(key, of));
     sort_rows(made, columns_of_programs(), {u"program"_s, false});
