@@ -18,7 +18,7 @@ namespace {
 std::optional<bool> has_same_hives(const QJsonObject &run, const described_source &source)
 {
     std::optional<bool> is_same;
-    for (const QJsonValue &value : run.value("files"_L1).toArray()) {
+    for (const QJsonValue value : run.value("files"_L1).toArray()) {
         const QJsonObject file = value.toObject();
         const QString earlier = file.value("sha256_before"_L1).toString();
         const QString now = source.hashes.value(file.value("path"_L1).toString());

@@ -19,7 +19,7 @@ namespace {
 /// but for line feeds, which JSON has between its texts alone.
 QByteArray written(const QJsonObject &record)
 {
-    const QByteArray bytes = QJsonDocument(record).toJson();
+    QByteArray bytes = QJsonDocument(record).toJson();
     if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte > 0 && byte < 0x7f; }))
         return bytes; // JSON itself escapes the controls below the blank
     QString safe;

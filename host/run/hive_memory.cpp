@@ -28,7 +28,8 @@ void ask_for_huge_pages([[maybe_unused]] void *block, [[maybe_unused]] std::uint
     const std::uintptr_t first_page = (begin + page_size - 1) / page_size * page_size;
     const std::uintptr_t last_page = (begin + size) / page_size * page_size;
     if (first_page < last_page)
-        madvise(reinterpret_cast<void *>(first_page), last_page - first_page, MADV_HUGEPAGE);
+        madvise(static_cast<char *>(block) + (first_page - begin), last_page - first_page,
+                MADV_HUGEPAGE);
 #endif
 }
 #endif
