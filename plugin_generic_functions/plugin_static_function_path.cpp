@@ -70,15 +70,15 @@ bool log_link_passed_over(const QFileInfo &file, const tree_copy &tree)
 
 void copy_file(const QFileInfo &file, const QString &destination_path, const tree_copy &tree)
 {
-    using status = whole_file_copy_result::status;
+    using copied = whole_file_copy_result::status;
     if (log_link_passed_over(file, tree))
         return;
     const whole_file_copy_result result =
         copy_whole_file(file.filePath(), destination_path + u'/' + file.fileName(),
                         plugin_static_function::bool_cancel_extraction);
-    if (result.how == status::source_failed)
+    if (result.how == copied::source_failed)
         log_copy_failure("source"_L1, file.fileName(), result.error);
-    if (result.how == status::destination_failed)
+    if (result.how == copied::destination_failed)
         log_copy_failure("destination"_L1, file.fileName(), result.error);
 }
 

@@ -63,17 +63,8 @@ void tst_log_replay::initTestCase()
 
 void tst_log_replay::applies_what_windows_applies_data()
 {
-    QTest::addColumn<QByteArray>("hive");
-    QTest::addColumn<QList<QByteArray>>("logs");
-    QTest::addColumn<int>("state"); // of which the bins are afterwards
-    QTest::addColumn<quint32>("sequence");
-    QTest::addColumn<QList<log_state>>("states");
-    using logs = QList<QByteArray>;
-    using enum_list = QList<log_state>;
-    const auto row = [](const char *name, const QByteArray &hive, const logs &given, int state,
-                        quint32 sequence, const enum_list &states) {
-        QTest::newRow(name) << hive << given << state << sequence << states;
-    };
+    add_replay_columns();
+    const auto row = replay_row;
     constexpr auto applied = log_state::applied;
     const QByteArray *s = m_states;
     const QByteArray hive = numbered(s[0], 8, 7);

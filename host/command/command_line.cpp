@@ -265,17 +265,29 @@ private:
     const QCommandLineOption m_help{{u"h"_s, u"help"_s}};
 };
 
+/// Parses the arguments of a command. Returns what they end with at once: the help that they ask
+/// for, or what is wrong with an option.
+std::optional<command_line> ended_at_options(QCommandLineParser &parser,
+                                             const QStringList &arguments, const QString &help_text)
+{
+    const QCommandLineOption help{{u"h"_s, u"help"_s}};
+    parser.addOption(help);
+    // The parser expects the program's name as the first argument.
+    if (!parser.parse(QStringList(u"artifact_host"_s) + arguments))
+        return misused(parser.errorText());
+    if (parser.isSet(help))
+        return shown(help_text + exit_code_help);
+    return std::nullopt;
+}
+
 command_line parse_volumes(const QStringList &arguments)
 {
     const QCommandLineOption volume{u"volume"_s, {}, u"NAME"_s};
     const QCommandLineOption like_the_suite{u"like-the-suite"_s};
-    const QCommandLineOption help{{u"h"_s, u"help"_s}};
     QCommandLineParser parser;
-    parser.addOptions({volume, like_the_suite, help});
-    if (!parser.parse(QStringList(u"artifact_host"_s) + arguments))
-        return misused(parser.errorText());
-    if (parser.isSet(help))
-        return shown(volumes_help + exit_code_help);
+    parser.addOptions({volume, like_the_suite});
+    if (const auto ended = ended_at_options(parser, arguments, volumes_help))
+        return *ended;
     const QStringList sources = parser.positionalArguments();
     if (sources.size() != 1)
         return misused(u"volumes takes one SOURCE, but %1 were given"_s.arg(sources.size()));
@@ -291,13 +303,10 @@ command_line parse_recover(const QStringList &arguments)
 {
     const QCommandLineOption log{u"log"_s, {}, u"FILE"_s};
     const QCommandLineOption list{u"list"_s};
-    const QCommandLineOption help{{u"h"_s, u"help"_s}};
     QCommandLineParser parser;
-    parser.addOptions({log, list, help});
-    if (!parser.parse(QStringList(u"artifact_host"_s) + arguments))
-        return misused(parser.errorText());
-    if (parser.isSet(help))
-        return shown(recover_help + exit_code_help);
+    parser.addOptions({log, list});
+    if (const auto ended = ended_at_options(parser, arguments, recover_help))
+        return *ended;
     const QStringList files = parser.positionalArguments();
     if (files.size() != 2)
         return misused(u"recover takes HIVE and COPY, but %1 files were given"_s.arg(files.size()));

@@ -140,10 +140,6 @@ void append_findings_of_search(QList<finding> &findings, const QStringList &warn
 
 exit_code extract(const extract_options &options)
 {
-    const auto refuse = [](const refusal &refused) {
-        print_notice(refused.reason);
-        return refused.code;
-    };
     if (const auto refused = check_source(options.source))
         return refuse(*refused);
     const chosen_volume place = choose_volume(options.source, options.volume);

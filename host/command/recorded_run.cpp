@@ -204,7 +204,7 @@ run_outcome recorded_run::extract(row_counts &before, output_watch &results)
 }
 
 /// Looks for what was not read, and whether the files are still the same. What is not hashed yet
-/// stays so when the run was cancelled; Ctrl-C cancels it while it waits for hashes, too.
+/// stays so when the run was cancelled, and when Ctrl-C comes during the wait for hashes.
 void recorded_run::check_evidence(run_outcome &outcome)
 {
     QStringList unread = unread_warnings(m_volume, outcome.unread);
@@ -216,10 +216,11 @@ void recorded_run::check_evidence(run_outcome &outcome)
     };
     m_hashes.finish(m_facts.files, is_cancelled, tell_wait);
     look_again(m_volume, m_facts.files);
-    if (m_options.hashes && !is_cancelled()) {
+    if (m_options.hashes) {
         m_hashes.begin(m_volume, m_facts.files, &read_file::after, QThread::idealThreadCount());
         m_hashes.finish(m_facts.files, is_cancelled, tell_wait);
-        unread += changed_copies(m_facts.replayed);
+        if (!is_cancelled())
+            unread += changed_copies(m_facts.replayed);
     }
     outcome.cancelled = outcome.cancelled || m_hashes.is_given_up();
     unread += changed_files(m_facts.files);
@@ -281,9 +282,7 @@ exit_code make_recorded_run(const loaded_plugin &plugin, const prepared_run &run
                             const source_volume &volume, const extract_options &options)
 {
     recorded_run recorded(plugin, run, volume, options);
-    if (const auto refused = recorded.begin()) {
-        print_notice(refused->reason);
-        return refused->code;
-    }
+    if (const auto refused = recorded.begin())
+        return refuse(*refused);
     return recorded.make();
 }

@@ -18,12 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-exit_code refuse(const refusal &refused)
-{
-    print_notice(refused.reason);
-    return refused.code;
-}
-
 void print(const QString &line)
 {
     write_line(stdout, printable(line));

@@ -115,12 +115,6 @@ void list_volume(const found_volume &found, const volumes_options &options)
                    texts_of(passed_over_warnings(volume, selection, every_input())));
 }
 
-exit_code refuse(const refusal &refused)
-{
-    print_notice(refused.reason);
-    return refused.code;
-}
-
 } // namespace
 
 exit_code list_volumes(const volumes_options &options)

@@ -65,6 +65,12 @@ void print_notice(const QString &text)
     write_line(stderr, "artifact_host: "_L1 + printable(text));
 }
 
+exit_code refuse(const refusal &refused)
+{
+    print_notice(refused.reason);
+    return refused.code;
+}
+
 void print_warnings(const QStringList &warnings)
 {
     for (const QString &warning : summed_up(warnings))

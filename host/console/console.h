@@ -1,6 +1,8 @@
 #ifndef CONSOLE_H
 #define CONSOLE_H
 
+#include "exit_code.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -20,7 +22,11 @@ void redraw_line(std::FILE *terminal, const QString &text);
 /// Writes "artifact_host: " and the printable form of `text` as one line to standard error.
 void print_notice(const QString &text);
 
-/// The same for each warning, with "artifact_host: warning: " in front. Many are summed up.
+/// Prints the reason of a refusal as a notice. Returns its code.
+exit_code refuse(const refusal &refused);
+
+/// The same as print_notice() for each warning, with "artifact_host: warning: " in front. Many are
+/// summed up.
 void print_warnings(const QStringList &warnings);
 
 #endif

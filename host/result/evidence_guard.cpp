@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using kind = evidence_relation::kind;
+using relation_kind = evidence_relation::kind;
 
 #ifdef Q_OS_LINUX
 constexpr bool are_there_bind_mounts = true;
@@ -63,7 +63,7 @@ std::set<file_identity> identities_of(const QStringList &paths)
 }
 
 /// Whether a place is part of the source, as far as the table of mounts tells.
-kind compare(const device_place &place, const QList<device_place> &source_places)
+relation_kind compare(const device_place &place, const QList<device_place> &source_places)
 {
     bool is_certain = true;
     for (const device_place &source : source_places) {
@@ -72,10 +72,10 @@ kind compare(const device_place &place, const QList<device_place> &source_places
         const bool are_comparable =
             source.mount == place.mount || (source.is_certain && place.is_certain);
         if (are_comparable && is_at_or_below(place.path, source.path))
-            return kind::within;
+            return relation_kind::within;
         is_certain = is_certain && are_comparable;
     }
-    return is_certain ? kind::apart : kind::unknown;
+    return is_certain ? relation_kind::apart : relation_kind::unknown;
 }
 
 /// Where the source's root lies, and everything that is mounted below it.
@@ -87,16 +87,17 @@ QList<device_place> places_of_source(const QString &root, const mount_table &mou
 }
 
 /// What the table of mounts tells of a place and the folders above it.
-kind compare_mounts(const QStringList &places, const QString &root, const mount_table &mounts)
+relation_kind compare_mounts(const QStringList &places, const QString &root,
+                             const mount_table &mounts)
 {
     const QList<device_place> source_places = places_of_source(root, mounts);
-    kind result = source_places.isEmpty() ? kind::unknown : kind::apart;
+    relation_kind result = source_places.isEmpty() ? relation_kind::unknown : relation_kind::apart;
     for (const QString &path : places) {
         const auto place = mounts.place_of(QFile::encodeName(path));
-        const kind found = place ? compare(*place, source_places) : kind::unknown;
-        if (found == kind::within)
+        const relation_kind found = place ? compare(*place, source_places) : relation_kind::unknown;
+        if (found == relation_kind::within)
             return found;
-        if (found == kind::unknown)
+        if (found == relation_kind::unknown)
             result = found;
     }
     return result;
@@ -173,13 +174,13 @@ evidence_relation look_through(const QString &root, const std::set<file_identity
         for (const fs::path &path : listing.paths()) {
             const auto facts = facts_of_entry(path.c_str());
             if (facts && wanted.count(facts->identity) != 0)
-                return {kind::within, {}};
+                return {relation_kind::within, {}};
             if (facts && facts->is_folder && seen.insert(facts->identity).second)
                 folders.push_back(path);
             is_complete = is_complete && facts;
         }
         if (!is_complete)
-            relation = {kind::unknown, folder};
+            relation = {relation_kind::unknown, folder};
     }
     return relation;
 }
@@ -201,9 +202,9 @@ evidence_relation evidence_guard::relation_of(const QStringList &paths) const
     const std::set<file_identity> identities = identities_of(places);
     const auto root = facts_of(m_source_root);
     if (root && identities.count(root->identity) != 0)
-        return {kind::within, {}};
-    const kind mounted = compare_mounts(places, m_source_root, m_mounts);
-    if (mounted != kind::unknown)
+        return {relation_kind::within, {}};
+    const relation_kind mounted = compare_mounts(places, m_source_root, m_mounts);
+    if (mounted != relation_kind::unknown)
         return {mounted, {}};
     if (!are_there_bind_mounts && root && !is_on_device(identities, root->identity.device))
         return {};

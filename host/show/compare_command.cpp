@@ -23,12 +23,6 @@ std::optional<refusal> check_sources(const opened_result &result, const QStringL
     return std::nullopt;
 }
 
-exit_code refuse(const refusal &refused)
-{
-    print_notice(refused.reason);
-    return refused.code;
-}
-
 QList<int> places_in(const QList<column> &columns, show_options::form format)
 {
     QList<int> places;

@@ -169,10 +169,8 @@ void shown_result::write_all(row_writer &writer)
 exit_code shown_result::show()
 {
     prepare_views();
-    if (const auto refused = check_columns()) {
-        print_notice(refused->reason);
-        return refused->code;
-    }
+    if (const auto refused = check_columns())
+        return refuse(*refused);
     result_output output(m_options.format, m_options.width, m_options.may_page);
     write_all(output.begin(csv_columns()));
     return output.finish(m_code);

@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <memory>
-#include <utility>
 
 #include "sha256.h"
 
@@ -37,14 +36,17 @@ void file_hashes::finish(QList<read_file> &files, const std::function<bool()> &i
 {
     constexpr auto between_questions = std::chrono::milliseconds(20);
     constexpr qint64 long_wait_ms = 2000;
-    bool is_told = false;
+    bool is_wait_told = false;
     QElapsedTimer waited;
     waited.start();
+    m_is_cancelled = m_is_cancelled || is_cancelled();
     for (begun_hash &begun : m_begun) {
         while (begun.sha256.wait_for(between_questions) == std::future_status::timeout) {
             m_is_cancelled = m_is_cancelled || is_cancelled();
-            if (!std::exchange(is_told, is_told || waited.elapsed() > long_wait_ms) && is_told)
+            if (!is_wait_told && waited.elapsed() > long_wait_ms) {
+                is_wait_told = true;
                 on_long_wait();
+            }
         }
         const QString sha256 = begun.sha256.get();
         m_count += sha256.isEmpty() ? 0 : 1;

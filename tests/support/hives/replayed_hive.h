@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QTest>
 
 namespace test_support {
 
@@ -37,6 +38,22 @@ inline replayed_hive replayed(const QByteArray &hive, const QList<QByteArray> &l
     replayed_hive result{hive, {}};
     result.report = replay_logs(result.bytes, inputs);
     return result;
+}
+
+/// The columns of a test of which logs apply; replay_row() adds a row.
+inline void add_replay_columns()
+{
+    QTest::addColumn<QByteArray>("hive");
+    QTest::addColumn<QList<QByteArray>>("logs");
+    QTest::addColumn<int>("state"); // of which the bins are afterwards
+    QTest::addColumn<quint32>("sequence");
+    QTest::addColumn<QList<log_state>>("states");
+}
+
+inline void replay_row(const char *name, const QByteArray &hive, const QList<QByteArray> &logs,
+                       int state, quint32 sequence, const QList<log_state> &states)
+{
+    QTest::newRow(name) << hive << logs << state << sequence << states;
 }
 
 /// A hive of `states` changes: each adds a key with some values, and pages to the file.
