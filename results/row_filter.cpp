@@ -3,28 +3,16 @@
 #include <algorithm>
 
 #include "plain_text.h"
-#include "time_texts.h"
+#include "told_time.h"
 
 namespace results {
 
 namespace {
 
-/// The time that a cell tells; nothing where it tells none.
-std::optional<qint64> time_in(const cell &value, column_kind kind)
-{
-    if (kind == column_kind::unix_time && value.integer() != 0)
-        return value.number;
-    if (kind == column_kind::install_date) {
-        if (const auto day = iso_day(value.text()))
-            return first_second_of(*day);
-    }
-    return std::nullopt;
-}
-
 bool holds_time(const row_filter &filter, const row &of, const QList<column> &columns)
 {
     for (int place = 0; place < int(columns.size()); ++place) {
-        const auto time = time_in(cell_at(of, place), columns[place].kind);
+        const auto time = told_time(cell_at(of, place), columns[place].kind);
         if (time && *time >= filter.since.value_or(*time) && *time <= filter.until.value_or(*time))
             return true;
     }

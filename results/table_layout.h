@@ -24,6 +24,8 @@ public:
     const QList<column> &columns() const { return m_columns; }
     /// The places of the columns of the database, in the database's order.
     const QList<int> &stored() const { return m_stored; }
+    /// The places of the columns that name what a row is about, the best first.
+    const QList<int> &subjects() const { return m_subjects; }
     /// Fills the derived cells of a row whose stored cells are filled.
     void derive(row &of) const;
     /// What the row is about: the first of the columns that name it that is not empty, a derived

@@ -32,6 +32,8 @@ private slots:
     void export_writes_files();
     void export_overwrites_nothing_unasked();
     void export_writes_nothing_to_the_evidence();
+    void report_writes_one_file();
+    void report_overwrites_nothing_unasked();
     void compare_tells_what_differs();
     void notices_tell_of_the_run();
     void wrong_use_is_refused_data();
@@ -284,6 +286,44 @@ void tst_result_commands::export_writes_nothing_to_the_evidence()
     QCOMPARE(volume_snapshot(volume->root()), before);
 }
 
+void tst_result_commands::report_writes_one_file()
+{
+    const QString result = extracted();
+    const QString file = folder_path(u"new/report.html"_s);
+    const host_result told = run({u"report"_s, result, u"-o"_s, file});
+    QCOMPARE(told.errors, QStringList());
+    QCOMPARE(told.output, QStringList{file});
+    QCOMPARE(told.exit_code, 0);
+    QCOMPARE(QDir(folder_path(u"new"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{u"report.html"_s});
+    const QByteArray page = read_file(file);
+    QVERIFY(page.startsWith("<!DOCTYPE html>"));
+    QVERIFY(page.contains("uninstall.exe"));
+}
+
+void tst_result_commands::report_overwrites_nothing_unasked()
+{
+    const auto volume = small_volume();
+    extract(*volume, {u"--quiet"_s});
+    const QString file = folder_path(u"report.html"_s);
+    write_file(file, "mine");
+    const QStringList arguments{u"report"_s, result_path(), u"--output"_s, file};
+    const host_result refused = run(arguments);
+    QCOMPARE(refused.errors.last(),
+             u"artifact_host: %1 is there already; --replace writes over it"_s.arg(file));
+    QCOMPARE(refused.exit_code, 4);
+    QCOMPARE(read_file(file), QByteArray("mine"));
+    QCOMPARE(run(arguments + QStringList{u"--replace"_s}).exit_code, 0);
+    QVERIFY(read_file(file).startsWith("<!DOCTYPE html>"));
+    const QStringList before = volume_snapshot(volume->root());
+    QCOMPARE(
+        run({u"report"_s, result_path(), u"-o"_s, volume->root() + "/report.html"_L1}).exit_code,
+        4);
+    QCOMPARE(volume_snapshot(volume->root()), before);
+    if (QFile::exists(u"/dev/full"_s))
+        QCOMPARE(run({u"report"_s, result_path(), u"-o"_s, u"/dev/full"_s}).exit_code, 4);
+}
+
 void tst_result_commands::compare_tells_what_differs()
 {
     const QString before = made();
@@ -393,6 +433,12 @@ void tst_result_commands::wrong_use_is_refused_data()
         << QStringList{u"export"_s, u"RESULT"_s, u"--format"_s,          u"jsonl"_s,
                        u"--to"_s,   u"x"_s,      u"--spreadsheet-safe"_s}
         << u"--bom and --spreadsheet-safe are for --format csv alone"_s << 2;
+    QTest::newRow("report to nowhere")
+        << QStringList{u"report"_s, u"RESULT"_s} << u"report needs a file to write: -o FILE"_s << 2;
+    QTest::newRow("report of an unknown tab")
+        << QStringList{u"report"_s, u"RESULT"_s, u"-o"_s, u"/nowhere/x"_s, u"--tab"_s, u"frob"_s}
+        << u"unknown tab \"frob\"; there are %1"_s.arg(results::described_tables().join(", "_L1))
+        << 2;
     QTest::newRow("one result alone")
         << QStringList{u"compare"_s, u"RESULT"_s}
         << u"compare takes two results, or one and two of its sources: --source 1 --source 2"_s
@@ -443,6 +489,8 @@ void tst_result_commands::commands_explain_themselves_data()
         << u"Usage: artifact_host export RESULT --format FORMAT --to DIR [options]"_s;
     QTest::newRow("compare") << u"compare"_s
                              << u"Usage: artifact_host compare RESULT_A RESULT_B [options]"_s;
+    QTest::newRow("report") << u"report"_s
+                            << u"Usage: artifact_host report RESULT -o FILE [options]"_s;
 }
 
 void tst_result_commands::commands_explain_themselves()

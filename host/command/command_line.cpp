@@ -14,6 +14,7 @@ const auto general_help = uR"(Usage: artifact_host extract SOURCE --result DIR [
        artifact_host show RESULT [options]
        artifact_host export RESULT --format FORMAT --to DIR [options]
        artifact_host compare RESULT_A RESULT_B [options]
+       artifact_host report RESULT -o FILE [options]
 
 Lists the installed, registered, run, uninstalled and hidden applications of a
 Windows volume in a SQLite database.
@@ -25,6 +26,7 @@ Commands:
   show           Shows the rows of a result: tables, programs, a time line.
   export         Writes a result as CSV, JSON Lines, time line or workbook.
   compare        Tells what differs between two results.
+  report         Writes a result as one page for a browser.
 
 Options:
   -h, --help     Shows this text; "artifact_host COMMAND --help" tells more.
@@ -79,7 +81,7 @@ Options:
   --wait SECONDS    Wait so long for another run in the result folder, and for a
                     database that is locked. Without it, not at all.
   --no-hashes       Do not read the hives for their SHA-256.
-  --quiet           Show no progress.
+  --quiet           Show no progress, nor failures as they come.
   -h, --help        Shows this text.
 
 )"_s;

@@ -85,10 +85,19 @@ chosen_tabs choose_tabs(const artifact_plugin &plugin, const extract_options &op
     return {names.isEmpty() ? tabs : tabs_named(tabs, names), std::nullopt};
 }
 
+/// Says why nothing seems to happen: looking over 100,000 accounts takes half a minute.
+void tell_many_accounts(qsizetype accounts)
+{
+    constexpr qsizetype many = 10'000;
+    if (accounts > many)
+        print_notice(u"looks over the folders of %1 accounts"_s.arg(accounts));
+}
+
 /// Chooses what to read. Leaves out accounts and tabs whose files a link leads out of the volume.
 prepared_run choose_input(const source_volume &volume, const extract_options &options,
                           const account_selection &selection, const QList<host_tab> &tabs)
 {
+    tell_many_accounts(selection.accounts.size());
     prepared_run run;
     QStringList left_out = selection.warnings;
     run.tabs = tabs_within(volume, tabs, left_out);

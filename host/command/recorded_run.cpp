@@ -15,6 +15,7 @@
 #include "record_entry.h"
 #include "run_lock.h"
 #include "run_record.h"
+#include "shell_word.h"
 #include "unread_report.h"
 
 using namespace Qt::StringLiterals;
@@ -255,8 +256,8 @@ exit_code recorded_run::make()
         print_notice(line_about(m_hashes));
     const exit_code code = report_run(finished);
     if (finished.output_problems.isEmpty() && QFileInfo::exists(m_database))
-        print_notice(
-            u"look at what was found: %1"_s.arg(command_that_shows(m_options.result_directory)));
+        print_notice(u"look at what was found: artifact_host show %1"_s.arg(
+            results::shell_word(m_options.result_directory)));
     return finish_record(finished, code, folder) ? code : exit_run_failed;
 }
 

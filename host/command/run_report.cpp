@@ -1,7 +1,6 @@
 #include "run_report.h"
 
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include "console.h"
 #include "finding.h"
@@ -79,15 +78,6 @@ QStringList report_lines(const finished_run &run)
     lines.append(count_line(u"total"_s, run.counts.total()));
     lines.append(run.database_file);
     return lines;
-}
-
-QString command_that_shows(const QString &result_directory)
-{
-    static const QRegularExpression plain(u"^[\\w./+:@%,=-]+$"_s);
-    QString folder = result_directory;
-    if (!plain.match(folder).hasMatch())
-        folder = u'\'' + folder.replace(u"'"_s, u"'\\''"_s) + u'\'';
-    return "artifact_host show "_L1 + folder;
 }
 
 exit_code report_run(const finished_run &run)

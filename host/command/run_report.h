@@ -32,9 +32,6 @@ QStringList early_end_lines(const finished_run &run);
 /// The lines for standard output: rows of each tab, their total and, last, the database's path.
 QStringList report_lines(const finished_run &run);
 
-/// The command that shows the rows in the result folder, as a shell takes it.
-QString command_that_shows(const QString &result_directory);
-
 /// Prints the report and the problems. Returns the exit code of the program.
 exit_code report_run(const finished_run &run);
 

@@ -77,12 +77,3 @@ exit_code compare_results(const compare_options &options)
         tell_of_changes(after);
     return code;
 }
-
-exit_code look_at_results(const result_options &options)
-{
-    if (const auto *shown = std::get_if<show_options>(&options))
-        return show_result(*shown);
-    if (const auto *exported = std::get_if<export_options>(&options))
-        return export_result(*exported);
-    return compare_results(std::get<compare_options>(options));
-}

@@ -10,7 +10,7 @@
 #include "json_writer.h"
 #include "looked_at_result.h"
 #include "result_commands.h"
-#include "row_cursor.h"
+#include "selected_rows.h"
 #include "time_line.h"
 #include "timesketch_writer.h"
 #include "xlsx_writer.h"
@@ -109,11 +109,8 @@ QStringList exported_result::files() const
 
 std::unique_ptr<row_source> exported_result::rows_of(const QString &table) const
 {
-    auto rows =
-        std::make_unique<row_cursor>(m_result, m_result.layout_of(table, !m_options.rows.is_raw));
-    if (!m_options.rows.filter.is_set())
-        return rows;
-    return std::make_unique<filtered_rows>(std::move(rows), m_options.rows.filter);
+    const table_layout layout = m_result.layout_of(table, !m_options.rows.is_raw);
+    return selected_rows(m_result, layout, m_options.rows.filter);
 }
 
 std::unique_ptr<row_writer> exported_result::writer_for(const row_source &source,

@@ -45,10 +45,11 @@ looked_at_result look_at(const QString &path)
         return looked;
     }
     looked.record = results::read_recorded_runs(looked.place.record_file);
-    for (const QString &remark : looked.result->remarks())
-        print_notice(remark);
+    looked.remarks = looked.result->remarks();
     if (const QString note = note_of_last_run(looked.record); !note.isEmpty())
-        print_notice(note);
+        looked.remarks.append(note);
+    for (const QString &remark : std::as_const(looked.remarks))
+        print_notice(remark);
     return looked;
 }
 

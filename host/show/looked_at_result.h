@@ -16,6 +16,7 @@ struct looked_at_result
     results::result_place place;
     results::recorded_runs record;
     std::unique_ptr<results::opened_result> result;
+    QStringList remarks; ///< what the examiner has to know of it
     std::optional<refusal> refused;
 };
 

@@ -1,5 +1,7 @@
 #include "result_command_line.h"
 
+#include <QHash>
+
 #include <algorithm>
 
 #include "result_help.h"
@@ -39,7 +41,6 @@ row_selection selection_of(result_parser &parser)
         selection.filter.since = since->first;
     if (const auto until = parser.span(u"until"_s))
         selection.filter.until = until->last;
-    selection.is_raw = parser.is_set(u"raw"_s);
     return selection;
 }
 
@@ -75,6 +76,7 @@ show_options show_options_of(result_parser &parser)
     show_options options;
     options.result = the_result(parser, u"show"_s);
     options.rows = selection_of(parser);
+    options.rows.is_raw = parser.is_set(u"raw"_s);
     options.shown = parser.word(u"view"_s, show_views);
     options.format = parser.word(u"format"_s, show_forms);
     options.columns = parser.names(u"columns"_s);
@@ -92,6 +94,7 @@ export_options export_options_of(result_parser &parser)
     export_options options;
     options.result = the_result(parser, u"export"_s);
     options.rows = selection_of(parser);
+    options.rows.is_raw = parser.is_set(u"raw"_s);
     options.format = parser.word(u"format"_s, export_forms);
     options.directory = parser.value(u"to"_s);
     options.replaces = parser.is_set(u"replace"_s);
@@ -131,6 +134,18 @@ compare_options compare_options_of(result_parser &parser)
                       "--source 2"_s);
     else if (given.size() == 2 && !sources.isEmpty())
         parser.refuse(u"--source is for the sources of one result"_s);
+    return options;
+}
+
+report_options report_options_of(result_parser &parser)
+{
+    report_options options;
+    options.result = the_result(parser, u"report"_s);
+    options.rows = selection_of(parser);
+    options.file = parser.value(u"output"_s);
+    options.replaces = parser.is_set(u"replace"_s);
+    if (options.file.isEmpty())
+        parser.refuse(u"report needs a file to write: -o FILE"_s);
     return options;
 }
 
@@ -176,16 +191,33 @@ command_line parse_compare(const QStringList &arguments)
                   [](result_parser &read) { return result_options(compare_options_of(read)); });
 }
 
+command_line parse_report(const QStringList &arguments)
+{
+    result_parser parser(selecting_options + QStringList{u"output"_s}, {u"replace"_s});
+    return parsed(parser, arguments, report_help_text(),
+                  [](result_parser &read) { return result_options(report_options_of(read)); });
+}
+
+using parse_function = command_line (*)(const QStringList &);
+
+/// How the arguments of the command are read; null for other words.
+parse_function parser_of(const QString &command)
+{
+    const QHash<QString, parse_function> parsers{{u"show"_s, parse_show},
+                                                 {u"export"_s, parse_export},
+                                                 {u"compare"_s, parse_compare},
+                                                 {u"report"_s, parse_report}};
+    return parsers.value(command);
+}
+
 } // namespace
 
 bool is_result_command(const QString &word)
 {
-    return word == "show"_L1 || word == "export"_L1 || word == "compare"_L1;
+    return parser_of(word) != nullptr;
 }
 
 command_line parse_result_command(const QString &command, const QStringList &arguments)
 {
-    if (command == "show"_L1)
-        return parse_show(arguments);
-    return command == "export"_L1 ? parse_export(arguments) : parse_compare(arguments);
+    return parser_of(command)(arguments);
 }

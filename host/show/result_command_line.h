@@ -3,7 +3,7 @@
 
 #include "command_line.h"
 
-/// Whether the word is a command that looks at results: show, export or compare.
+/// Whether the word is a command that looks at results: show, export, compare or report.
 bool is_result_command(const QString &word);
 
 /// Reads the arguments of such a command, without its own name. Touches no file.

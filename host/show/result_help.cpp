@@ -13,7 +13,10 @@ const auto selection_help =
   --until TIME      ... and at TIME or earlier. A TIME is 2023-12-28,
                     2023-12-28T08:30 or 2023-12-28T08:30:44, in UTC unless a
                     zone follows (Z, +01:00). A day or a minute is all of it.
-  --raw             Only the columns that the database has, no derived ones.
+)"_s;
+
+const auto raw_help =
+    uR"(  --raw             Only the columns that the database has, no derived ones.
 )"_s;
 
 const auto result_help =
@@ -44,7 +47,7 @@ longer than the screen goes through $PAGER.
            uR"(
 Options:
 )"_s + selection_help +
-           uR"(  --columns NAMES   The columns to show, with commas between.
+           raw_help + uR"(  --columns NAMES   The columns to show, with commas between.
   --sort COLUMN     Sort each table by this column.
   --descending      With --sort: the largest first.
   --limit N         No more than N rows of each table.
@@ -77,7 +80,7 @@ Options:
   --format FORMAT   One of these.
   --to DIR          Where to write.
 )"_s + selection_help +
-           uR"(  --replace         Write over files that are there. Without it, none is.
+           raw_help + uR"(  --replace         Write over files that are there. Without it, none is.
   --bom             csv: begin with the mark by which spreadsheets know UTF-8.
   --spreadsheet-safe
                     csv: put a ' before texts that a spreadsheet would take
@@ -102,6 +105,24 @@ Options:
   --format FORMAT   text, which is the default; csv or jsonl.
   --width N         Lines of at most N columns; 0: as long as they are.
   --no-pager        Write to the terminal itself.
+  -h, --help        Shows this text.
+)"_s + exit_code_help;
+}
+
+QString report_help_text()
+{
+    return uR"(Usage: artifact_host report RESULT -o FILE [options]
+
+Writes a report to FILE, for a browser: the facts of the run, what each table
+proves and does not, pictures, programs and all tables with search, sorting,
+accounts and a time line. It is one file that loads nothing and sends nothing.
+
+)"_s + result_help +
+           uR"(
+Options:
+  -o, --output FILE The file to write.
+)"_s + selection_help +
+           uR"(  --replace         Write over FILE if it is there. Without it, nothing is.
   -h, --help        Shows this text.
 )"_s + exit_code_help;
 }

@@ -7,5 +7,6 @@
 QString show_help_text();
 QString export_help_text();
 QString compare_help_text();
+QString report_help_text();
 
 #endif

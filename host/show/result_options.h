@@ -77,7 +77,16 @@ struct compare_options
     bool may_page = true;
 };
 
+/// What the examiner asked the `report` command for.
+struct report_options
+{
+    QString result;
+    QString file; ///< to be written
+    row_selection rows;
+    bool replaces = false;
+};
+
 /// One of the commands that look at results.
-using result_options = std::variant<show_options, export_options, compare_options>;
+using result_options = std::variant<show_options, export_options, compare_options, report_options>;
 
 #endif

@@ -4,8 +4,11 @@ using namespace Qt::StringLiterals;
 
 result_parser::result_parser(const QStringList &options_with_value, const QStringList &switches)
 {
-    for (const QString &name : options_with_value)
-        m_parser.addOption(QCommandLineOption(name, {}, u"VALUE"_s));
+    for (const QString &name : options_with_value) {
+        const QStringList names =
+            name == "output"_L1 ? QStringList{u"o"_s, name} : QStringList{name};
+        m_parser.addOption(QCommandLineOption(names, {}, u"VALUE"_s));
+    }
     for (const QString &name : switches)
         m_parser.addOption(QCommandLineOption(name));
     m_parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));

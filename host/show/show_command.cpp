@@ -4,6 +4,7 @@
 #include "result_commands.h"
 #include "result_output.h"
 #include "row_cursor.h"
+#include "selected_rows.h"
 #include "time_line.h"
 
 using namespace Qt::StringLiterals;
@@ -31,7 +32,6 @@ private:
     QList<int> places_in(const QList<column> &columns) const;
     QStringList csv_columns() const;
     std::unique_ptr<row_source> source_of(const QString &table) const;
-    std::unique_ptr<row_source> filtered(std::unique_ptr<row_source> rows) const;
     bool write_source(row_source &source, row_writer &writer);
     void write_all(row_writer &writer);
 
@@ -56,7 +56,8 @@ void shown_result::prepare_views()
             sort_rows(view.rows, view.columns, *m_options.sort);
         m_view = filtered(std::make_unique<memory_rows>(u"programs"_s,
                                                         u"one row for each program and account"_s,
-                                                        view.columns, std::move(view.rows)));
+                                                        view.columns, std::move(view.rows)),
+                          m_options.rows.filter);
     }
 }
 
@@ -119,17 +120,10 @@ QStringList shown_result::csv_columns() const
     return names;
 }
 
-std::unique_ptr<row_source> shown_result::filtered(std::unique_ptr<row_source> rows) const
-{
-    if (!m_options.rows.filter.is_set())
-        return rows;
-    return std::make_unique<filtered_rows>(std::move(rows), m_options.rows.filter);
-}
-
 std::unique_ptr<row_source> shown_result::source_of(const QString &table) const
 {
     const table_layout layout = m_result.layout_of(table, !m_options.rows.is_raw);
-    auto rows = filtered(std::make_unique<row_cursor>(m_result, layout));
+    auto rows = selected_rows(m_result, layout, m_options.rows.filter);
     if (!m_options.sort || place_of(layout.columns(), m_options.sort->column) < 0)
         return rows;
     return std::make_unique<row_cursor>(m_result, layout, sorted_ids(*rows, *m_options.sort));

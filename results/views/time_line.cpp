@@ -6,6 +6,7 @@
 
 #include "made_columns.h"
 #include "time_texts.h"
+#include "told_time.h"
 
 using namespace Qt::StringLiterals;
 
@@ -43,16 +44,6 @@ std::string_view letter_of(file_time time)
     default:
         return "m";
     }
-}
-
-/// The time that the cell tells.
-std::optional<qint64> time_in(const cell &value, column_kind kind)
-{
-    if (kind == column_kind::unix_time && value.integer() != 0)
-        return value.number;
-    const auto day =
-        kind == column_kind::install_date ? iso_day(value.text()) : std::optional<std::string>();
-    return day ? first_second_of(*day) : std::nullopt;
 }
 
 void set_copy(cell &into, const cell *from)
@@ -131,7 +122,7 @@ void time_line::collect(int table, const row_filter &filter)
         if (filter.is_set() && !filter.matches(*read, columns))
             continue;
         for (int place = 0; place < int(columns.size()); ++place) {
-            const auto time = time_in(cell_at(*read, place), columns[place].kind);
+            const auto time = told_time(cell_at(*read, place), columns[place].kind);
             if (time && *time >= filter.since.value_or(*time) &&
                 *time <= filter.until.value_or(*time))
                 m_times.push_back({*time, read->id, table, place});

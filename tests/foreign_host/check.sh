@@ -31,7 +31,7 @@ mkdir -p "$scratch/built" "$scratch/installed" "$scratch/foreign"
 # As Debian configures a package: with this prefix libraries lie in a folder of the architecture's name,
 # and the build type brings no flags of its own.
 build "$source_dir" "$scratch/package" -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_BUILD_TYPE=None \
-    -DBUILD_TESTING=OFF -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "$@"
+    -DBUILD_TESTING=OFF -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_UNITY_BUILD=ON "$@"
 if grep -e -Werror "$scratch/package/compile_commands.json"; then
     fail "a packager's build treats warnings as errors"
 fi
