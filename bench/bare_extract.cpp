@@ -50,14 +50,16 @@ int main(int argc, char *argv[])
             std::printf("%s\n", tab.name.c_str());
         return 0;
     }
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: bare_extract SOURCE/ DATABASE ACCOUNT | --tabs\n");
+    const bool opens_for_each_icon = argc == 5 && std::string(argv[4]) == "--open-for-each-icon";
+    if (argc != 4 && !opens_for_each_icon) {
+        std::fprintf(stderr, "usage: bare_extract SOURCE/ DATABASE ACCOUNT [--open-for-each-icon] | "
+                             "--tabs\n");
         return 2;
     }
     try {
         warm_up();
         run_meter meter;
-        measured_run({argv[1], argv[3], argv[2]}, meter);
+        measured_run({argv[1], argv[3], argv[2], opens_for_each_icon}, meter);
         meter.print();
     } catch (const std::exception &error) {
         std::fprintf(stderr, "bare_extract: %s\n", error.what());

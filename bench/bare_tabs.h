@@ -9,6 +9,7 @@ struct bare_run
     std::string root;     ///< of the volume; ends in "/"
     std::string account;  ///< the one user whose files are read
     std::string database; ///< with its tables, which are empty
+    bool opens_for_each_icon = false; ///< as hosts of old did, whose walk looks up one class id
 };
 
 // One function for each table, in the order in which they are filled.

@@ -148,8 +148,10 @@ void extract_hidden_desktop_icons_app(const bare_run &run)
     const std::string path = run.root + hive_place(run);
     const std::string source_file = '/' + hive_place(run);
     const std::vector<hidden_icon> icons = read_hidden_icons(path);
-    const unique_hive hive = open_hive(path);
+    unique_hive hive = open_hive(path);
     for (const hidden_icon &icon : icons) {
+        if (run.opens_for_each_icon)
+            hive = open_hive(path);
         const hive_node_h node = find_key(hive.get(), name_space_key + icon.class_id);
         for_each_value(hive.get(), node, [&](const char *, hive_value_h value) {
             const value_data name = read_text(hive.get(), value);
