@@ -56,6 +56,30 @@ subkey_list_head head_of(QByteArrayView bytes)
             qFromLittleEndian<quint16>(bytes.data() + list::count)};
 }
 
+/// The name in a value's record if it is ASCII, of which libhivex would make the same text; null
+/// for all other names. libhivex opens a converter for each, which takes a tenth of a run's
+/// instructions.
+hivex_text plain_name(QByteArrayView record)
+{
+    if (record.size() <= vk::name ||
+        record.sliced(cell_head::signature, cell_head::signature_length) != "vk")
+        return nullptr;
+    const auto number_16 = [record](qint64 offset) {
+        return qFromLittleEndian<quint16>(record.data() + offset);
+    };
+    const qint64 cell_size = std::abs(qint64(qFromLittleEndian<qint32>(record.data())));
+    const QByteArrayView name = record.sliced(vk::name);
+    const bool is_whole = name.size() == number_16(vk::name_size) && record.size() <= cell_size;
+    const bool is_plain =
+        std::all_of(name.begin(), name.end(), [](char c) { return c != 0 && (c & 0x80) == 0; });
+    if (!is_whole || !is_plain || (number_16(vk::flags) & vk::flag_compressed_name) == 0)
+        return nullptr;
+    hivex_text text(static_cast<char *>(std::malloc(size_t(name.size()) + 1)));
+    if (text)
+        *std::copy(name.begin(), name.end(), text.get()) = '\0';
+    return text;
+}
+
 /// A list of subkeys that is still to be read, and how many indexes stand above it.
 struct pending_list
 {
@@ -179,8 +203,10 @@ hivex_text guarded_hive::value_name(unsigned long value)
         return nullptr;
     const auto cell = static_cast<qint64>(value);
     const qint64 length = vk::name + m_file.number_16(cell + vk::name_size);
-    const bool may_read = may_go_on(m_budget.read(cell, length), m_key_of_values);
-    return may_read ? unguarded_hive::value_name(value) : nullptr;
+    if (!may_go_on(m_budget.read(cell, length), m_key_of_values))
+        return nullptr;
+    hivex_text name = plain_name(m_file.bytes_at(cell, length));
+    return name ? std::move(name) : unguarded_hive::value_name(value);
 }
 
 qint64 guarded_hive::last_write_time(unsigned long node) const

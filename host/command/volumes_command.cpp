@@ -89,7 +89,7 @@ QStringList account_lines(const source_volume &volume, const QString &account)
     const QString folder = volume.package_folder(account);
     qsizetype count = 0;
     const std::error_code error =
-        for_each_raw_name(volume.root() + folder, [&](const QByteArray &raw_name) {
+        for_each_raw_name(volume.root() + folder, [&](QByteArrayView raw_name) {
             if (is_utf_8(raw_name))
                 ++count;
         });

@@ -103,7 +103,7 @@ bool account_folders::is_same_folder(const QString &folder, const QString &other
 qsizetype account_folders::accounts_in(const QString &folder) const
 {
     qsizetype count = 0;
-    for_each_raw_name(m_volume.root() + folder, [&](const QByteArray &raw_name) {
+    for_each_raw_name(m_volume.root() + folder, [&](QByteArrayView raw_name) {
         const QString account = folder + u'/' + QString::fromUtf8(raw_name);
         if (!m_volume.namesakes_of(account + "/NTUSER.DAT"_L1).isEmpty() ||
             !m_volume.namesakes_of(account + "/AppData/Local/Packages"_L1).isEmpty())

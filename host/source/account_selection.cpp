@@ -53,7 +53,7 @@ void list_names(const source_volume &volume, const QString &folder, folder_names
                 QStringList &warnings)
 {
     const std::error_code error =
-        for_each_raw_name(volume.root() + folder, [&](const QByteArray &raw_name) {
+        for_each_raw_name(volume.root() + folder, [&](QByteArrayView raw_name) {
             const QString name = QString::fromUtf8(raw_name);
             const QString path = folder + u'/' + name;
             if (is_utf_8(raw_name))
@@ -122,7 +122,7 @@ std::error_code failure_of_listing(const source_volume &volume)
 {
     for (const QString &folder : folders_of_accounts(volume)) {
         const std::error_code error =
-            for_each_raw_name(volume.root() + folder, [](const QByteArray &) {});
+            for_each_raw_name(volume.root() + folder, [](QByteArrayView) {});
         if (error && error != std::errc::no_such_file_or_directory)
             return error;
     }

@@ -151,7 +151,7 @@ void survey::look_at_package_names(const QString &account)
     const QString folder = m_volume.package_folder(account);
     qsizetype unreadable = 0;
     QString first;
-    for_each_raw_name(m_volume.root() + folder, [&](const QByteArray &raw_name) {
+    for_each_raw_name(m_volume.root() + folder, [&](QByteArrayView raw_name) {
         if (!is_utf_8(raw_name) && unreadable++ == 0)
             first = QString::fromUtf8(raw_name);
     });

@@ -1,30 +1,42 @@
 #ifndef RAW_NAMES_H
 #define RAW_NAMES_H
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QFile>
 #include <QString>
 
-#include <filesystem>
+#include <cerrno>
+#include <dirent.h>
+#include <memory>
 #include <system_error>
 
 /// Calls `take` with the name of each entry of the folder as the file system has it, in no order.
-/// Returns why some may be missing; no error when all came.
+/// Returns why some may be missing; no error when all came. Keeps no names: there may be a million.
 template<typename function>
 std::error_code for_each_raw_name(const QString &folder, function take)
 {
-    std::error_code error;
-    const std::filesystem::path path = QFile::encodeName(folder).toStdString();
-    for (auto entry = std::filesystem::directory_iterator(path, error);
-         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
-        take(QByteArray::fromStdString(entry->path().filename().string()));
-    return error;
+    struct close
+    {
+        void operator()(DIR *listing) const { closedir(listing); }
+    };
+    const std::unique_ptr<DIR, close> listing(opendir(QFile::encodeName(folder).constData()));
+    if (!listing)
+        return {errno, std::generic_category()};
+    errno = 0;
+    while (const dirent *entry = readdir(listing.get())) {
+        const QByteArrayView name(entry->d_name);
+        if (name != QByteArrayView(".") && name != QByteArrayView(".."))
+            take(name);
+        errno = 0;
+    }
+    return {errno, std::generic_category()};
 }
 
 /// Whether Qt can open what has this name: of other names it makes texts that lead nowhere.
-inline bool is_utf_8(const QByteArray &raw_name)
+inline bool is_utf_8(QByteArrayView raw_name)
 {
-    return QString::fromUtf8(raw_name).toUtf8() == raw_name;
+    // Qt leaves a byte order mark out.
+    return raw_name.isValidUtf8() && !raw_name.startsWith("\xef\xbb\xbf");
 }
 
 #endif

@@ -4,9 +4,9 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "hive_precheck.h"
+#include "raw_names.h"
 
 using namespace Qt::StringLiterals;
 
@@ -71,10 +71,7 @@ bool is_same(const file_look &before, const file_look &after)
 qint64 entries_in(const QString &folder)
 {
     qint64 entries = 0;
-    std::error_code error;
-    std::filesystem::directory_iterator entry(QFile::encodeName(folder).toStdString(), error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
-        ++entries;
+    for_each_raw_name(folder, [&entries](QByteArrayView) { ++entries; });
     return entries;
 }
 

@@ -75,7 +75,7 @@ void search_below::look_below(const waiting_folder &folder)
     const QString prefix = folder.name.isEmpty() ? QString() : folder.name + u'/';
     QStringList names;
     const std::error_code error =
-        for_each_raw_name(path_of(folder.name), [&](const QByteArray &raw_name) {
+        for_each_raw_name(path_of(folder.name), [&](QByteArrayView raw_name) {
             const QString name = prefix + QString::fromUtf8(raw_name);
             const QFileInfo info(path_of(name));
             if (!is_utf_8(raw_name))
