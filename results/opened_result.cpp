@@ -21,6 +21,18 @@ bool has_columns_of_every_table(const QStringList &columns)
                        [&](const QString &name) { return columns.contains(name); });
 }
 
+/// Why SQLite should not open what lies beside the database: a FIFO would block it for ever.
+QString obstacle_beside(const QString &database_file)
+{
+    for (const auto suffix : {"-journal"_L1, "-wal"_L1, "-shm"_L1}) {
+        const QFileInfo info(database_file + suffix);
+        if (info.exists() && !info.isFile())
+            return u"the result database cannot be read: %1 is no plain file"_s.arg(
+                info.filePath());
+    }
+    return {};
+}
+
 } // namespace
 
 opened_result::opened_result(const QString &database_file) : m_file(database_file)
@@ -29,6 +41,9 @@ opened_result::opened_result(const QString &database_file) : m_file(database_fil
         m_failure = u"%1 is no file"_s.arg(m_file);
         return;
     }
+    m_failure = obstacle_beside(m_file);
+    if (!m_failure.isEmpty())
+        return;
     connect();
     if (m_connection->code() != SQLITE_OK) {
         m_failure =
@@ -146,6 +161,12 @@ std::optional<qint64> opened_result::row_count(const QString &table) const
 bool opened_result::has_changed() const
 {
     return m_connection->data_version() != m_data_version;
+}
+
+QString opened_result::text_of_change()
+{
+    return u"the database was written to while it was read: rows of before and after may stand side "
+           "by side"_s;
 }
 
 } // namespace results

@@ -37,6 +37,8 @@ public:
     std::optional<qint64> row_count(const QString &table) const;
     /// Whether somebody has written to the database since it was opened.
     bool has_changed() const;
+    /// What that means, as a sentence.
+    static QString text_of_change();
 
     const sqlite_connection &connection() const { return *m_connection; }
 

@@ -8,7 +8,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 using namespace evidence;
@@ -32,8 +35,8 @@ private slots:
     void export_writes_files();
     void export_overwrites_nothing_unasked();
     void export_writes_nothing_to_the_evidence();
-    void report_writes_one_file();
-    void report_overwrites_nothing_unasked();
+    void tables_of_alike_names_get_files_of_their_own();
+    void a_journal_that_is_no_file_is_refused();
     void compare_tells_what_differs();
     void notices_tell_of_the_run();
     void wrong_use_is_refused_data();
@@ -286,42 +289,33 @@ void tst_result_commands::export_writes_nothing_to_the_evidence()
     QCOMPARE(volume_snapshot(volume->root()), before);
 }
 
-void tst_result_commands::report_writes_one_file()
+void tst_result_commands::tables_of_alike_names_get_files_of_their_own()
 {
-    const QString result = extracted();
-    const QString file = folder_path(u"new/report.html"_s);
-    const host_result told = run({u"report"_s, result, u"-o"_s, file});
-    QCOMPARE(told.errors, QStringList());
-    QCOMPARE(told.output, QStringList{file});
-    QCOMPARE(told.exit_code, 0);
-    QCOMPARE(QDir(folder_path(u"new"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList{u"report.html"_s});
-    const QByteArray page = read_file(file);
-    QVERIFY(page.startsWith("<!DOCTYPE html>"));
-    QVERIFY(page.contains("uninstall.exe"));
+    const QString result = made();
+    for (const auto table : {"a/b"_L1, "a b"_L1, "A_B"_L1})
+        execute(
+            result,
+            u"CREATE TABLE \"%1\" (INT INTEGER PRIMARY KEY, source_file, source_count_name)"_s.arg(
+                table));
+    const QString target = folder_path(u"export"_s);
+    QCOMPARE(run({u"export"_s, result, u"--format"_s, u"csv"_s, u"--to"_s, target}).exit_code, 0);
+    QStringList files = QDir(target).entryList(QDir::Files);
+    files.sort();
+    QCOMPARE(files.filter(QRegularExpression(u"^a_b"_s, QRegularExpression::CaseInsensitiveOption)),
+             (QStringList{u"A_B-3.csv"_s, u"a_b-2.csv"_s, u"a_b.csv"_s}));
+    QCOMPARE(run({u"export"_s, result, u"--format"_s, u"xlsx"_s, u"--to"_s, target}).exit_code, 0);
 }
 
-void tst_result_commands::report_overwrites_nothing_unasked()
+void tst_result_commands::a_journal_that_is_no_file_is_refused()
 {
-    const auto volume = small_volume();
-    extract(*volume, {u"--quiet"_s});
-    const QString file = folder_path(u"report.html"_s);
-    write_file(file, "mine");
-    const QStringList arguments{u"report"_s, result_path(), u"--output"_s, file};
-    const host_result refused = run(arguments);
-    QCOMPARE(refused.errors.last(),
-             u"artifact_host: %1 is there already; --replace writes over it"_s.arg(file));
-    QCOMPARE(refused.exit_code, 4);
-    QCOMPARE(read_file(file), QByteArray("mine"));
-    QCOMPARE(run(arguments + QStringList{u"--replace"_s}).exit_code, 0);
-    QVERIFY(read_file(file).startsWith("<!DOCTYPE html>"));
-    const QStringList before = volume_snapshot(volume->root());
+    const QString result = made();
+    QCOMPARE(mkfifo(QFile::encodeName(result + "-journal"_L1).constData(), 0600), 0);
+    const host_result refused = run({u"show"_s, result});
     QCOMPARE(
-        run({u"report"_s, result_path(), u"-o"_s, volume->root() + "/report.html"_L1}).exit_code,
-        4);
-    QCOMPARE(volume_snapshot(volume->root()), before);
-    if (QFile::exists(u"/dev/full"_s))
-        QCOMPARE(run({u"report"_s, result_path(), u"-o"_s, u"/dev/full"_s}).exit_code, 4);
+        refused.errors.last(),
+        u"artifact_host: the result database cannot be read: %1-journal is no plain file"_s.arg(
+            result));
+    QCOMPARE(refused.exit_code, 3);
 }
 
 void tst_result_commands::compare_tells_what_differs()

@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QTemporaryFile>
 
@@ -52,6 +53,15 @@ QString file_name(QString table)
     return table.left(100);
 }
 
+/// The name with a number where another table has the same one, in any letter case.
+QString unused_name(const QString &name, const QStringList &used)
+{
+    QString unused = name;
+    for (int number = 2; used.contains(unused, Qt::CaseInsensitive); ++number)
+        unused = u"%1-%2"_s.arg(name).arg(number);
+    return unused;
+}
+
 class exported_result
 {
 public:
@@ -101,10 +111,12 @@ QStringList exported_result::files() const
     default:
         break;
     }
-    QStringList files;
+    QStringList names;
     for (const QString &table : m_tables)
-        files.append(file_name(table) + (m_options.format == form::csv ? ".csv"_L1 : ".jsonl"_L1));
-    return files;
+        names.append(unused_name(file_name(table), names));
+    names.replaceInStrings(QRegularExpression(u"$"_s),
+                           m_options.format == form::csv ? u".csv"_s : u".jsonl"_s);
+    return names;
 }
 
 std::unique_ptr<row_source> exported_result::rows_of(const QString &table) const
@@ -218,8 +230,7 @@ void exported_result::put_workbook_in_place(QTemporaryFile &made)
 
 exit_code exported_result::write()
 {
-    const auto refused =
-        check_export(m_options.directory, files(), m_looked.record.runs, m_options.replaces);
+    const auto refused = check_export(m_options.directory, files(), m_looked, m_options.replaces);
     if (refused || !QDir().mkpath(m_options.directory)) {
         print_notice(refused ? refused->reason
                              : u"folder %1 cannot be made"_s.arg(m_options.directory));

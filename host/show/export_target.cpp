@@ -55,19 +55,42 @@ std::optional<refusal> check_file(const QString &path, bool replaces)
     return std::nullopt;
 }
 
+/// The database with the files that SQLite keeps beside it, the run record, and the copies of
+/// hives.
+std::optional<refusal> check_result_itself(const QString &path, const results::result_place &place)
+{
+    const QString database = resolved(place.database_file);
+    const QString target = resolved(path);
+    const QString copies = QFileInfo(database).path() + "/recovered_hives/"_L1;
+    const bool is_beside = target.startsWith(database + u'-');
+    const bool is_copy = target.startsWith(copies);
+    const auto facts = facts_of(target);
+    bool is_part = is_beside || is_copy;
+    for (const QString &part : {database, resolved(place.record_file)}) {
+        const auto facts_of_part = facts_of(part);
+        is_part = is_part || target == part ||
+                  (facts && facts_of_part && facts->identity == facts_of_part->identity);
+    }
+    return is_part ? std::optional(refused(u"%1 is part of the result itself"_s.arg(path)))
+                   : std::nullopt;
+}
+
 } // namespace
 
 std::optional<refusal> check_export(const QString &directory, const QStringList &files,
-                                    const QList<QJsonObject> &runs, bool replaces)
+                                    const looked_at_result &looked, bool replaces)
 {
     const QString place = resolved(directory);
     const QString nearest = place.isEmpty() ? QString() : nearest_existing(place);
     if (!QFileInfo(nearest).isDir())
         return refused(u"folder %1 cannot be made"_s.arg(directory));
-    if (auto within = check_evidence(place, runs))
+    if (auto within = check_evidence(place, looked.record.runs))
         return within;
     for (const QString &file : files) {
-        if (auto reason = check_file(QDir(directory).filePath(file), replaces))
+        const QString path = QDir(directory).filePath(file);
+        if (auto reason = check_result_itself(path, looked.place))
+            return reason;
+        if (auto reason = check_file(path, replaces))
             return reason;
     }
     return std::nullopt;

@@ -9,10 +9,12 @@
 #include <optional>
 
 #include "exit_code.h"
+#include "looked_at_result.h"
 
-/// Why `files` cannot be written to the folder: it would lie in the evidence that a run of `runs`
-/// has read, is no folder, or one of the files is there and `replaces` is false. Creates nothing.
+/// Why `files` cannot be written to the folder: it would lie in the evidence that a run of the
+/// result has read, is no folder, a file belongs to the result itself, or one is there and
+/// `replaces` is false. Creates nothing.
 std::optional<refusal> check_export(const QString &directory, const QStringList &files,
-                                    const QList<QJsonObject> &runs, bool replaces);
+                                    const looked_at_result &looked, bool replaces);
 
 #endif

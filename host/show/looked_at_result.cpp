@@ -83,6 +83,5 @@ std::optional<refusal> check_accounts(const results::opened_result &result,
 void tell_of_changes(const results::opened_result &result)
 {
     if (result.has_changed())
-        print_notice(u"the database was written to while it was read: rows of before and after "
-                     "may stand side by side"_s);
+        print_notice(results::opened_result::text_of_change());
 }

@@ -16,21 +16,23 @@ namespace {
 
 /// Browsers take seconds to open a report of more rows.
 constexpr qint64 many_rows = 300'000;
+constexpr qint64 many_bytes = qint64(200) << 20;
 
 exit_code not_written(const QString &file, const QString &reason)
 {
     return refuse({exit_result, u"%1 cannot be written: %2"_s.arg(file, reason)});
 }
 
-void tell_of_size(const written_report &written)
+void tell_of_size(const written_report &written, qint64 bytes)
 {
     if (written.cut_cells > 0)
         print_notice(u"%1 cells are cut in the report: show --format csv has them whole"_s.arg(
             written.cut_cells));
-    if (written.rows > many_rows)
+    if (written.rows > many_rows || bytes > many_bytes)
         print_notice(
-            u"the report has %1 rows, which a browser takes long to open: --tab, --user and "
-            "--since select some"_s.arg(written.rows));
+            u"the report has %1 rows and %2 MiB, which a browser may not open: --tab, --user "
+            "and --since select some"_s.arg(written.rows)
+                .arg(bytes >> 20));
 }
 
 exit_code write_file(const report_content &content, const QString &file)
@@ -44,10 +46,10 @@ exit_code write_file(const report_content &content, const QString &file)
     if (!written.is_taken || !out.commit())
         return not_written(file, out.errorString());
     write_line(stdout, printable(file));
-    tell_of_size(written);
-    if (written.failure.isEmpty())
-        return exit_complete;
-    return refuse({exit_run_failed, written.failure});
+    tell_of_size(written, QFileInfo(file).size());
+    for (const QString &failure : written.failures)
+        print_notice(failure);
+    return written.failures.isEmpty() ? exit_complete : exit_run_failed;
 }
 
 } // namespace
@@ -60,8 +62,7 @@ exit_code report_result(const report_options &options)
     if (selected.refused)
         return refuse(*selected.refused);
     const QFileInfo file(options.file);
-    if (const auto refused =
-            check_export(file.path(), {file.fileName()}, looked.record.runs, options.replaces))
+    if (const auto refused = check_export(file.path(), {file.fileName()}, looked, options.replaces))
         return refuse(*refused);
     if (!QDir().mkpath(file.path()))
         return not_written(options.file, u"its folder cannot be made"_s);

@@ -144,7 +144,7 @@ report_options report_options_of(result_parser &parser)
     options.rows = selection_of(parser);
     options.file = parser.value(u"output"_s);
     options.replaces = parser.is_set(u"replace"_s);
-    if (options.file.isEmpty())
+    if (options.file.isEmpty() || options.file.endsWith(u'/'))
         parser.refuse(u"report needs a file to write: -o FILE"_s);
     return options;
 }

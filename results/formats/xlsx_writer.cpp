@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QStringList>
 
+#include <utility>
+
 #include <xlsxwriter.h>
 
 #include "characters.h"
@@ -77,6 +79,7 @@ struct xlsx_writer::workbook
     QList<column> columns;
     QList<int> places;
     int part = 0;
+    QString name; ///< of the table's sheet that is being written
     lxw_row_t line = 0;
     qint64 cells_cut = 0;
     qint64 cells_replaced = 0;
@@ -117,13 +120,24 @@ bool xlsx_writer::begin(const row_source &source, const QList<int> &places)
     m_book->columns = source.columns();
     m_book->places = places;
     m_book->part = 0;
+    m_book->name.clear();
     return begin_sheet();
+}
+
+/// The name of the next sheet of the table that no other table has taken.
+QString xlsx_writer::next_sheet_name()
+{
+    QString name;
+    do {
+        name = sheet_name(m_book->table, ++m_book->part);
+    } while (workbook_get_worksheet_by_name(m_book->book, name.toUtf8().constData()) != nullptr);
+    return name;
 }
 
 bool xlsx_writer::begin_sheet()
 {
-    ++m_book->part;
-    const QString name = sheet_name(m_book->table, m_book->part);
+    const QString before = std::exchange(m_book->name, next_sheet_name());
+    const QString name = m_book->name;
     m_book->sheet = workbook_add_worksheet(m_book->book, name.toUtf8().constData());
     m_book->line = 0;
     if (m_book->sheet == nullptr) {
@@ -138,9 +152,9 @@ bool xlsx_writer::begin_sheet()
         worksheet_write_string(m_book->sheet, 0, lxw_col_t(i), of.name.toUtf8().constData(),
                                m_book->header);
     }
-    if (m_book->part > 1)
+    if (!before.isEmpty())
         m_book->remarks.append(u"sheet %1 goes on in %2: a sheet takes no more than %3 rows"_s.arg(
-            sheet_name(m_book->table, m_book->part - 1), name, QString::number(m_most_rows)));
+            before, name, QString::number(m_most_rows)));
     return true;
 }
 

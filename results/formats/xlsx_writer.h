@@ -34,6 +34,7 @@ public:
 private:
     struct workbook;
 
+    QString next_sheet_name();
     bool begin_sheet();
     void end_sheet();
     void write_cell(int column, const row &of, int place);

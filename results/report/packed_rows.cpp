@@ -110,7 +110,9 @@ void packed_rows::append_json(std::string &out, const packed_column &packed)
     out += "{\"name\":" + shown_script_json(packed.of.name);
     out += ",\"meaning\":" + shown_script_json(packed.of.meaning);
     out += std::string(",\"kind\":\"") + name_of(packed.of.kind) + "\"";
-    out += std::string(",\"isShown\":") + (packed.of.is_shown ? "true" : "false");
+    // A column that nobody can explain is shown, so that nothing of a foreign table is hidden.
+    const bool is_shown = packed.of.is_shown || packed.of.meaning.isEmpty();
+    out += std::string(",\"isShown\":") + (is_shown ? "true" : "false");
     out += std::string(",\"isDerived\":") + (packed.of.is_derived ? "true" : "false");
     out += ",\"values\":[";
     for (size_t i = 0; i < packed.values.size(); ++i)

@@ -1,6 +1,10 @@
 #include "report_facts.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <iterator>
 
 #include "html_text.h"
 #include "shell_word.h"
@@ -11,21 +15,29 @@ namespace results {
 
 namespace {
 
+QString json_of(const QJsonValue &value)
+{
+    const QByteArray json = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(json.mid(1, json.size() - 2));
+}
+
 QString text_in(const QJsonObject &object, QLatin1StringView name)
 {
     const QJsonValue value = object.value(name);
-    if (value.isDouble())
-        return QString::number(value.toInteger());
     if (value.isBool())
         return value.toBool() ? u"yes"_s : u"no"_s;
-    return value.toString();
+    return value.isDouble() ? json_of(value) : value.toString();
 }
 
+/// The texts of a list. What is none, as no run writes it, stands as its JSON.
 QStringList texts_in(const QJsonObject &object, QLatin1StringView name)
 {
+    const QJsonValue list = object.value(name);
+    if (!list.isArray())
+        return list.isUndefined() ? QStringList() : QStringList{json_of(list)};
     QStringList texts;
-    for (const QJsonValue value : object.value(name).toArray())
-        texts.append(value.isDouble() ? QString::number(value.toInteger()) : value.toString());
+    for (const QJsonValue value : list.toArray())
+        texts.append(value.isString() ? value.toString() : json_of(value));
     return texts;
 }
 
@@ -173,7 +185,10 @@ std::string warnings_of(const QJsonObject &run)
             out += html_warning(u"%1 (%2)"_s.arg(each.title).arg(texts.size()), texts);
     }
     const QString outcome = text_in(run, "outcome"_L1);
-    if (out.empty() && outcome == "complete"_L1)
+    const bool has_lists =
+        std::all_of(std::begin(kinds), std::end(kinds),
+                    [&run](const kind &each) { return run.value(each.name).isArray(); });
+    if (out.empty() && has_lists && outcome == "complete"_L1)
         return "<p>Everything that was selected was read. The run noted no warnings.</p>\n";
     return out;
 }

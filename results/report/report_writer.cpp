@@ -60,6 +60,21 @@ QString text_of(const row_filter &filter)
     return conditions.join("; "_L1);
 }
 
+/// The place of the later run that replaced the rows of the one at `place`; -1 if none did.
+qsizetype replacing_run(const QList<QJsonObject> &runs, qsizetype place)
+{
+    const auto number = [&runs](qsizetype i) {
+        return runs.at(i).value("source"_L1).toObject().value("number"_L1);
+    };
+    for (qsizetype i = runs.size() - 1; i > place; --i) {
+        const QJsonObject options = runs.at(i).value("options"_L1).toObject();
+        const bool is_made = runs.at(i).contains("tabs"_L1);
+        if (is_made && number(i) == number(place) && !options.value("keeps_rows"_L1).toBool())
+            return i;
+    }
+    return -1;
+}
+
 class page_writer
 {
 public:
@@ -74,6 +89,8 @@ private:
     void put(std::string_view text) { m_written.is_taken = m_written.is_taken && m_sink(text); }
     void put_part(std::string_view name);
     void put_facts();
+    void put_runs();
+    void put_ending();
     void put_meaning();
     void put_data();
     void put_rows(row_source &rows, const QList<int> &subjects, const std::string &id);
@@ -92,15 +109,18 @@ private:
 
 void page_writer::note_failure(const QString &failure)
 {
-    if (m_written.failure.isEmpty())
-        m_written.failure = failure;
+    if (!failure.isEmpty() && !m_written.failures.contains(failure))
+        m_written.failures.append(failure);
 }
 
 QString page_writer::title() const
 {
     QStringList volumes;
-    for (const QJsonObject &run : m_content.record.runs)
-        volumes.append(run.value("source"_L1).toObject().value("volume"_L1).toString());
+    const QList<QJsonObject> &runs = m_content.record.runs;
+    for (qsizetype i = 0; i < runs.size(); ++i) {
+        if (replacing_run(runs, i) < 0)
+            volumes.append(runs.at(i).value("source"_L1).toObject().value("volume"_L1).toString());
+    }
     volumes.removeAll(QString());
     volumes.removeDuplicates();
     const QString of = volumes.size() == 1 ? volumes.first()
@@ -131,10 +151,37 @@ void page_writer::put_facts()
         {{u"Result database"_s, m_content.result.database_file()},
          {u"SHA-256 of the database"_s, sha256_of_file(m_content.result.database_file())},
          {u"Report made"_s, m_content.made_at.toUTC().toString(Qt::ISODate)}}));
-    int number = 0;
-    for (const QJsonObject &run : m_content.record.runs) {
-        put(html_of_run(run, u"Run %1 of %2"_s.arg(++number).arg(m_content.record.runs.size())));
+    put_runs();
+}
+
+/// Those whose rows are not in the database any more are folded.
+void page_writer::put_runs()
+{
+    const QList<QJsonObject> &runs = m_content.record.runs;
+    for (qsizetype i = 0; i < runs.size(); ++i) {
+        const QString title = u"Run %1 of %2"_s.arg(i + 1).arg(runs.size());
+        const qsizetype by = replacing_run(runs, i);
+        const std::string facts = html_of_run(runs.at(i), title);
+        put(by < 0 ? facts
+                   : html_folded(u"%1: run %2 of the same source replaced the rows of its tables"_s
+                                     .arg(title)
+                                     .arg(by + 1),
+                                 facts));
     }
+}
+
+/// What was found out while the rows were written. The script shows it first.
+void page_writer::put_ending()
+{
+    QStringList notes = m_written.failures;
+    if (m_content.result.has_changed())
+        notes.append(opened_result::text_of_change());
+    if (m_written.cut_cells > 0)
+        notes.append(u"%1 cells are longer than %2 bytes and cut"_s.arg(m_written.cut_cells)
+                         .arg(packed_rows::most_bytes_of_cell));
+    if (!notes.isEmpty())
+        put("<section id=\"ending\" aria-label=\"What this report lacks\">\n" +
+            html_warning(u"What this report lacks"_s, notes) + "</section>\n");
 }
 
 void page_writer::put_meaning()
@@ -178,18 +225,22 @@ void page_writer::put_programs()
 
 void page_writer::put_activity()
 {
-    // Windows keeps none of these times from before 1990, and a clock of tomorrow is wrong.
+    // Windows keeps none of these times from before 1990, and a clock may be a zone ahead.
     const qint64 first = QDateTime({1990, 1, 1}, {0, 0}, Qt::UTC).toSecsSinceEpoch();
-    const time_span drawn{first, m_content.made_at.addDays(1).toSecsSinceEpoch()};
+    const QDate tomorrow = m_content.made_at.toUTC().date().addDays(1);
+    const time_span drawn{first, QDateTime(tomorrow, {23, 59, 59}, Qt::UTC).toSecsSinceEpoch()};
     const activity numbers =
         read_activity(m_content.result, m_content.tables, m_content.filter, drawn);
     note_failure(numbers.failure);
     std::string json = "{\"first_time\":" + std::to_string(drawn.first) +
                        ",\"last_time\":" + std::to_string(drawn.last) +
-                       ",\"left_out\":" + std::to_string(numbers.left_out) + ",\"days\":[";
+                       ",\"runs_left_out\":" + std::to_string(numbers.runs_left_out) +
+                       ",\"keys_left_out\":" + std::to_string(numbers.keys_left_out) +
+                       ",\"days\":[";
     std::string separator;
     for (const runs_of_day &each : numbers.days) {
         json += separator + "{\"day\":" + std::to_string(each.day) +
+                ",\"source\":" + shown_script_json(each.source) +
                 ",\"account\":" + shown_script_json(each.account) +
                 ",\"runs\":" + std::to_string(each.runs) + "}";
         separator = ",";
@@ -239,6 +290,8 @@ void page_writer::put_part(std::string_view name)
         put_meaning();
     else if (name == "data")
         put_data();
+    else if (name == "ending")
+        put_ending();
     else if (name == "footer")
         put(html(footer()));
 }

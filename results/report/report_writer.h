@@ -29,7 +29,7 @@ struct report_content
 struct written_report
 {
     bool is_taken = true; ///< false: the sink took no more
-    QString failure;      ///< why rows are missing; empty if none are
+    QStringList failures; ///< why rows are missing; empty if none are
     qint64 rows = 0;      ///< of the tables
     qint64 cut_cells = 0; ///< texts that were too long for a page
 };

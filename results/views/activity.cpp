@@ -1,7 +1,7 @@
 #include "activity.h"
 
 #include <map>
-#include <utility>
+#include <tuple>
 
 #include "plain_text.h"
 #include "selected_rows.h"
@@ -30,13 +30,13 @@ public:
 private:
     template<typename Take>
     void for_each_row(const QString &table, const Take &take);
-    bool is_drawn(qint64 time);
+    bool is_drawn(qint64 time, qint64 &left_out) const;
 
     const opened_result &m_result;
     const row_filter &m_filter;
     time_span m_span;
-    std::map<std::pair<qint64, QString>, qint64> m_runs;
-    std::map<QString, qint64> m_keys; ///< by month: "2023-11"
+    std::map<std::tuple<qint64, QString, QString>, qint64> m_runs; ///< by day, source and account
+    std::map<QString, qint64> m_keys;                              ///< by month: "2023-11"
     activity m_activity;
 };
 
@@ -51,10 +51,10 @@ void activity_count::for_each_row(const QString &table, const Take &take)
         m_activity.failure = rows->failure();
 }
 
-bool activity_count::is_drawn(qint64 time)
+bool activity_count::is_drawn(qint64 time, qint64 &left_out) const
 {
     const bool is_within = time >= m_span.first && time <= m_span.last;
-    m_activity.left_out += is_within ? 0 : 1;
+    left_out += is_within ? 0 : 1;
     return is_within;
 }
 
@@ -63,10 +63,11 @@ void activity_count::add_runs(const QString &table)
     for_each_row(table, [this](const row &read, const QList<column> &columns) {
         const int place = place_of(columns, column_kind::unix_time);
         const auto time = told_time(cell_at(read, place), column_kind::unix_time);
-        if (!time || !is_drawn(*time))
+        if (!time || !is_drawn(*time, m_activity.runs_left_out))
             return;
+        const QString source = shown_text(cell_at(read, place_of(columns, u"source_count_name"_s)));
         const QString account = shown_text(cell_at(read, place_of(columns, column_kind::account)));
-        ++m_runs[{*time / seconds_of_day * seconds_of_day, account}];
+        ++m_runs[{*time / seconds_of_day * seconds_of_day, source, account}];
     });
 }
 
@@ -78,7 +79,7 @@ void activity_count::add_keys(const QString &table)
             if (!time)
                 time = told_time(cell_at(read, place_of(columns, kind)), kind);
         }
-        if (time && is_drawn(*time))
+        if (time && is_drawn(*time, m_activity.keys_left_out))
             ++m_keys[QString::fromStdString(utc_text(*time)).left(7)];
     });
 }
@@ -86,8 +87,10 @@ void activity_count::add_keys(const QString &table)
 activity activity_count::counted() const
 {
     activity made = m_activity;
-    for (const auto &[day_and_account, runs] : m_runs)
-        made.days.append({day_and_account.first, day_and_account.second, runs});
+    for (const auto &[key, runs] : m_runs) {
+        const auto &[day, source, account] = key;
+        made.days.append({day, source, account, runs});
+    }
     for (const auto &[month, keys] : m_keys)
         made.months.append({month.left(4).toInt(), month.mid(5).toInt(), keys});
     return made;

@@ -14,6 +14,7 @@ namespace results {
 struct runs_of_day
 {
     qint64 day = 0; ///< its first second, in UTC
+    QString source; ///< "Source2"
     QString account;
     qint64 runs = 0;
 };
@@ -30,9 +31,10 @@ struct keys_of_month
 /// The numbers that pictures of a result show.
 struct activity
 {
-    QList<runs_of_day> days;     ///< in the order of days and accounts
+    QList<runs_of_day> days;     ///< in the order of days, sources and accounts
+    qint64 runs_left_out = 0;    ///< those whose times do not lie within the span
     QList<keys_of_month> months; ///< in their order; months without keys are left out
-    qint64 left_out = 0;         ///< times that do not lie within the span
+    qint64 keys_left_out = 0;    ///< those whose times do not lie within the span
     QString failure;             ///< why rows are missing; empty when all were read
 };
 

@@ -141,7 +141,11 @@ programs_view make_programs_view(const opened_result &result)
         join.add_use(package_of(cells, texts));
     });
     failures.removeAll(QString());
-    return {columns_of_programs(), join.rows(), failures.join("; "_L1)};
+    QList<column> columns = columns_of_programs();
+    // One source needs no column that says so in each row.
+    const int source = place_of(columns, u"source_count_name"_s);
+    columns[source].is_shown = result.values_of(result.tables(), u"source_count_name"_s).size() > 1;
+    return {columns, join.rows(), failures.join("; "_L1)};
 }
 
 } // namespace results

@@ -9,7 +9,9 @@ function withAttributes(made, attributes, children) {
         else if (value !== null && value !== undefined && value !== false)
             made.setAttribute(name, value === true ? '' : value);
     }
-    made.append(...children);
+    // One by one: a call takes no more than some 100,000 arguments.
+    for (const child of children)
+        made.append(child);
     return made;
 }
 
@@ -26,6 +28,13 @@ function embedded(id) {
 }
 
 const grouped = new Intl.NumberFormat('en');
+
+/** Appends the children of a list to an element. */
+function withChildren(made, children) {
+    for (const child of children)
+        made.append(child);
+    return made;
+}
 
 /** "1 row", "2,000 rows" */
 function counted(number, noun) {

@@ -6,12 +6,17 @@ const systemIsDark = window.matchMedia('(prefers-color-scheme: dark)');
 class Page {
     constructor() {
         const manifest = embedded('manifest');
+        this.showTheme(0);
+        this.showEnding();
         this.tables = manifest.tables.map(id => new PackedTable(embedded(id)));
         this.programs = manifest.programs ? new PackedTable(embedded(manifest.programs)) : null;
+        if (this.programs)
+            this.programs.isView = true;
         this.activity = embedded('activity');
         this.timeLine = new TimeLineTable(this.tables);
+        this.shownTables = [...(this.programs ? [this.programs] : []), this.timeLine, ...this.tables];
         this.views = new Map();
-        this.showTheme(0);
+        this.unfoldWhenPrinted();
         this.buildTabs();
         this.buildPictures();
     }
@@ -27,18 +32,33 @@ class Page {
         document.documentElement.dataset.theme = name || (systemIsDark.matches ? 'dark' : 'light');
     }
 
+    /** What the report lacks was found out last, and has to be read first. */
+    showEnding() {
+        const ending = document.getElementById('ending');
+        if (ending)
+            document.querySelector('main').prepend(ending);
+    }
+
+    /** Hashes and lists stand in parts that are folded on the screen. */
+    unfoldWhenPrinted() {
+        let folded = [];
+        window.addEventListener('beforeprint', () => {
+            folded = [...document.querySelectorAll('#facts details:not([open])')];
+            folded.forEach(each => { each.open = true; });
+        });
+        window.addEventListener('afterprint', () => folded.forEach(each => { each.open = false; }));
+    }
+
     buildPictures() {
+        const selection = new Set(this.tables.map(table => table.name));
         this.timeLinePicture = new TimeLinePicture(this.timeLine, this.activity, span => {
             this.viewOf(this.timeLine).setSpan(span);
-            this.select(this.timeLine.name, true);
+            this.select(this.timeLine, true);
         });
-        document.getElementById('pictures').append(activityPicture(this.activity), monthsPicture(this.activity),
+        document.getElementById('pictures').append(activityPicture(this.activity, selection), monthsPicture(this.activity, selection),
             this.timeLinePicture.element, runsPicture(this.programs));
     }
 
-    allTables() {
-        return [...(this.programs ? [this.programs] : []), this.timeLine, ...this.tables];
-    }
     viewOf(table) {
         if (!this.views.has(table))
             this.views.set(table, new TableView(table, (name, id) => this.openRow(name, id)));
@@ -48,21 +68,21 @@ class Page {
         const table = this.tables.find(each => each.name === name);
         if (!table)
             return;
-        this.select(name, false);
+        this.select(table, false);
         this.viewOf(table).showRowOfId(id);
     }
 
     buildTabs() {
         this.panel = make('div', {role: 'tabpanel', id: 'panel'});
-        this.tabs = this.allTables().map(table => make('button', {type: 'button', role: 'tab', id: `tab-${table.name}`, 'aria-controls': 'panel',
-            onclick: () => this.select(table.name, false), onkeydown: event => this.pressTabKey(event)},
+        this.tabs = this.shownTables.map((table, place) => make('button', {type: 'button', role: 'tab', id: `tab-${place}`, 'data-table': table.name, 'aria-controls': 'panel',
+            onclick: () => this.select(table, false), onkeydown: event => this.pressTabKey(event)},
             `${table.name} (${grouped.format(table.rowCount)})`));
         document.getElementById('tables').append(make('div', {class: 'tabs', role: 'tablist', 'aria-label': 'Tables'}, ...this.tabs), this.panel);
-        this.select(this.allTables()[0].name, false);
+        this.select(this.shownTables[0], false);
     }
-    select(name, scrolls) {
-        this.allTables().forEach((table, place) => {
-            const isSelected = table.name === name;
+    select(selected, scrolls) {
+        this.shownTables.forEach((table, place) => {
+            const isSelected = table === selected;
             this.tabs[place].setAttribute('aria-selected', String(isSelected));
             this.tabs[place].tabIndex = isSelected ? 0 : -1;
             if (!isSelected)
@@ -76,14 +96,21 @@ class Page {
             document.getElementById('tables').scrollIntoView();
     }
     pressTabKey(event) {
-        const step = {ArrowRight: 1, ArrowLeft: -1}[event.key];
-        if (!step)
+        const at = this.tabs.indexOf(event.target);
+        const last = this.tabs.length - 1;
+        const place = {ArrowRight: at === last ? 0 : at + 1, ArrowLeft: at === 0 ? last : at - 1, Home: 0, End: last}[event.key];
+        if (place === undefined)
             return;
-        const place = (this.tabs.indexOf(event.target) + step + this.tabs.length) % this.tabs.length;
-        this.select(this.allTables()[place].name, false);
+        this.select(this.shownTables[place], false);
         this.tabs[place].focus();
         event.preventDefault();
     }
 }
 
-new Page();
+try {
+    new Page();
+} catch (error) {
+    // A browser takes no more than some 500 MB of text in one table.
+    document.getElementById('facts').prepend(make('div', {class: 'warning', role: 'alert'},
+        `The pictures and tables of this report cannot be shown: ${error.message}. A report of fewer rows can: see --tab, --user and --since.`));
+}

@@ -34,11 +34,13 @@ class TableView {
         this.next = make('button', {type: 'button', onclick: () => this.turn(1)}, 'Next page');
         this.body = make('tbody');
         this.head = make('thead');
+        this.selection = make('p', {class: 'printed'});
         this.details = make('div', {class: 'details', hidden: true, tabindex: '-1', 'aria-label': 'Details of the row', role: 'region'});
         this.element.append(
             make('div', {class: 'controls'}, this.search, this.accounts, this.spanNote,
                 make('label', {}, this.allColumns, ' All columns'), this.sizes),
             make('div', {class: 'controls'}, this.back, this.next, this.count),
+            this.selection,
             make('div', {class: 'scroll'}, make('table', {},
                 make('caption', {}, this.table.title), this.head, this.body)),
             this.details);
@@ -49,8 +51,8 @@ class TableView {
         const option = (label, value) => make('option', {value}, label);
         // What is chosen by its place cannot be confused with a name.
         this.accountNames = names;
-        this.accounts.append(option('All accounts', ''),
-            ...names.map((name, place) => option(name === '' ? '(the machine)' : name, place)));
+        this.accounts.append(option('All accounts', ''));
+        withChildren(this.accounts, names.map((name, place) => option(name === '' ? '(the machine)' : name, place)));
         this.accounts.hidden = names.length < 2;
     }
 
@@ -90,6 +92,9 @@ class TableView {
     turn(pages) {
         this.page += pages;
         this.render();
+        // A button that is switched off would lose the focus to the page.
+        if (document.activeElement === document.body)
+            (pages < 0 ? this.next : this.back).focus();
     }
     sortBy(column) {
         const isDescending = this.sort?.column === column && !this.sort.isDescending;
@@ -107,7 +112,7 @@ class TableView {
                 continue;
             if (this.account !== null && table.accountOf(row) !== this.account)
                 continue;
-            if (this.span && (table.events[row].time < this.span.from || table.events[row].time > this.span.to))
+            if (this.span && !this.span.holds(table.events[row]))
                 continue;
             rows.push(row);
         }
@@ -140,22 +145,29 @@ class TableView {
         this.count.textContent = this.rows.length === 0 ? `No row of ${grouped.format(all)}`
             : `Rows ${grouped.format(first + 1)} to ${grouped.format(first + shown.length)} of ${grouped.format(this.rows.length)}`
                 + (this.rows.length === all ? '' : `, out of ${grouped.format(all)}`);
+        this.selection.textContent = this.textOfSelection();
         this.renderHead();
         this.body.replaceChildren(...shown.map((row, place) => this.lineOf(row, place)));
         this.details.hidden = true;
+    }
+    /** What a printed page has to tell of the controls, which are not printed. */
+    textOfSelection() {
+        return [this.text && `Searched for "${this.search.value}".`,
+            this.account !== null && `Account ${this.account || '(the machine)'} alone.`,
+            this.span && `${this.span.label}.`, this.count.textContent].filter(Boolean).join(' ');
     }
     renderHead() {
         this.head.replaceChildren(make('tr', {}, ...this.columns().map(column => {
             const isSorted = this.sort?.column === column;
             const arrow = isSorted ? (this.sort.isDescending ? ' \u25bc' : ' \u25b2') : '';
-            return make('th', {scope: 'col', class: classOf(column), title: column.meaning,
+            return make('th', {scope: 'col', class: [classOf(column), column.isDerived ? 'derived' : null].filter(Boolean).join(' ') || null, title: column.meaning,
                 'aria-sort': isSorted ? (this.sort.isDescending ? 'descending' : 'ascending') : null},
                 make('button', {type: 'button', onclick: () => this.sortBy(column)}, column.name + arrow));
         })));
     }
     lineOf(row, place) {
         const line = make('tr', {class: 'row', tabindex: place === 0 ? '0' : '-1',
-            onclick: () => this.showDetails(row, line),
+            onclick: () => this.showDetails(row, line, {preventScroll: true}),
             onkeydown: event => this.pressKey(event, row, line)},
             ...this.columns().map(column => cellOf(column, column.at(row))));
         return line;
@@ -170,7 +182,7 @@ class TableView {
             return;
         event.preventDefault();
     }
-    showDetails(row, line) {
+    showDetails(row, line, focus = {}) {
         for (const other of this.body.querySelectorAll('[aria-selected]'))
             other.removeAttribute('aria-selected');
         line.setAttribute('aria-selected', 'true');
@@ -184,16 +196,16 @@ class TableView {
         const close = make('button', {type: 'button', onclick: () => { this.details.hidden = true; line.focus(); }}, 'Close');
         this.details.replaceChildren(make('h3', {}, 'The whole row'), list, close);
         this.details.hidden = false;
-        this.details.focus();
+        this.details.focus(focus);
     }
     /** Rows that are cited as "table:1,2" lead there. */
     valueWithLinks(column, value) {
-        if (column.name !== 'rows')
+        if (!this.table.isView || column.name !== 'rows')
             return [literalOr(value)];
         return textOf(value).split(' ').flatMap(cited => {
             const [table, ids] = cited.split(':');
             return (ids ?? '').split(',').map(id => make('button', {type: 'button',
-                onclick: () => this.openRow(table, Number(id))}, `${table}:${id}`));
+                onclick: () => this.openRow(table, id)}, `${table}:${id}`));
         });
     }
     /** Shows the row of that id alone on its page. */
@@ -202,9 +214,11 @@ class TableView {
         this.accounts.value = '';
         Object.assign(this, {text: '', account: null, sort: null});
         this.refresh();
-        const place = this.rows.findIndex(row => this.table.id.at(row) === id);
-        if (place < 0)
+        const place = this.rows.findIndex(row => textOf(this.table.id.at(row)) === id);
+        if (place < 0) {
+            this.count.textContent = `Row ${id} is not in this report, which has selected rows only`;
             return;
+        }
         this.turn(Math.floor(place / this.pageSize));
         const line = this.body.children[place % this.pageSize];
         line.scrollIntoView({block: 'center'});
@@ -225,6 +239,6 @@ function literalOr(value) {
 
 function cellOf(column, value) {
     const text = textOf(value);
-    const shown = text.length > longestCell ? `${text.slice(0, longestCell)}\u2026` : literalOr(value);
+    const shown = text.length > longestCell ? `${Array.from(text.slice(0, 2 * longestCell)).slice(0, longestCell).join('')}\u2026` : literalOr(value);
     return make('td', {class: classOf(column)}, shown);
 }

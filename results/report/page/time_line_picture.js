@@ -1,5 +1,9 @@
 // The time line that can be zoomed: by the wheel, by dragging, by buttons and by keys.
 
+function secondText(seconds) {
+    return new Date(seconds * 1000).toISOString().slice(0, 19).replace('T', ' ');
+}
+
 class TimeLinePicture {
     constructor(timeLine, limits, showSpan) {
         this.timeLine = timeLine;
@@ -14,8 +18,8 @@ class TimeLinePicture {
 
     build() {
         const title = 'Time line';
-        const remark = 'Every time of every row, in UTC, by what it tells. Drag to zoom in on a span; click a bar to list its rows.'
-            + (this.leftOut ? ` ${counted(this.leftOut, 'time')} outside of ${dayText(this.limits.first_time)} to ${dayText(this.limits.last_time)} not drawn; the table has them.` : '');
+        const remark = 'Every time of every row, by what it tells, in UTC; install dates are local days. Drag, or turn the wheel with Ctrl, to zoom in on a span; click a bar to list its rows.'
+            + notDrawn(this.leftOut, 'time', this.limits);
         if (this.events.length === 0) {
             this.element = nothing(title, remark);
             return;
@@ -39,6 +43,8 @@ class TimeLinePicture {
 
     listen() {
         this.svg.addEventListener('wheel', event => {
+            if (!event.ctrlKey)
+                return; // the page scrolls
             event.preventDefault();
             this.zoom(event.deltaY < 0 ? 0.8 : 1.25, this.timeAt(event));
         }, {passive: false});
@@ -82,7 +88,7 @@ class TimeLinePicture {
             return this.show({from, to});
         const bin = this.binAt(event);
         if (bin)
-            this.list(bin);
+            this.list(bin, bin.lane);
     }
 
     zoom(factor, around = (this.shown.from + this.shown.to) / 2) {
@@ -105,6 +111,7 @@ class TimeLinePicture {
         const binCount = 200;
         const {from, to} = this.shown;
         const counts = this.lanes.map(() => new Uint32Array(binCount));
+        const shown = [];
         const lanes = new Map(this.lanes.map((lane, place) => [lane, place]));
         let total = 0;
         for (const {time, told} of this.events) {
@@ -112,15 +119,17 @@ class TimeLinePicture {
                 continue;
             ++counts[lanes.get(told.event)][Math.min(binCount - 1, Math.floor((time - from) / (to - from) * binCount))];
             ++total;
+            shown[0] ??= time;
+            shown[1] = time;
         }
-        return {counts, total, width: (to - from) / binCount};
+        return {counts, total, shown, width: (to - from) / binCount};
     }
     draw() {
         const {from, to} = this.shown;
         const {scale, marks} = timeAxis(from, to, this.height, 6);
         this.scale = scale;
         this.binned = this.bins();
-        const {counts, total, width} = this.binned;
+        const {counts, total, shown, width} = this.binned;
         const most = Math.max(1, ...counts.map(lane => Math.max(...lane)));
         const bars = counts.flatMap((lane, place) => Array.from(lane, (count, slice) => {
             if (count === 0)
@@ -131,14 +140,22 @@ class TimeLinePicture {
                 `${this.lanes[place]}: ${counted(count, 'time')} from ${new Date(begin * 1000).toISOString().slice(0, 16)} on`);
         }));
         this.svg.replaceChildren(...marks, ...this.lanes.map(laneLabel), ...bars);
-        this.span.textContent = `${counted(total, 'time')} from ${dayText(from)} to ${dayText(to)}`;
+        const text = to - from > 2 * secondsOfDay ? dayText : secondText;
+        this.span.textContent = total === 0 ? `No time from ${text(from)} to ${text(to)}` : `${counted(total, 'time')} from ${text(shown[0])} to ${text(shown[1])}`;
     }
+    /** The slice of the lane under the pointer, if there is a bar in it. */
     binAt(event) {
+        const box = this.svg.getBoundingClientRect();
+        const lane = Math.floor((event.clientY - box.top) / box.height * this.height / laneHeight);
         const slice = Math.floor((this.timeAt(event) - this.shown.from) / this.binned.width);
+        if (!this.binned.counts[lane]?.[slice])
+            return null;
         const from = this.shown.from + slice * this.binned.width;
-        return this.binned.counts.some(lane => lane[slice] > 0) ? {from, to: from + this.binned.width} : null;
+        return {from, to: from + this.binned.width, lane: this.lanes[lane]};
     }
-    list({from, to}) {
-        this.showSpan({from, to, label: `${new Date(from * 1000).toISOString().slice(0, 16)} to ${new Date(to * 1000).toISOString().slice(0, 16)}`});
+    /** Lists the rows of a span, its end not included, of one lane or of all. */
+    list({from, to}, lane = null) {
+        const holds = event => event.time >= from && event.time < to && (lane === null || event.told.event === lane);
+        this.showSpan({holds, label: `${lane === null ? '' : `${lane}: `}${secondText(from)} to ${secondText(to)}`});
     }
 }

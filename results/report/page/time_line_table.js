@@ -4,8 +4,11 @@ const secondsOfDay = 86400;
 
 /** The time of a value in Unix seconds; null if there is none. Install dates are days. */
 function timeOf(column, value) {
-    if (column.kind === 'unix_time')
-        return typeof value === 'number' && value !== 0 ? value : null;
+    if (column.kind === 'unix_time') {
+        // Numbers that a script cannot hold exactly stand as texts.
+        const time = typeof value === 'string' && /^-?\d+$/.test(value) ? Number(value) : value;
+        return Number.isInteger(time) && time !== 0 ? time : null;
+    }
     const day = /^(\d{4})-(\d\d)-(\d\d)$/.exec(textOf(value));
     return day ? Date.UTC(Number(day[1]), Number(day[2]) - 1, Number(day[3])) / 1000 : null;
 }
@@ -24,7 +27,8 @@ function timeColumns(table) {
 class TimeLineTable {
     constructor(tables) {
         this.name = 'timeline';
-        this.title = 'every time of every row, in UTC';
+        this.title = 'every time of every row, in UTC; install dates are local days';
+        this.isView = true;
         this.tables = tables;
         this.events = [];
         tables.forEach((table, index) => this.addTable(table, index));
@@ -48,8 +52,12 @@ class TimeLineTable {
             made('event', 'what the time tells', 'text', (table, event) => event.told.event),
             made('subject', 'what the row is about', 'text', (table, event) => table.subjectOf(event.row)),
             made('system_account', 'account of the row', 'account', (table, event) => table.accountOf(event.row)),
-            made('rows', 'the row that tells it', 'text', (table, event) => `${table.name}:${textOf(table.id.at(event.row))}`),
+            made('rows', 'the row that tells it', 'text', (table, event) => this.citation(event)),
         ];
+    }
+    citation(event) {
+        const table = this.tables[event.table];
+        return `${table.name}:${table.id ? textOf(table.id.at(event.row)) : '?'}`;
     }
     column(name, meaning, kind, of) {
         const at = row => of(this.tables[this.events[row].table], this.events[row]);
@@ -69,11 +77,12 @@ class TimeLineTable {
     rowsWith(text) {
         const found = this.tables.map(table => table.rowsWith(text));
         return Uint8Array.from(this.events, event =>
-            found[event.table][event.row] || event.told.event.toLowerCase().includes(text) ? 1 : 0);
+            found[event.table][event.row] || event.told.event.toLowerCase().includes(text)
+                || this.citation(event).includes(text) ? 1 : 0);
     }
     detailsOf(row) {
         const event = this.events[row];
-        return this.columns.slice(0, 2).map(column => ({column, value: column.at(row)}))
+        return [0, 1, 4].map(place => this.columns[place]).map(column => ({column, value: column.at(row)}))
             .concat(this.tables[event.table].detailsOf(event.row));
     }
 }
