@@ -12,17 +12,46 @@ struct table_description
 {
     QLatin1StringView name;
     QLatin1StringView title;
+    QLatin1StringView proves;
+    QLatin1StringView does_not_prove;
 };
 
+constexpr QLatin1StringView key_proves =
+    "An installer wrote an Uninstall key of this name: for the whole machine where no account is "
+    "named, else for the account. The key was last written at that time, by an installation, an "
+    "update, a repair or another program."_L1;
+constexpr QLatin1StringView key_does_not_prove =
+    "That the program was ever run, or that its files are still there. Names, versions, folders "
+    "and the install date are what the installer wrote. The date is local time and may be "
+    "wrong."_L1;
+
 constexpr table_description tables[] = {
-    {"install_apps_64"_L1, "Uninstall keys, native view"_L1},
-    {"install_apps_32"_L1, "Uninstall keys, 32-bit view"_L1},
-    {"uninstall_apps"_L1, "UserAssist entries with \"uninstall\" in their names"_L1},
-    {"registered_apps"_L1, "applications that registered their capabilities"_L1},
-    {"metro_apps"_L1, "package folders of the accounts"_L1},
-    {"previously_executed_apps"_L1, "UserAssist entries: what the accounts' shells counted"_L1},
-    {"third_party_applications"_L1, "programs that the Compatibility Assistant saw run"_L1},
-    {"hidden_desktop_icons_app"_L1, "settings of desktop icons"_L1},
+    {"install_apps_64"_L1, "Uninstall keys, native view"_L1, key_proves, key_does_not_prove},
+    {"install_apps_32"_L1, "Uninstall keys, 32-bit view"_L1, key_proves, key_does_not_prove},
+    {"uninstall_apps"_L1, "UserAssist entries with \"uninstall\" in their names"_L1,
+     "The account's shell kept an entry with \"uninstall\" in its name. With a count or a time, it "
+     "was started from the shell, last at that time."_L1,
+     "That anything was removed: an uninstaller may be cancelled or fail."_L1},
+    {"registered_apps"_L1, "applications that registered their capabilities"_L1,
+     "The application told Windows under this name which kinds of files or links it can open."_L1,
+     "When it did that, for whom, or that it was ever run."_L1},
+    {"metro_apps"_L1, "package folders of the accounts"_L1,
+     "The account's profile has a folder for the data of this package."_L1,
+     "That the application was opened, or when it was installed: Windows makes folders for packages "
+     "that come with it. The table has no times."_L1},
+    {"previously_executed_apps"_L1, "UserAssist entries: what the accounts' shells counted"_L1,
+     "The account's shell (desktop, start menu, task bar) counted so many starts of this entry, the "
+     "last one at that time."_L1,
+     "Starts by other ways, such as a command line, a service or a task. Who sat at the keyboard. "
+     "Earlier runs leave no time. An entry without count and time may be listed without a start."_L1},
+    {"third_party_applications"_L1, "programs that the Compatibility Assistant saw run"_L1,
+     "The Program Compatibility Assistant noted the program under this account, as it does when a "
+     "program or an installer is started."_L1,
+     "When or how often that was: the times are those of the program's file, as the system that "
+     "read the volume gives them, and 0 where the file is not there."_L1},
+    {"hidden_desktop_icons_app"_L1, "settings of desktop icons"_L1,
+     "The account has a setting that shows or hides this icon of the desktop."_L1,
+     "That the account used what is behind the icon, or made the setting itself."_L1},
 };
 
 enum shown : bool
@@ -37,7 +66,8 @@ enum subject : bool
     is_subject = true
 };
 
-/// One meaning for all tables that have a column of the name, or for one table.
+/// One meaning for all tables that have a column of the name, or for one table: what a time or a
+/// key tells differs from table to table.
 struct column_description
 {
     QLatin1StringView table; ///< empty: all that have no description of their own
@@ -72,13 +102,10 @@ constexpr column_description columns[] = {
      is_shown,
      no_subject,
      file_time::created},
-    {{},
-     "modified_timestamp"_L1,
-     kind::unix_time,
-     "Uninstall key last written"_L1,
-     is_shown,
-     no_subject,
-     file_time::modified},
+    {"install_apps_64"_L1, "modified_timestamp"_L1, kind::unix_time,
+     "Uninstall key last written"_L1, is_shown, no_subject, file_time::modified},
+    {"install_apps_32"_L1, "modified_timestamp"_L1, kind::unix_time,
+     "Uninstall key last written"_L1, is_shown, no_subject, file_time::modified},
 
     {{},
      "exename"_L1,
@@ -89,18 +116,15 @@ constexpr column_description columns[] = {
     {{}, "class_id"_L1, kind::text, "UserAssist class: of programs, or of shortcuts"_L1},
     {{}, "entry_index"_L1, kind::number, "place of the entry in its hive, from 0"_L1},
     {{}, "runcount"_L1, kind::run_count, "how often the shell counted a start"_L1, is_shown},
-    {{},
-     "lastruntime"_L1,
-     kind::unix_time,
-     "Last run"_L1,
-     is_shown,
-     no_subject,
-     file_time::accessed},
+    {"previously_executed_apps"_L1, "lastruntime"_L1, kind::unix_time, "Last run"_L1, is_shown,
+     no_subject, file_time::accessed},
     {"uninstall_apps"_L1, "lastruntime"_L1, kind::unix_time, "Uninstaller last run"_L1, is_shown,
      no_subject, file_time::accessed},
 
-    {{}, "key_name"_L1, kind::text, "name under which it registered"_L1, is_shown, is_subject},
-    {{}, "value"_L1, kind::text, "registry path of its capabilities"_L1, is_shown},
+    {"registered_apps"_L1, "key_name"_L1, kind::text, "name under which it registered"_L1, is_shown,
+     is_subject},
+    {"registered_apps"_L1, "value"_L1, kind::text, "registry path of its capabilities"_L1,
+     is_shown},
 
     {{}, "filename"_L1, kind::package, "name of the package folder"_L1, is_shown, is_subject},
     {"metro_apps"_L1, "windows_path"_L1, kind::path, "path of the package folder"_L1, is_shown},
@@ -117,27 +141,12 @@ constexpr column_description columns[] = {
      "path of the program, as the entry is named"_L1,
      is_shown,
      is_subject},
-    {{},
-     "creation_timestamp"_L1,
-     kind::unix_time,
-     "Program file created"_L1,
-     is_shown,
-     no_subject,
-     file_time::created},
-    {{},
-     "modification_timestamp"_L1,
-     kind::unix_time,
-     "Program file last written"_L1,
-     is_shown,
-     no_subject,
-     file_time::modified},
-    {{},
-     "last_access_timestamp"_L1,
-     kind::unix_time,
-     "Program file last accessed"_L1,
-     is_shown,
-     no_subject,
-     file_time::accessed},
+    {"third_party_applications"_L1, "creation_timestamp"_L1, kind::unix_time,
+     "Program file created"_L1, is_shown, no_subject, file_time::created},
+    {"third_party_applications"_L1, "modification_timestamp"_L1, kind::unix_time,
+     "Program file last written"_L1, is_shown, no_subject, file_time::modified},
+    {"third_party_applications"_L1, "last_access_timestamp"_L1, kind::unix_time,
+     "Program file last accessed"_L1, is_shown, no_subject, file_time::accessed},
     {{}, "file_path"_L1, kind::path, "path within the volume"_L1},
 
     {{}, "app_name"_L1, kind::text, "name of the icon"_L1, is_shown, is_subject},
@@ -187,6 +196,15 @@ QString title_of(const QString &table)
     for (const table_description &described : tables) {
         if (described.name == table)
             return described.title;
+    }
+    return {};
+}
+
+table_evidence evidence_of(const QString &table)
+{
+    for (const table_description &described : tables) {
+        if (described.name == table)
+            return {described.proves, described.does_not_prove};
     }
     return {};
 }

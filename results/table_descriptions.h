@@ -14,6 +14,16 @@ QStringList described_tables();
 /// What the rows of the table are, as half a sentence; empty for an unknown table.
 QString title_of(const QString &table);
 
+/// What rows of a table say before a court, and what they do not.
+struct table_evidence
+{
+    QString proves;
+    QString does_not_prove;
+};
+
+/// Both texts are empty for an unknown table.
+table_evidence evidence_of(const QString &table);
+
 /// The column of that name in the table. A column of an unknown name is a text without a meaning.
 column described_column(const QString &table, const QString &name);
 

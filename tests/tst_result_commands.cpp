@@ -248,7 +248,10 @@ void tst_result_commands::export_writes_files()
     for (qsizetype i = 0; i < files.size(); ++i) {
         QCOMPARE(told.at(i), target + u'/' + files.at(i));
         const QByteArray content = read_file(told.at(i));
-        QVERIFY(content.startsWith(beginning));
+        // JSON Lines of a table without rows are none.
+        const bool is_empty =
+            format == "jsonl"_L1 && small_volume_rows(files.at(i).section(u'.', 0, 0)) == 0;
+        QVERIFY(is_empty ? content.isEmpty() : content.startsWith(beginning));
     }
 }
 

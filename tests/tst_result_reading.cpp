@@ -135,19 +135,19 @@ void tst_result_reading::reads_tables_of_a_later_version()
 {
     made_result made(path(u"made.sqlite"_s));
     execute(made.path(), u"ALTER TABLE metro_apps ADD COLUMN colour"_s);
-    execute(made.path(), u"CREATE TABLE app_paths(INT INTEGER PRIMARY KEY, program, source_file, "
+    execute(made.path(), u"CREATE TABLE later_apps(INT INTEGER PRIMARY KEY, program, source_file, "
                          "source_count_name)"_s);
     execute(made.path(), u"DROP TABLE registered_apps"_s);
-    made.add(u"app_paths"_s, {{u"program"_s, u"'a.exe'"_s}});
+    made.add(u"later_apps"_s, {{u"program"_s, u"'a.exe'"_s}});
     const auto result = made.opened();
     QCOMPARE(result->failure(), QString());
     QCOMPARE(
         result->remarks(),
         (QStringList{u"table metro_apps has columns that are unknown to this program: colour"_s,
-                     u"table app_paths is unknown to this program"_s,
+                     u"table later_apps is unknown to this program"_s,
                      u"the database has no table registered_apps"_s}));
-    QCOMPARE(result->tables().last(), u"app_paths"_s);
-    row_cursor rows(*result, result->layout_of(u"app_paths"_s));
+    QCOMPARE(result->tables().last(), u"later_apps"_s);
+    row_cursor rows(*result, result->layout_of(u"later_apps"_s));
     QCOMPARE(texts_of(rows, {u"INT"_s, u"program"_s}), (QList<QStringList>{{u"1"_s, u"a.exe"_s}}));
 }
 

@@ -10,7 +10,7 @@
 #include "report_assets.h"
 #include "report_facts.h"
 #include "selected_rows.h"
-#include "table_evidence.h"
+#include "table_descriptions.h"
 
 using namespace Qt::StringLiterals;
 

@@ -20,9 +20,6 @@ const QString backup_file = u"Windows/System32/config/RegBack/SOFTWARE"_s;
 
 const QStringList recorded{u"--plugin"_s, QStringLiteral(RECORDING_PLUGIN)};
 
-namespace {
-
-/// The rows of the small volume; tables that are not named have none.
 int small_volume_rows(const QString &table)
 {
     static const QHash<QString, int> rows{{u"install_apps_64"_s, 2},
@@ -35,6 +32,8 @@ int small_volume_rows(const QString &table)
                                           {u"hidden_desktop_icons_app"_s, 1}};
     return rows.value(table, 0);
 }
+
+namespace {
 
 QString report_line(const QString &name, int rows)
 {

@@ -69,6 +69,9 @@ void fill_user(evidence::hive_builder &hive);
 /// Both of these: Ann has a hive and a package, Bob a package only.
 std::unique_ptr<evidence::evidence_volume> small_volume();
 
+/// How many rows a run over it gives the table; none for tables that it has nothing for.
+int small_volume_rows(const QString &table);
+
 /// What the program reports of that volume: a line for each table of the plug-in and the total; the
 /// lines of its progress; and what it warns of.
 extern const QStringList small_volume_report;
