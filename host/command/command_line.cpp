@@ -2,6 +2,7 @@
 
 #include <QCommandLineParser>
 
+#include "host_version.h"
 #include "result_command_line.h"
 
 using namespace Qt::StringLiterals;
@@ -342,7 +343,7 @@ command_line parse_command_line(const QStringList &arguments)
     if (first == "--help"_L1 || first == "-h"_L1)
         return shown(general_help + exit_code_help);
     if (first == "--version"_L1 || first == "-v"_L1)
-        return shown(u"artifact_host " ARTIFACT_HOST_VERSION ""_s);
+        return shown(u"artifact_host "_s + host_version());
     if (first.isEmpty())
         return misused(u"no command given; see artifact_host --help"_s);
     return misused(u"unknown command \"%1\"; see artifact_host --help"_s.arg(first));

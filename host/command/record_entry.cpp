@@ -4,6 +4,7 @@
 #include <QJsonArray>
 #include <QSysInfo>
 
+#include "host_version.h"
 #include "replay_text.h"
 #include "sha256.h"
 
@@ -227,9 +228,4 @@ QJsonObject entry_of_refused_run(QJsonObject entry, const refusal &refused)
 QString version_of(const artifact_plugin &plugin)
 {
     return plugin.property("version").toString();
-}
-
-QString host_version()
-{
-    return u"" ARTIFACT_HOST_VERSION ""_s;
 }

@@ -36,7 +36,4 @@ QJsonObject entry_of_refused_run(QJsonObject entry, const refusal &refused);
 /// The version that the plug-in tells of itself; empty if it tells none.
 QString version_of(const artifact_plugin &plugin);
 
-/// This program's own version.
-QString host_version();
-
 #endif

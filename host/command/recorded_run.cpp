@@ -10,6 +10,7 @@
 #include "database_check.h"
 #include "file_hashes.h"
 #include "hive_precheck.h"
+#include "host_version.h"
 #include "interrupt_watch.h"
 #include "output_watch.h"
 #include "record_entry.h"

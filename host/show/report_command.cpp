@@ -4,8 +4,8 @@
 
 #include "console.h"
 #include "export_target.h"
+#include "host_version.h"
 #include "looked_at_result.h"
-#include "record_entry.h"
 #include "report_writer.h"
 #include "result_commands.h"
 
