@@ -193,8 +193,8 @@ void tst_deleted_extraction::tells_each_row_where_it_comes_from()
     delete_key(software_file, software, uninstall_key + u"\\Browser"_s);
     const host_result result = run();
     QCOMPARE(result.errors.last(),
-             u"artifact_host: deleted records: 2 found, 2 hives searched; 1 rows made of them are "
-             "in "_s +
+             u"artifact_host: deleted records: 2 found, 2 hives searched; rows made of them: 1; "
+             "database: "_s +
                  recovered_path());
     const qint64 offset = hive_builder::offset_of(software.key(uninstall_key + u"\\Browser"_s));
     QCOMPARE(result_database(recovered_path())

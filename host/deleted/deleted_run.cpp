@@ -287,7 +287,7 @@ QString line_about(const deleted_outcome &outcome)
     const QString hives = u"%1 hives searched"_s.arg(outcome.hives.size());
     if (outcome.finds == 0)
         return u"deleted records: none found, %1; no database of them was written"_s.arg(hives);
-    return u"deleted records: %1 found, %2; %3 rows made of them are in %4"_s.arg(
+    return u"deleted records: %1 found, %2; rows made of them: %3; database: %4"_s.arg(
         QString::number(outcome.finds), hives, QString::number(outcome.rows), outcome.database);
 }
 

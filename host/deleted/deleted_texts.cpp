@@ -56,8 +56,6 @@ QString hexadecimal(const QByteArray &data)
 QString state_of(const deleted_key &key)
 {
     QStringList reasons;
-    if (key.path == path_state::unknown)
-        reasons.append(u"no list names it"_s);
     if (key.list != record_flaw::none)
         reasons.append(u"the list of its %1 values is "_s.arg(key.values_told) + text_of(key.list));
     else if (key.values.size() < key.values_told)
@@ -71,11 +69,14 @@ QString state_of(const deleted_key &key)
     return partial(reasons);
 }
 
-QString state_of(const deleted_value &value)
+QString state_of(const deleted_value &value, const deleted_key &key)
 {
-    if (value.data == record_flaw::none)
-        return partial({});
-    return partial({u"its data are "_s + text_of(value.data)});
+    QStringList reasons;
+    if (key.path == path_state::unknown)
+        reasons.append(u"no list names it"_s);
+    if (value.data != record_flaw::none)
+        reasons.append(u"its data are "_s + text_of(value.data));
+    return partial(reasons);
 }
 
 QString text_of(path_state state)

@@ -5,9 +5,10 @@
 
 #include "deleted_records.h"
 
-/// How sure a find is: "whole", or "partial: " and what is missing.
+/// How sure a find is: "whole", or "partial: " and what is missing. A value has the key with it,
+/// which may not be known.
 QString state_of(const deleted_key &key);
-QString state_of(const deleted_value &value);
+QString state_of(const deleted_value &value, const deleted_key &key);
 
 /// How far a path is known, in one word.
 QString text_of(path_state state);

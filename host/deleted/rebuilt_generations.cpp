@@ -154,7 +154,7 @@ void generation_builder::add_values(const recovered_key &wanted, const deleted_k
         QString shown = wanted.rule.name_column.isEmpty() ? QString() : shown_name(name);
         if (wanted.rule.is_rotated)
             shown = rotated(shown);
-        const placed_record placed{value.offset, state_of(value), text_of(key.path)};
+        const placed_record placed{value.offset, state_of(value, key), text_of(key.path)};
         rebuilt_generation *generation = generation_for(wanted, group, shown, placed);
         if (generation == nullptr)
             continue;

@@ -111,7 +111,7 @@ void recovered_database::add_find(QSqlQuery &insert, const deleted_records &reco
                               is_value ? text_of_data(value->type, records.data_of(*value))
                                        : QVariant(),
                               is_known ? unix_seconds_of(key.last_write) : 0,
-                              is_value && is_known ? state_of(*value) : state_of(key),
+                              is_value ? state_of(*value, key) : state_of(key),
                               text_of(key.path),
                               is_value ? value->offset : key.offset,
                               origin.evidence_file,
