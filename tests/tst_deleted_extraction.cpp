@@ -30,6 +30,7 @@ private slots:
     void tells_each_row_where_it_comes_from();
     void tells_all_finds();
     void gives_each_of_several_versions_a_row();
+    void tells_of_versions_without_a_row();
     void tells_when_nothing_is_found();
     void records_what_it_did();
     void leaves_the_evidence_as_it_was();
@@ -262,6 +263,26 @@ void tst_deleted_extraction::gives_each_of_several_versions_a_row()
         {u"Same"_s, u"Browser"_s, QString::number(hive_builder::offset_of(browser))}));
     QVERIFY(rows.contains(
         {u"SAME"_s, u"Редактор 2.1"_s, QString::number(hive_builder::offset_of(editor))}));
+}
+
+/// The same key over and over behind the last bin.
+void tst_deleted_extraction::tells_of_versions_without_a_row()
+{
+    constexpr int versions = 70;
+    constexpr int most = 64;
+    const QByteArray hive = read_file(m_volume->software_path());
+    const hive_key &viewer = m_volume->software().key(uninstall_key).key(u"Seven Zip"_s);
+    QByteArray key = hive.mid(hive_builder::offset_of(viewer), 96);
+    key.replace(40, 4, QByteArray(4, '\0')); // it has no values
+    m_volume->file(software_file, hive + key.repeated(versions));
+    const host_result result = run();
+    QCOMPARE(result.errors.first(),
+             u"artifact_host: warning: %1: %2 deleted records would give the same rows as %3 "
+             "others each, and have none"_s.arg(software_file)
+                 .arg(versions - most)
+                 .arg(most));
+    QCOMPARE(result.exit_code, 6);
+    QCOMPARE(result_database(recovered_path()).row_count(u"install_apps_64"_s), most);
 }
 
 void tst_deleted_extraction::tells_when_nothing_is_found()

@@ -142,7 +142,8 @@ QJsonArray searched_entry(const QList<searched_hive> &hives)
                                       {"bytes_behind_bins"_L1, hive.bytes_behind_bins},
                                       {"deleted_keys"_L1, hive.keys_in_free_space},
                                       {"deleted_values"_L1, hive.values_in_free_space},
-                                      {"finds"_L1, hive.finds}}));
+                                      {"finds"_L1, hive.finds},
+                                      {"without_row"_L1, hive.without_row}}));
     return entries;
 }
 

@@ -53,7 +53,7 @@ private:
 
     bool prepare();
     void search_all();
-    searched_hive search(const QString &path);
+    searched_hive search(const QString &path, const cancel_test &cancelled);
     void write_rows();
     bool write_generation(size_t number);
     QString copy_of(const rebuilt &hive, size_t number);
@@ -125,34 +125,42 @@ void deleted_run::search_all()
     paths.sort();
     std::atomic<bool> is_interrupted = false;
     const interrupt_watch interrupts([&is_interrupted] { is_interrupted = true; });
+    const cancel_test cancelled = [&is_interrupted] { return is_interrupted.load(); };
     for (const QString &path : std::as_const(paths)) {
-        const bool is_of_users = !m_accounts.value(path).isEmpty();
-        searched_hive hive;
-        hive.path = path;
-        const std::optional<QByteArray> bytes = bytes_of_hive(m_volume.file_of(path));
-        if (!bytes) {
-            hive.failure = u"it cannot be read"_s;
-            m_outcome.hives.append(hive);
-            continue;
-        }
-        const deleted_records records(*bytes, wanted_of(m_keys, is_of_users),
-                                      [&] { return is_interrupted.load(); });
-        m_outcome.is_cancelled = records.is_cancelled();
+        searched_hive hive = search(path, cancelled);
+        m_outcome.is_cancelled = cancelled();
         if (m_outcome.is_cancelled)
             return;
-        hive.free_bytes = records.free_bytes();
-        hive.bytes_behind_bins = records.bytes_behind_bins();
-        hive.keys_in_free_space = records.keys_in_free_space();
-        hive.values_in_free_space = records.values_in_free_space();
-        for (const deleted_key &key : records.keys())
-            hive.finds += qint64(key.values.size()) +
-                          (key.is_alive || key.path == path_state::unknown ? 0 : 1);
         m_outcome.finds += hive.finds;
         m_outcome.hives.append(hive);
-        m_database->add_finds(
-            records, {path, m_accounts.value(path), u"Source%1"_s.arg(m_plan.source_number)});
-        m_rebuilt.push_back({path, is_of_users, rebuild(records, m_keys, is_of_users)});
     }
+}
+
+searched_hive deleted_run::search(const QString &path, const cancel_test &cancelled)
+{
+    searched_hive hive;
+    hive.path = path;
+    const QString account = m_accounts.value(path);
+    const std::optional<QByteArray> bytes = bytes_of_hive(m_volume.file_of(path));
+    if (!bytes) {
+        hive.failure = u"it cannot be read"_s;
+        return hive;
+    }
+    const bool is_of_users = !account.isEmpty();
+    const deleted_records records(*bytes, wanted_of(m_keys, is_of_users), cancelled);
+    hive.free_bytes = records.free_bytes();
+    hive.bytes_behind_bins = records.bytes_behind_bins();
+    hive.keys_in_free_space = records.keys_in_free_space();
+    hive.values_in_free_space = records.values_in_free_space();
+    for (const deleted_key &key : records.keys())
+        hive.finds +=
+            qint64(key.values.size()) + (key.is_alive || key.path == path_state::unknown ? 0 : 1);
+    m_database->add_finds(records, {path, account, u"Source%1"_s.arg(m_plan.source_number)},
+                          cancelled);
+    rebuilt_generations generations = rebuild(records, m_keys, is_of_users, cancelled);
+    hive.without_row = generations.without_place;
+    m_rebuilt.push_back({path, is_of_users, std::move(generations.all)});
+    return hive;
 }
 
 /// One generation at least is read, so that the database has all tables.
@@ -298,6 +306,10 @@ QStringList warnings_about(const deleted_outcome &outcome)
         if (!hive.failure.isEmpty())
             warnings.append(
                 u"%1: not searched for deleted records: %2"_s.arg(hive.path, hive.failure));
+        if (hive.without_row > 0)
+            warnings.append(u"%1: %2 deleted records would give the same rows as %3 others each, "
+                            "and have none"_s.arg(hive.path, QString::number(hive.without_row),
+                                                  QString::number(most_generations)));
     }
     return warnings;
 }

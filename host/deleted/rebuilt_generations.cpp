@@ -1,5 +1,7 @@
 #include "rebuilt_generations.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 #include "deleted_texts.h"
@@ -55,6 +57,17 @@ bool is_readable(const QStringList &names)
                        [](const QString &name) { return !name.isEmpty() && name.isValidUtf16(); });
 }
 
+/// A value that tells what rows of other keys are about.
+struct lookup_value
+{
+    QStringList path;
+    QString name;
+    quint32 type;
+    QByteArray data;
+};
+
+constexpr qsizetype lookup_overhead = 200; // bytes that a value takes besides name and data
+
 class generation_builder
 {
 public:
@@ -65,12 +78,15 @@ public:
 
     void add(const deleted_key &key);
     void add_lookups();
-    std::vector<rebuilt_generation> take() && { return std::move(m_generations); }
+    rebuilt_generations take() && { return {std::move(m_generations), m_without_place}; }
 
 private:
     void add_key(const recovered_key &wanted, const deleted_key &key, const QStringList &path);
     void add_values(const recovered_key &wanted, const deleted_key &key, const QStringList &path);
-    void add_lookup(rebuilt_generation &generation, const wanted_key &lookup);
+    bool is_lookup(const QStringList &path) const;
+    void append_lookup(QList<lookup_value> &lookups, const lookup_value &value);
+    QList<lookup_value> living_lookups();
+    QList<lookup_value> deleted_lookups();
     rebuilt_generation *generation_for(const recovered_key &wanted, const QString &group,
                                        const QString &name, const placed_record &placed);
 
@@ -78,6 +94,9 @@ private:
     const QList<recovered_key> &m_keys;
     std::vector<rebuilt_generation> m_generations;
     QHash<QString, size_t> m_next; ///< the generation of the next record that gives a row
+    qint64 m_without_place = 0;
+    qsizetype m_lookup_bytes = 0;
+    QSet<QString> m_lookup_keys;
 };
 
 void generation_builder::add(const deleted_key &key)
@@ -109,8 +128,10 @@ rebuilt_generation *generation_builder::generation_for(const recovered_key &want
     while (next < m_generations.size() &&
            m_generations[next].by_row.size() >= most_rows_of_a_generation)
         ++next;
-    if (next >= most_generations)
+    if (next >= most_generations) {
+        ++m_without_place;
         return nullptr;
+    }
     if (next == m_generations.size())
         m_generations.emplace_back();
     rebuilt_generation &generation = m_generations[next++];
@@ -158,7 +179,7 @@ void generation_builder::add_values(const recovered_key &wanted, const deleted_k
         rebuilt_generation *generation = generation_for(wanted, group, shown, placed);
         if (generation == nullptr)
             continue;
-        generation->has_values = true;
+        generation->needs_lookups = generation->needs_lookups || !wanted.lookups.isEmpty();
         generation->hive.add_key(path, key.last_write);
         generation->hive.add_value(path, name, value.type, m_records.data_of(value));
     }
@@ -166,47 +187,76 @@ void generation_builder::add_values(const recovered_key &wanted, const deleted_k
 
 void generation_builder::add_lookups()
 {
+    const auto needs_lookups = [](const rebuilt_generation &each) { return each.needs_lookups; };
+    if (std::none_of(m_generations.begin(), m_generations.end(), needs_lookups))
+        return;
+    const QList<lookup_value> lookups = living_lookups() + deleted_lookups();
     for (rebuilt_generation &generation : m_generations) {
-        for (const recovered_key &wanted : m_keys) {
-            for (const wanted_key &lookup : wanted.lookups) {
-                if (generation.has_values)
-                    add_lookup(generation, lookup);
-            }
-        }
+        if (!generation.needs_lookups)
+            continue;
+        for (const lookup_value &value : lookups)
+            generation.hive.add_value(value.path, value.name, value.type, value.data);
     }
 }
 
-/// Keys of the hive that live, and deleted ones where none lives; of several the one that was
-/// written last.
-void generation_builder::add_lookup(rebuilt_generation &generation, const wanted_key &lookup)
+bool generation_builder::is_lookup(const QStringList &path) const
 {
-    const QStringList names = names_of(lookup);
+    for (const recovered_key &wanted : m_keys) {
+        for (const wanted_key &lookup : wanted.lookups) {
+            if (starts_with(path, names_of(lookup)) && is_readable(path))
+                return true;
+        }
+    }
+    return false;
+}
+
+/// Appends a value as long as all of them together stay short: each generation gets them.
+void generation_builder::append_lookup(QList<lookup_value> &lookups, const lookup_value &value)
+{
+    constexpr qsizetype most_bytes = 1 << 20;
+    m_lookup_bytes += value.data.size() + value.name.size() + lookup_overhead;
+    if (m_lookup_bytes <= most_bytes && value.name.isValidUtf16())
+        lookups.append(value);
+}
+
+QList<lookup_value> generation_builder::living_lookups()
+{
+    QList<lookup_value> lookups;
     for (const living_value &value : m_records.living_values()) {
         const QStringList path = m_records.path_of(value);
-        const QString name = m_records.name_of(value);
-        if (!starts_with(path, names) || !is_readable(path) || !name.isValidUtf16())
-            continue;
-        generation.hive.add_key(path, m_records.last_write_of(value));
-        generation.hive.add_value(path, name, m_records.type_of(value), m_records.data_of(value));
+        if (is_lookup(path))
+            append_lookup(lookups, {path, m_records.name_of(value), m_records.type_of(value),
+                                    m_records.data_of(value)});
     }
+    for (const lookup_value &value : std::as_const(lookups))
+        m_lookup_keys.insert(value.path.join(u'\\').toCaseFolded());
+    return lookups;
+}
+
+/// Deleted keys where none lives; of several the one that was written last.
+QList<lookup_value> generation_builder::deleted_lookups()
+{
     std::vector<const deleted_key *> deleted;
     for (const deleted_key &key : m_records.keys()) {
-        const QStringList path = m_records.path_of(key);
         if (!key.is_alive && key.is_whole() && key.path == path_state::whole &&
-            starts_with(path, names) && is_readable(path))
+            is_lookup(m_records.path_of(key)))
             deleted.push_back(&key);
     }
     std::stable_sort(
         deleted.begin(), deleted.end(),
         [](const deleted_key *a, const deleted_key *b) { return a->last_write > b->last_write; });
+    QList<lookup_value> lookups;
     for (const deleted_key *key : deleted) {
         const QStringList path = m_records.path_of(*key);
-        if (generation.hive.has_key(path))
+        const QString folded = path.join(u'\\').toCaseFolded();
+        if (m_lookup_keys.contains(folded))
             continue;
+        m_lookup_keys.insert(folded);
         for (const deleted_value &value : key->values)
-            generation.hive.add_value(path, m_records.name_of(value), value.type,
-                                      m_records.data_of(value));
+            append_lookup(lookups,
+                          {path, m_records.name_of(value), value.type, m_records.data_of(value)});
     }
+    return lookups;
 }
 
 } // namespace
@@ -216,14 +266,17 @@ QString row_id(const QString &tab, const QString &group, const QString &name)
     return tab + QChar::Null + group + QChar::Null + name;
 }
 
-std::vector<rebuilt_generation> rebuild(const deleted_records &records,
-                                        const QList<recovered_key> &keys, bool is_of_users)
+rebuilt_generations rebuild(const deleted_records &records, const QList<recovered_key> &keys,
+                            bool is_of_users, const cancel_test &cancelled)
 {
     QList<recovered_key> of_hive = keys;
     of_hive.removeIf([&](const recovered_key &key) { return key.is_of_users != is_of_users; });
     generation_builder builder(records, of_hive);
-    for (const deleted_key &key : records.keys())
+    for (const deleted_key &key : records.keys()) {
+        if (is_cancelled(cancelled))
+            break;
         builder.add(key);
+    }
     builder.add_lookups();
     return std::move(builder).take();
 }

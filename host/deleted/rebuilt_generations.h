@@ -26,14 +26,21 @@ struct rebuilt_generation
 {
     rebuilt_hive hive;
     QHash<QString, placed_record> by_row;
-    bool has_values = false; ///< of keys whose values become rows, so that lookups are needed
+    bool needs_lookups = false; ///< its rows show what other keys of the hive tell
+};
+
+/// The hives that were made of one hive's records.
+struct rebuilt_generations
+{
+    std::vector<rebuilt_generation> all;
+    qint64 without_place = 0; ///< records that would give a row, but for which no hive is left
 };
 
 /// Puts the records of a hive that are whole enough for a row into hives to be read. Of several
 /// records that give the same row, each goes into a hive of its own. What finds no place in the
-/// first `most_generations` gives no row.
-std::vector<rebuilt_generation> rebuild(const deleted_records &records,
-                                        const QList<recovered_key> &keys, bool is_of_users);
+/// first `most_generations` gives no row. Ends early when `cancelled` says so.
+rebuilt_generations rebuild(const deleted_records &records, const QList<recovered_key> &keys,
+                            bool is_of_users, const cancel_test &cancelled);
 
 constexpr size_t most_generations = 64;
 

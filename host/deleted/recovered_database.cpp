@@ -81,16 +81,22 @@ void recovered_database::run(const QString &statement)
     run(query);
 }
 
-void recovered_database::add_finds(const deleted_records &records, const find_origin &origin)
+void recovered_database::add_finds(const deleted_records &records, const find_origin &origin,
+                                   const cancel_test &cancelled)
 {
     run(u"BEGIN"_s);
     QSqlQuery insert(m_database);
     insert.prepare(insert_find);
     for (const deleted_key &key : records.keys()) {
+        if (is_cancelled(cancelled))
+            break;
         if (!key.is_alive && key.path != path_state::unknown)
             add_find(insert, records, key, nullptr, origin);
-        for (const deleted_value &value : key.values)
+        for (const deleted_value &value : key.values) {
+            if (is_cancelled(cancelled))
+                break;
             add_find(insert, records, key, &value, origin);
+        }
     }
     insert.finish();
     run(u"COMMIT"_s);

@@ -30,8 +30,9 @@ public:
 
     const QString &failure() const { return m_failure; }
 
-    /// Enters all finds of a hive in one transaction.
-    void add_finds(const deleted_records &records, const find_origin &origin);
+    /// Enters all finds of a hive in one transaction. Ends early when `cancelled` says so.
+    void add_finds(const deleted_records &records, const find_origin &origin,
+                   const cancel_test &cancelled);
 
     /// Adds the columns to the tables that do not have them.
     void extend_tables(const QStringList &tables);
