@@ -70,35 +70,6 @@ void deleted_record_reader::add_deleted_keys()
     }
 }
 
-/// Whether a record lies, with at least one byte, in a part of the file.
-bool deleted_record_reader::is_any_record_in(const std::vector<quint32> &places, qint64 begin,
-                                             qint64 end, qint64 (*length_of)(QByteArrayView)) const
-{
-    const auto next =
-        std::lower_bound(places.begin(), places.end(), static_cast<quint32>(begin / unit));
-    if (next != places.end() && qint64(*next) * unit < end)
-        return true;
-    if (next == places.begin())
-        return false;
-    const qint64 before = qint64(*std::prev(next)) * unit;
-    return before + length_of(m_records.cell_at(before)) > begin;
-}
-
-/// What is wrong with a list, or with data, whose cell begins there and has so many bytes.
-record_flaw deleted_record_reader::flaw_of(qint64 begin, qint64 size) const
-{
-    const qint64 region_end = m_records.m_space.end_of_region_at(begin);
-    const qint64 end = begin + cell_head::length + size;
-    if (begin % unit != 0 || end > region_end)
-        return record_flaw::in_use;
-    const record_places &places = m_records.m_places;
-    const bool is_cut = deleted_cell(m_hive, begin, region_end).size() < end - begin;
-    if (is_cut || is_any_record_in(places.keys, begin, end, length_of_key) ||
-        is_any_record_in(places.values, begin, end, length_of_value))
-        return record_flaw::written_over;
-    return record_flaw::none;
-}
-
 void deleted_record_reader::check_lists()
 {
     std::vector<claim> lists;
@@ -108,7 +79,7 @@ void deleted_record_reader::check_lists()
             continue;
         const qint64 begin = offset_at(m_records.cell_at(key.offset), nk::value_list);
         const qint64 size = qint64(key.values_told) * word;
-        key.list = flaw_of(begin, size);
+        key.list = m_parts.flaw_of(begin, size);
         if (key.list == record_flaw::none)
             lists.push_back({begin, begin + cell_head::length + size, i});
     }
@@ -270,16 +241,6 @@ std::vector<deleted_value *> deleted_record_reader::found_values()
     return values;
 }
 
-record_flaw deleted_record_reader::flaw_of_data(QByteArrayView cell) const
-{
-    const qint64 size = hive_cells::number_32(cell, vk::data_size);
-    const bool has_blocks =
-        hive_cells::number_32(m_hive, base_block::minor_version) >= db::first_minor_version;
-    if (has_blocks && size > db::block_limit)
-        return record_flaw::in_blocks;
-    return flaw_of(offset_at(cell, vk::data), size);
-}
-
 void deleted_record_reader::check_data()
 {
     const std::vector<deleted_value *> values = found_values();
@@ -289,7 +250,7 @@ void deleted_record_reader::check_data()
         const quint32 stored = hive_cells::number_32(cell, vk::data_size);
         if (stored == 0 || (stored & vk::data_inside) != 0)
             continue;
-        values[i]->data = flaw_of_data(cell);
+        values[i]->data = m_parts.flaw_of_data(cell);
         const qint64 begin = offset_at(cell, vk::data);
         if (values[i]->data == record_flaw::none)
             claims.push_back({begin, begin + cell_head::length + qint64(stored), i});

@@ -13,7 +13,10 @@ class deleted_record_reader
 {
 public:
     deleted_record_reader(deleted_records &records, const cancel_test &cancelled)
-        : m_records(records), m_cancelled(cancelled), m_hive(records.m_hive)
+        : m_records(records),
+          m_cancelled(cancelled),
+          m_hive(records.m_hive),
+          m_parts(m_hive, records.m_space, records.m_places)
     {
     }
 
@@ -34,10 +37,6 @@ private:
     template<typename function>
     void for_each_listed(function visit) const;
     bool is_wanted(const deleted_key &key) const;
-    record_flaw flaw_of(qint64 begin, qint64 size) const;
-    bool is_any_record_in(const std::vector<quint32> &places, qint64 begin, qint64 end,
-                          qint64 (*length_of)(QByteArrayView)) const;
-    record_flaw flaw_of_data(QByteArrayView cell) const;
     deleted_value value_at(qint64 offset) const;
     deleted_key &living_key(quint32 number, path_state path);
     std::vector<deleted_value *> found_values();
@@ -45,6 +44,7 @@ private:
     deleted_records &m_records;
     const cancel_test &m_cancelled;
     QByteArrayView m_hive;
+    record_parts m_parts;
     claimed_bytes m_claims;
     std::vector<quint8> m_named; ///< for each deleted value, whether lists name it: 2 if several do
     std::vector<value_owner> m_rest_of_lists; ///< what lists of keys in use have behind their end

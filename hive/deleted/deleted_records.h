@@ -4,6 +4,7 @@
 #include "cancel_test.h"
 #include "free_space.h"
 #include "known_keys.h"
+#include "record_parts.h"
 #include "record_places.h"
 #include "wanted_keys.h"
 
@@ -13,16 +14,6 @@
 
 #include <memory>
 #include <vector>
-
-/// Why a part of a deleted record is not there any more, or cannot be told to be its own.
-enum class record_flaw
-{
-    none,
-    in_use,       ///< a cell in use lies where it was
-    written_over, ///< another deleted record lies in it
-    shared,       ///< two records say that it is theirs
-    in_blocks ///< the data are so long that Windows stores them in blocks, which are not followed
-};
 
 /// A deleted value.
 struct deleted_value

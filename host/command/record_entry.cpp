@@ -132,43 +132,6 @@ QJsonArray replayed_entry(const QList<replayed_hive> &hives)
     return entries;
 }
 
-QJsonArray searched_entry(const QList<searched_hive> &hives)
-{
-    QJsonArray entries;
-    for (const searched_hive &hive : hives)
-        entries.append(without_empty({{"path"_L1, hive.path},
-                                      {"failure"_L1, hive.failure},
-                                      {"free_bytes"_L1, hive.free_bytes},
-                                      {"bytes_behind_bins"_L1, hive.bytes_behind_bins},
-                                      {"deleted_keys"_L1, hive.keys_in_free_space},
-                                      {"deleted_values"_L1, hive.values_in_free_space},
-                                      {"finds"_L1, hive.finds},
-                                      {"without_row"_L1, hive.without_row}}));
-    return entries;
-}
-
-QJsonArray rebuilt_entry(const QList<rebuilt_copy> &copies)
-{
-    QJsonArray entries;
-    for (const rebuilt_copy &copy : copies)
-        entries.append(QJsonObject{{"path"_L1, copy.path},
-                                   {"generation"_L1, copy.generation},
-                                   {"copy"_L1, copy.copy},
-                                   {"copy_sha256"_L1, copy.sha256}});
-    return entries;
-}
-
-QJsonObject deleted_entry(const deleted_outcome &deleted)
-{
-    return without_empty({{"database"_L1, deleted.database},
-                          {"finds"_L1, deleted.finds},
-                          {"rows"_L1, deleted.rows},
-                          {"cancelled"_L1, deleted.is_cancelled},
-                          {"failure"_L1, deleted.failure},
-                          {"hives"_L1, searched_entry(deleted.hives)},
-                          {"rebuilt_hives"_L1, rebuilt_entry(deleted.rebuilt)}});
-}
-
 /// Rows are those in the database if they could be counted.
 QJsonArray tabs_entry(const finished_run &run)
 {
@@ -244,7 +207,7 @@ QJsonObject entry_of_ended_run(QJsonObject entry, const finished_run &run,
     insert_end(entry, code);
     entry.insert("files"_L1, files_entry(facts.files));
     if (facts.deleted)
-        entry.insert("deleted_records"_L1, deleted_entry(*facts.deleted));
+        entry.insert("deleted_records"_L1, entry_of(*facts.deleted));
     entry.insert("tabs"_L1, tabs_entry(run));
     entry.insert("rows"_L1, run.counts.total());
     entry.insert("rows_kept"_L1, run.rows_kept);

@@ -6,7 +6,7 @@
 
 #include <optional>
 
-#include "deleted_run.h"
+#include "deleted_outcome.h"
 #include "earlier_results.h"
 #include "finding.h"
 #include "read_files.h"

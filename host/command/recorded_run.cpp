@@ -8,11 +8,13 @@
 
 #include "console.h"
 #include "database_check.h"
+#include "deleted_run.h"
 #include "file_hashes.h"
 #include "hive_precheck.h"
 #include "interrupt_watch.h"
 #include "output_watch.h"
 #include "record_entry.h"
+#include "recovered_database.h"
 #include "run_lock.h"
 #include "run_record.h"
 #include "unread_report.h"

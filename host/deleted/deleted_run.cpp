@@ -9,15 +9,11 @@
 #include <atomic>
 #include <cstdio>
 
-#include "deleted_records.h"
-#include "hive_precheck.h"
+#include "deleted_search.h"
 #include "interrupt_watch.h"
-#include "log_files.h"
 #include "new_file.h"
 #include "private_copy.h"
-#include "rebuilt_generations.h"
 #include "recovered_database.h"
-#include "recovered_keys.h"
 #include "sha256.h"
 
 using namespace Qt::StringLiterals;
@@ -44,19 +40,11 @@ public:
     deleted_outcome run();
 
 private:
-    struct rebuilt
-    {
-        QString path;
-        bool is_of_users;
-        std::vector<rebuilt_generation> generations;
-    };
-
     bool prepare();
     void search_all();
-    searched_hive search(const QString &path, const cancel_test &cancelled);
     void write_rows();
     bool write_generation(size_t number);
-    QString copy_of(const rebuilt &hive, size_t number);
+    QString copy_of(const searched_records &hive, size_t number);
     QString copy_of_nothing();
     bool extract(const extraction_plan &plan);
     void finish();
@@ -72,7 +60,7 @@ private:
     QTemporaryDir m_folder;
     result_location m_private; ///< where the plug-in writes
     std::optional<recovered_database> m_database;
-    std::vector<rebuilt> m_rebuilt;
+    std::vector<searched_records> m_searched;
     deleted_outcome m_outcome;
 };
 
@@ -127,40 +115,20 @@ void deleted_run::search_all()
     const interrupt_watch interrupts([&is_interrupted] { is_interrupted = true; });
     const cancel_test cancelled = [&is_interrupted] { return is_interrupted.load(); };
     for (const QString &path : std::as_const(paths)) {
-        searched_hive hive = search(path, cancelled);
+        searched_records hive =
+            search_hive(m_volume, path, m_accounts.value(path), m_keys, cancelled);
+        if (hive.records)
+            m_database->add_finds(*hive.records,
+                                  {path, hive.account, u"Source%1"_s.arg(m_plan.source_number)},
+                                  cancelled);
+        hive.records.reset(); // with the bytes of the hive
         m_outcome.is_cancelled = cancelled();
         if (m_outcome.is_cancelled)
             return;
-        m_outcome.finds += hive.finds;
-        m_outcome.hives.append(hive);
+        m_outcome.finds += hive.told.finds;
+        m_outcome.hives.append(hive.told);
+        m_searched.push_back(std::move(hive));
     }
-}
-
-searched_hive deleted_run::search(const QString &path, const cancel_test &cancelled)
-{
-    searched_hive hive;
-    hive.path = path;
-    const QString account = m_accounts.value(path);
-    const std::optional<QByteArray> bytes = bytes_of_hive(m_volume.file_of(path));
-    if (!bytes) {
-        hive.failure = u"it cannot be read"_s;
-        return hive;
-    }
-    const bool is_of_users = !account.isEmpty();
-    const deleted_records records(*bytes, wanted_of(m_keys, is_of_users), cancelled);
-    hive.free_bytes = records.free_bytes();
-    hive.bytes_behind_bins = records.bytes_behind_bins();
-    hive.keys_in_free_space = records.keys_in_free_space();
-    hive.values_in_free_space = records.values_in_free_space();
-    for (const deleted_key &key : records.keys())
-        hive.finds +=
-            qint64(key.values.size()) + (key.is_alive || key.path == path_state::unknown ? 0 : 1);
-    m_database->add_finds(records, {path, account, u"Source%1"_s.arg(m_plan.source_number)},
-                          cancelled);
-    rebuilt_generations generations = rebuild(records, m_keys, is_of_users, cancelled);
-    hive.without_row = generations.without_place;
-    m_rebuilt.push_back({path, is_of_users, std::move(generations.all)});
-    return hive;
 }
 
 /// One generation at least is read, so that the database has all tables.
@@ -169,8 +137,8 @@ void deleted_run::write_rows()
     if (m_outcome.finds == 0)
         return;
     size_t generations = 1;
-    for (const rebuilt &hive : m_rebuilt)
-        generations = std::max(generations, hive.generations.size());
+    for (const searched_records &hive : m_searched)
+        generations = std::max(generations, hive.generations.all.size());
     for (size_t number = 0; number < generations && !m_outcome.is_cancelled; ++number) {
         if (!write_generation(number))
             return;
@@ -179,16 +147,16 @@ void deleted_run::write_rows()
         m_outcome.rows += m_database->count_in(tab);
 }
 
-QString deleted_run::copy_of(const rebuilt &hive, size_t number)
+QString deleted_run::copy_of(const searched_records &hive, size_t number)
 {
-    const QByteArray bytes = hive.generations[number].hive.bytes();
+    const QByteArray bytes = hive.generations.all[number].hive.bytes();
     const QString sha256 = sha256_of_bytes(bytes);
     const QString wanted = m_location.rebuilt_directory +
                            u"/Source%1/%2/%3"_s.arg(QString::number(m_plan.source_number),
-                                                    QString::number(number + 1), hive.path);
+                                                    QString::number(number + 1), hive.told.path);
     QString copy = private_copy(bytes, sha256, wanted, {m_volume.source_root()}, m_outcome.failure);
     if (!copy.isEmpty())
-        m_outcome.rebuilt.append({hive.path, int(number) + 1, copy, sha256});
+        m_outcome.rebuilt.append({hive.told.path, int(number) + 1, copy, sha256});
     return copy;
 }
 
@@ -222,17 +190,17 @@ bool deleted_run::write_generation(size_t number)
         plan.hive_copies.insert(m_volume.root() + path, nothing);
     QHash<QString, QHash<QString, placed_record>> by_hive;
     QHash<QString, QString> evidence_files;
-    for (const rebuilt &hive : m_rebuilt) {
-        if (number >= hive.generations.size())
+    for (const searched_records &hive : m_searched) {
+        if (number >= hive.generations.all.size())
             continue;
         const QString copy = copy_of(hive, number);
         if (copy.isEmpty())
             return false;
-        plan.hive_copies.insert(m_volume.root() + hive.path, copy);
-        if (hive.is_of_users)
-            plan.accounts.append(m_accounts.value(hive.path));
-        by_hive.insert(rows_name(hive.path), hive.generations[number].by_row);
-        evidence_files.insert(rows_name(hive.path), hive.path);
+        plan.hive_copies.insert(m_volume.root() + hive.told.path, copy);
+        if (!hive.account.isEmpty())
+            plan.accounts.append(m_accounts.value(hive.told.path));
+        by_hive.insert(rows_name(hive.told.path), hive.generations.all[number].by_row);
+        evidence_files.insert(rows_name(hive.told.path), hive.told.path);
     }
     if (nothing.isEmpty() || !extract(plan))
         return false;
@@ -284,44 +252,4 @@ deleted_outcome recover_deleted(artifact_plugin &plugin, const extraction_plan &
                                 const QHash<QString, QString> &accounts_by_hive)
 {
     return deleted_run(plugin, plan, location, volume, accounts_by_hive).run();
-}
-
-QString line_about(const deleted_outcome &outcome)
-{
-    if (outcome.is_cancelled)
-        return u"deleted records: the search was cancelled; no database of them was written"_s;
-    if (!outcome.failure.isEmpty())
-        return u"deleted records: no database of them was written"_s;
-    const QString hives = u"%1 hives searched"_s.arg(outcome.hives.size());
-    if (outcome.finds == 0)
-        return u"deleted records: none found, %1; no database of them was written"_s.arg(hives);
-    return u"deleted records: %1 found, %2; rows made of them: %3; database: %4"_s.arg(
-        QString::number(outcome.finds), hives, QString::number(outcome.rows), outcome.database);
-}
-
-QStringList warnings_about(const deleted_outcome &outcome)
-{
-    QStringList warnings;
-    for (const searched_hive &hive : outcome.hives) {
-        if (!hive.failure.isEmpty())
-            warnings.append(
-                u"%1: not searched for deleted records: %2"_s.arg(hive.path, hive.failure));
-        if (hive.without_row > 0)
-            warnings.append(u"%1: %2 deleted records would give the same rows as %3 others each, "
-                            "and have none"_s.arg(hive.path, QString::number(hive.without_row),
-                                                  QString::number(most_generations)));
-    }
-    return warnings;
-}
-
-std::optional<refusal> check_deleted_database(const result_location &location)
-{
-    const QString &file = location.deleted_database;
-    const QFileInfo info(file);
-    if (!info.exists() && !info.isSymLink())
-        return std::nullopt;
-    if (info.isFile() && !info.isSymLink() && recovered_database::is_one(file))
-        return std::nullopt;
-    return refusal{exit_result,
-                   u"the file %1 is no database of deleted records and stays as it is"_s.arg(file)};
 }

@@ -1,10 +1,10 @@
 #include "rebuilt_generations.h"
 
-#include <QSet>
-
 #include <algorithm>
 
 #include "deleted_texts.h"
+#include "recovered_paths.h"
+#include "row_lookups.h"
 
 using namespace Qt::StringLiterals;
 
@@ -36,38 +36,6 @@ QString rotated(QString name)
     return name;
 }
 
-bool starts_with(const QStringList &path, const QStringList &names)
-{
-    if (path.size() < names.size())
-        return false;
-    return std::equal(
-        names.begin(), names.end(), path.begin(),
-        [](const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) == 0; });
-}
-
-QStringList names_of(const wanted_key &key)
-{
-    return key.path.split(u'\\', Qt::SkipEmptyParts);
-}
-
-/// libhivex refuses all subkeys of a key of which it cannot read one name.
-bool is_readable(const QStringList &names)
-{
-    return std::all_of(names.begin(), names.end(),
-                       [](const QString &name) { return !name.isEmpty() && name.isValidUtf16(); });
-}
-
-/// A value that tells what rows of other keys are about.
-struct lookup_value
-{
-    QStringList path;
-    QString name;
-    quint32 type;
-    QByteArray data;
-};
-
-constexpr qsizetype lookup_overhead = 200; // bytes that a value takes besides name and data
-
 class generation_builder
 {
 public:
@@ -83,10 +51,6 @@ public:
 private:
     void add_key(const recovered_key &wanted, const deleted_key &key, const QStringList &path);
     void add_values(const recovered_key &wanted, const deleted_key &key, const QStringList &path);
-    bool is_lookup(const QStringList &path) const;
-    void append_lookup(QList<lookup_value> &lookups, const lookup_value &value);
-    QList<lookup_value> living_lookups();
-    QList<lookup_value> deleted_lookups();
     rebuilt_generation *generation_for(const recovered_key &wanted, const QString &group,
                                        const QString &name, const placed_record &placed);
 
@@ -95,8 +59,6 @@ private:
     std::vector<rebuilt_generation> m_generations;
     QHash<QString, size_t> m_next; ///< the generation of the next record that gives a row
     qint64 m_without_place = 0;
-    qsizetype m_lookup_bytes = 0;
-    QSet<QString> m_lookup_keys;
 };
 
 void generation_builder::add(const deleted_key &key)
@@ -190,73 +152,13 @@ void generation_builder::add_lookups()
     const auto needs_lookups = [](const rebuilt_generation &each) { return each.needs_lookups; };
     if (std::none_of(m_generations.begin(), m_generations.end(), needs_lookups))
         return;
-    const QList<lookup_value> lookups = living_lookups() + deleted_lookups();
+    const QList<lookup_value> lookups = row_lookups(m_records, m_keys).values();
     for (rebuilt_generation &generation : m_generations) {
         if (!generation.needs_lookups)
             continue;
         for (const lookup_value &value : lookups)
             generation.hive.add_value(value.path, value.name, value.type, value.data);
     }
-}
-
-bool generation_builder::is_lookup(const QStringList &path) const
-{
-    for (const recovered_key &wanted : m_keys) {
-        for (const wanted_key &lookup : wanted.lookups) {
-            if (starts_with(path, names_of(lookup)) && is_readable(path))
-                return true;
-        }
-    }
-    return false;
-}
-
-/// Appends a value as long as all of them together stay short: each generation gets them.
-void generation_builder::append_lookup(QList<lookup_value> &lookups, const lookup_value &value)
-{
-    constexpr qsizetype most_bytes = 1 << 20;
-    m_lookup_bytes += value.data.size() + value.name.size() + lookup_overhead;
-    if (m_lookup_bytes <= most_bytes && value.name.isValidUtf16())
-        lookups.append(value);
-}
-
-QList<lookup_value> generation_builder::living_lookups()
-{
-    QList<lookup_value> lookups;
-    for (const living_value &value : m_records.living_values()) {
-        const QStringList path = m_records.path_of(value);
-        if (is_lookup(path))
-            append_lookup(lookups, {path, m_records.name_of(value), m_records.type_of(value),
-                                    m_records.data_of(value)});
-    }
-    for (const lookup_value &value : std::as_const(lookups))
-        m_lookup_keys.insert(value.path.join(u'\\').toCaseFolded());
-    return lookups;
-}
-
-/// Deleted keys where none lives; of several the one that was written last.
-QList<lookup_value> generation_builder::deleted_lookups()
-{
-    std::vector<const deleted_key *> deleted;
-    for (const deleted_key &key : m_records.keys()) {
-        if (!key.is_alive && key.is_whole() && key.path == path_state::whole &&
-            is_lookup(m_records.path_of(key)))
-            deleted.push_back(&key);
-    }
-    std::stable_sort(
-        deleted.begin(), deleted.end(),
-        [](const deleted_key *a, const deleted_key *b) { return a->last_write > b->last_write; });
-    QList<lookup_value> lookups;
-    for (const deleted_key *key : deleted) {
-        const QStringList path = m_records.path_of(*key);
-        const QString folded = path.join(u'\\').toCaseFolded();
-        if (m_lookup_keys.contains(folded))
-            continue;
-        m_lookup_keys.insert(folded);
-        for (const deleted_value &value : key->values)
-            append_lookup(lookups,
-                          {path, m_records.name_of(value), value.type, m_records.data_of(value)});
-    }
-    return lookups;
 }
 
 } // namespace

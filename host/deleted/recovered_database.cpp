@@ -1,5 +1,6 @@
 #include "recovered_database.h"
 
+#include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -203,7 +204,14 @@ qint64 recovered_database::count_in(const QString &table)
     return run(query) && query.next() ? query.value(0).toLongLong() : 0;
 }
 
-bool recovered_database::is_one(const QString &file)
+std::optional<refusal> check_deleted_database(const result_location &location)
 {
-    return tables_in(file).contains(results::table_of_finds);
+    const QString &file = location.deleted_database;
+    const QFileInfo info(file);
+    if (!info.exists() && !info.isSymLink())
+        return std::nullopt;
+    if (info.isFile() && !info.isSymLink() && tables_in(file).contains(results::table_of_finds))
+        return std::nullopt;
+    return refusal{exit_result,
+                   u"the file %1 is no database of deleted records and stays as it is"_s.arg(file)};
 }

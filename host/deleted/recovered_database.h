@@ -9,6 +9,7 @@
 #include "deleted_records.h"
 #include "rebuilt_generations.h"
 #include "recovered_keys.h"
+#include "result_location.h"
 
 /// Where a find comes from.
 struct find_origin
@@ -48,9 +49,6 @@ public:
     qint64 count_in(const QString &table);
     qint64 rows_removed() const { return m_rows_removed; }
 
-    /// Whether a database at the path is one of these.
-    static bool is_one(const QString &file);
-
 private:
     void tell_origins_in(const QString &tab, const row_rule &rule,
                          const QHash<QString, QHash<QString, placed_record>> &by_hive,
@@ -64,5 +62,8 @@ private:
     QString m_failure;
     qint64 m_rows_removed = 0;
 };
+
+/// Why the database of deleted records cannot be made; nothing if it can.
+std::optional<refusal> check_deleted_database(const result_location &location);
 
 #endif
