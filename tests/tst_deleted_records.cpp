@@ -49,6 +49,15 @@ namespace {
 
 constexpr qint64 editor_time = 133000000000000000;
 constexpr qint64 deletion_time = 133500000000000000;
+/// A cell of a list of values.
+QByteArray list_of(const QList<qint64> &values)
+{
+    QByteArray list(4 + 4 * values.size(), '\0');
+    for (qsizetype i = 0; i < values.size(); ++i)
+        put_32(list, 4 + 4 * i, stored_offset(values.at(i)));
+    return used_cell(list);
+}
+
 const auto long_text = u"C:\\Program Files\\Editor\\"_s;
 
 } // namespace
@@ -144,6 +153,21 @@ void tst_deleted_records::finds_what_is_left_data()
                .bytes()
         << QStringList{u"living Registered: whole, path doubtful, list there"_s,
                        u"  Three of 30: there"_s};
+    const value_cells one = m_registered->cells_of_value(u"One"_s);
+    const qint64 two = m_registered->cells_of_value(u"Two"_s).value;
+    const QByteArray without_one =
+        hive_deletion(m_bytes).value(m_registered->cells().key, one.value, deletion_time).bytes();
+    const QStringList unknown{u"key : part, path unknown, list there"_s, u"  One of 26: there"_s};
+    QTest::newRow("a value of a key that lives, named by an older list")
+        << with_free_bin(without_one, list_of({one.value, two}))
+        << QStringList{u"living Registered: whole, path whole, list there"_s, unknown.at(1)};
+    QTest::newRow("a value that an older list names beside values of two keys")
+        << with_free_bin(without_one, list_of({one.value, two, place.value})) << unknown;
+    QTest::newRow("a value that two older lists of different keys name")
+        << with_free_bin(without_one, list_of({one.value, two}) + list_of({one.value, place.value}))
+        << unknown;
+    QTest::newRow("a value that an older list names alone")
+        << with_free_bin(without_one, list_of({one.value})) << unknown;
     QTest::newRow("a value of a key that lives, named by nothing")
         << hive_deletion(m_bytes)
                .value(m_registered->cells().key, m_registered->cells_of_value(u"One"_s).value,

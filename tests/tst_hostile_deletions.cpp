@@ -56,18 +56,6 @@ QByteArray keys_below(qint64 parent, int count, quint32 list)
     return cell.repeated(count);
 }
 
-/// The hive with the bytes in a free cell of a bin of their own.
-QByteArray with_free(const QByteArray &hive, const QByteArray &bytes)
-{
-    const qint64 size = rounded_up(hbin::cells + bytes.size(), page_size);
-    QByteArray bin = bin_head(hive.size(), size) + bytes;
-    bin.resize(size, '\0');
-    put_32(bin, hbin::cells, static_cast<quint32>(size - hbin::cells));
-    return hive_damage(hive + bin)
-        .bins_size(static_cast<quint32>(hive.size() + size - first_bin))
-        .bytes();
-}
-
 QByteArray noise(qint64 size)
 {
     std::mt19937_64 random(7); // NOLINT: always the same noise
@@ -130,7 +118,7 @@ void tst_hostile_deletions::gives_a_list_that_many_keys_name_to_none()
     const quint32 list = stored_offset(editor.cells().value_list);
     constexpr int keys = 10'000;
     const QByteArray bytes =
-        with_free(gone, keys_below(builder.key(u"Uninstall"_s).cells().key, keys, list));
+        with_free_bin(gone, keys_below(builder.key(u"Uninstall"_s).cells().key, keys, list));
     const QStringList lines = lines_about({bytes, wanted});
     // Each of them, and the value that now has no key.
     QCOMPARE(lines.size(), keys + 1 + 2);

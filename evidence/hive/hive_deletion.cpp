@@ -1,5 +1,6 @@
 #include "hive_deletion.h"
 
+#include "base_block.h"
 #include "byte_fields.h"
 #include "hive_bins.h"
 #include "regf_format.h"
@@ -189,6 +190,16 @@ bool hive_deletion::take_from(qint64 list, qint64 key)
         return true;
     }
     return false;
+}
+
+QByteArray with_free_bin(const QByteArray &hive, const QByteArray &cells)
+{
+    const qint64 size = rounded_up(hbin::cells + cells.size(), page_size);
+    QByteArray bytes = hive + (bin_head(hive.size(), size) + cells).leftJustified(size, '\0');
+    put_32(bytes, hive.size() + hbin::cells, static_cast<quint32>(size - hbin::cells));
+    put_32(bytes, base_block::bins_size, static_cast<quint32>(bytes.size() - first_bin));
+    put_checksum(bytes);
+    return bytes;
 }
 
 } // namespace evidence

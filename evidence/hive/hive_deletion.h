@@ -50,6 +50,10 @@ private:
     QByteArray m_bytes;
 };
 
+/// The hive with one bin more, which is a free cell with these bytes in it: cells, one behind the
+/// other, of which the first one's size becomes that of the free cell.
+QByteArray with_free_bin(const QByteArray &hive, const QByteArray &cells);
+
 } // namespace evidence
 
 #endif

@@ -42,7 +42,10 @@ void deleted_record_reader::read()
     drop_other_keys();
     if (is_cancelled(m_cancelled))
         return;
-    read_living_lists();
+    living_lists lists =
+        read_living_lists(m_hive, m_records.m_keys, m_records.m_wanted, m_records.m_places.values);
+    m_records.m_living = std::move(lists.values);
+    m_rest_of_lists = std::move(lists.rest);
     add_values_of_living_keys();
     std::stable_sort(
         m_records.m_found.begin(), m_records.m_found.end(),
@@ -132,36 +135,6 @@ void deleted_record_reader::drop_other_keys()
     found.erase(std::remove_if(found.begin(), found.end(),
                                [this](const deleted_key &key) { return !is_wanted(key); }),
                 found.end());
-}
-
-/// Each list is read once, so that many keys with one list take no longer than one.
-void deleted_record_reader::read_living_lists()
-{
-    const known_keys &keys = m_records.m_keys;
-    hive_cells cells(m_hive);
-    for (quint32 number = 0; number < keys.all().size(); ++number) {
-        const known_keys::key &known = keys.at(number);
-        if (known.is_deleted || known.path == path_state::partial ||
-            !m_records.m_wanted.are_values_wanted(known.wanted))
-            continue;
-        const QByteArrayView key = keys.cell_of(number);
-        const qint64 count = hive_cells::number_32(key, nk::value_count);
-        if (count == 0)
-            continue;
-        const QByteArrayView list =
-            cells.take(hive_cells::number_32(key, nk::value_list), cell_head::length);
-        const qint64 entries = (list.size() - value_list::entries) / word;
-        for (qint64 entry = 0; entry < entries; ++entry) {
-            const qint64 value = offset_at(list, value_list::entries + entry * word);
-            const bool is_sound = value % unit == 0 && value < m_hive.size() &&
-                                  is_sound_value(m_records.used_cell_at(value), m_hive.size());
-            const auto place = static_cast<quint32>(value / unit);
-            if (entry < count && is_sound)
-                m_records.m_living.push_back({place, number});
-            else if (entry >= count && index_in(m_records.m_places.values, value) >= 0)
-                m_rest_of_lists.push_back({place, number});
-        }
-    }
 }
 
 deleted_key &deleted_record_reader::living_key(quint32 number, path_state path)

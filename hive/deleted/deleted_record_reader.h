@@ -3,6 +3,7 @@
 
 #include "claimed_bytes.h"
 #include "deleted_records.h"
+#include "living_lists.h"
 #include "value_owners.h"
 
 /// Fills what a scan of a hive found. A helper of deleted_records.
@@ -29,7 +30,6 @@ private:
     void check_lists();
     void read_lists();
     void drop_other_keys();
-    void read_living_lists();
     void add_values_of_living_keys();
     void add_values_of_no_key();
     void check_data();

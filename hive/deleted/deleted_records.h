@@ -4,6 +4,7 @@
 #include "cancel_test.h"
 #include "free_space.h"
 #include "known_keys.h"
+#include "living_lists.h"
 #include "record_parts.h"
 #include "record_places.h"
 #include "wanted_keys.h"
@@ -38,13 +39,6 @@ struct deleted_key
 
     /// Whether key, list, values and data are all there.
     bool is_whole() const;
-};
-
-/// A value of a key in use.
-struct living_value
-{
-    quint32 place = 0; ///< see free_region
-    quint32 key = 0;   ///< number of its key
 };
 
 /// The deleted keys and values that a hive file has in free cells and behind its last bin.

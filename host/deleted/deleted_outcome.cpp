@@ -71,6 +71,9 @@ QStringList warnings_about(const deleted_outcome &outcome)
                             "and have none"_s.arg(hive.path, QString::number(hive.without_row),
                                                   QString::number(most_generations)));
     }
+    if (outcome.rows_without_origin > 0)
+        warnings.append(u"deleted records: %1 rows are left out, because it is not known of which "
+                        "records they are"_s.arg(outcome.rows_without_origin));
     return warnings;
 }
 
@@ -79,6 +82,7 @@ QJsonObject entry_of(const deleted_outcome &outcome)
     return without_empty({{"database"_L1, outcome.database},
                           {"finds"_L1, outcome.finds},
                           {"rows"_L1, outcome.rows},
+                          {"rows_without_origin"_L1, outcome.rows_without_origin},
                           {"cancelled"_L1, outcome.is_cancelled},
                           {"failure"_L1, outcome.failure},
                           {"hives"_L1, searched_entry(outcome.hives)},

@@ -36,6 +36,7 @@ struct deleted_outcome
     QList<rebuilt_copy> rebuilt;
     QString database; ///< empty if nothing was found, or it could not be made
     qint64 rows = 0;
+    qint64 rows_without_origin = 0; ///< that the plug-in made of no record; they are removed
     qint64 finds = 0;
     bool is_cancelled = false;
     QString failure; ///< why there is no database, or not all rows are in it

@@ -79,17 +79,15 @@ deleted_outcome deleted_run::run()
     return m_outcome;
 }
 
+/// In the order in which the plug-in fills them.
 QStringList deleted_run::tabs() const
 {
-    QStringList tabs;
+    QStringList of_keys;
     for (const recovered_key &key : m_keys)
-        tabs += key.tabs;
-    QStringList in_order;
-    for (const QString &tab : m_plan.tabs) {
-        if (tabs.contains(tab))
-            in_order.append(tab);
-    }
-    return in_order;
+        of_keys += key.tabs;
+    QStringList tabs = m_plan.tabs;
+    tabs.removeIf([&](const QString &tab) { return !of_keys.contains(tab); });
+    return tabs;
 }
 
 /// The database is made in a folder of its own, and moved when it is whole.
@@ -143,6 +141,7 @@ void deleted_run::write_rows()
         if (!write_generation(number))
             return;
     }
+    m_outcome.rows_without_origin = m_database->rows_removed();
     for (const QString &tab : tabs())
         m_outcome.rows += m_database->count_in(tab);
 }
@@ -169,7 +168,7 @@ QString deleted_run::copy_of_nothing()
     return m_outcome.failure.isEmpty() ? file : QString();
 }
 
-/// The name by which rows know the hive of a user; the machine's is the one without an account.
+/// The path by which rows name the hive of a user; empty for the machine's.
 QString deleted_run::rows_name(const QString &path) const
 {
     return m_accounts.value(path).isEmpty() ? QString() : u'/' + path;
