@@ -13,6 +13,8 @@
 #include <QJsonArray>
 #include <QTest>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 using namespace evidence;
 using namespace test_support;
@@ -31,6 +33,7 @@ private slots:
     void tells_all_finds();
     void gives_each_of_several_versions_a_row();
     void tells_of_versions_without_a_row();
+    void ends_with_ctrl_c();
     void tells_when_nothing_is_found();
     void records_what_it_did();
     void leaves_the_evidence_as_it_was();
@@ -283,6 +286,34 @@ void tst_deleted_extraction::tells_of_versions_without_a_row()
                  .arg(most));
     QCOMPARE(result.exit_code, 6);
     QCOMPARE(result_database(recovered_path()).row_count(u"install_apps_64"_s), most);
+}
+
+/// More finds than are written before the signal comes.
+void tst_deleted_extraction::ends_with_ctrl_c()
+{
+    run({});
+    const QByteArray database = read_file(database_path());
+    QByteArray value = QByteArray("\x20\0\0\0vk\1\0\4\0\0\x80\7\0\0\0\4\0\0\0\1\0\0\0a", 25);
+    value = value.leftJustified(32, '\0');
+    m_volume->file(software_file,
+                   with_free_bin(read_file(m_volume->software_path()), value.repeated(1 << 20)));
+    host_process process;
+    process.start(arguments(m_volume->root(), {u"--user"_s, u"ann"_s, u"--deleted"_s,
+                                               u"--replace"_s, u"--no-hashes"_s}));
+    process.wait_for_error_line(
+        u"artifact_host: looking for deleted records; Ctrl-C gives it up"_s);
+    process.send_signal(SIGINT);
+    const host_result result = process.finish();
+    QCOMPARE(result.exit_code, 130);
+    QVERIFY(result.errors.contains(u"artifact_host: deleted records: the search was cancelled; no "
+                                   "database of them was written"_s));
+    QVERIFY(read_file(database_path()) == database);
+    QCOMPARE(last_run().value("outcome"_L1), u"cancelled"_s);
+    QVERIFY(last_run().value("deleted_records"_L1).toObject().value("cancelled"_L1).toBool());
+    QCOMPARE(QDir(QFileInfo(database_path()).path())
+                 .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden,
+                            QDir::Name | QDir::IgnoreCase),
+             (QStringList{u"run.json"_s, u"Windows_Installed_Applications.sqlite"_s}));
 }
 
 void tst_deleted_extraction::tells_when_nothing_is_found()

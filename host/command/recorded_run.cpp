@@ -224,8 +224,12 @@ void recorded_run::recover_deleted(finished_run &finished)
         if (file.is_read() && check_hive_file(m_volume.file_of(file.path)).readable)
             searched.insert(file.path, accounts_by_hive.value(file.path));
     }
-    m_facts.deleted =
-        ::recover_deleted(*m_plugin.object, m_run.plan, m_run.location, m_volume, searched);
+    const auto tell_search = [this] {
+        if (!m_options.quiet)
+            print_notice(u"looking for deleted records; Ctrl-C gives it up"_s);
+    };
+    m_facts.deleted = ::recover_deleted(*m_plugin.object, m_run.plan, m_run.location, m_volume,
+                                        searched, tell_search);
     finished.deleted_problem = m_facts.deleted->failure;
     outcome.cancelled = outcome.cancelled || m_facts.deleted->is_cancelled;
     const QStringList warnings = warnings_about(*m_facts.deleted);

@@ -26,12 +26,14 @@ class deleted_run
 public:
     deleted_run(artifact_plugin &plugin, const extraction_plan &plan,
                 const result_location &location, const source_volume &volume,
-                const QHash<QString, QString> &accounts_by_hive)
+                const QHash<QString, QString> &accounts_by_hive,
+                const std::function<void()> &tell_search)
         : m_plugin(plugin),
           m_plan(plan),
           m_location(location),
           m_volume(volume),
           m_accounts(accounts_by_hive),
+          m_tell_search(tell_search),
           m_keys(recovered_keys(plugin, plan.tabs, plan.options.installations_of_users)),
           m_folder(location.plugin_directory + "/deleted-XXXXXX"_L1)
     {
@@ -48,7 +50,6 @@ private:
     QString copy_of_nothing();
     bool extract(const extraction_plan &plan);
     void finish();
-    QStringList tabs() const;
     QString rows_name(const QString &path) const;
 
     artifact_plugin &m_plugin;
@@ -56,6 +57,7 @@ private:
     const result_location &m_location;
     const source_volume &m_volume;
     const QHash<QString, QString> &m_accounts;
+    const std::function<void()> &m_tell_search;
     QList<recovered_key> m_keys;
     QTemporaryDir m_folder;
     result_location m_private; ///< where the plug-in writes
@@ -79,17 +81,6 @@ deleted_outcome deleted_run::run()
     return m_outcome;
 }
 
-/// In the order in which the plug-in fills them.
-QStringList deleted_run::tabs() const
-{
-    QStringList of_keys;
-    for (const recovered_key &key : m_keys)
-        of_keys += key.tabs;
-    QStringList tabs = m_plan.tabs;
-    tabs.removeIf([&](const QString &tab) { return !of_keys.contains(tab); });
-    return tabs;
-}
-
 /// The database is made in a folder of its own, and moved when it is whole.
 bool deleted_run::prepare()
 {
@@ -111,6 +102,7 @@ void deleted_run::search_all()
     paths.sort();
     std::atomic<bool> is_interrupted = false;
     const interrupt_watch interrupts([&is_interrupted] { is_interrupted = true; });
+    m_tell_search();
     const cancel_test cancelled = [&is_interrupted] { return is_interrupted.load(); };
     for (const QString &path : std::as_const(paths)) {
         searched_records hive =
@@ -142,7 +134,7 @@ void deleted_run::write_rows()
             return;
     }
     m_outcome.rows_without_origin = m_database->rows_removed();
-    for (const QString &tab : tabs())
+    for (const QString &tab : tabs_of(m_keys, m_plan.tabs))
         m_outcome.rows += m_database->count_in(tab);
 }
 
@@ -181,7 +173,7 @@ bool deleted_run::write_generation(size_t number)
     extraction_plan plan = m_plan;
     plan.result_directory = m_private.result_directory;
     plan.debug_log.clear();
-    plan.tabs = tabs();
+    plan.tabs = tabs_of(m_keys, m_plan.tabs);
     plan.keep_rows = true;
     plan.accounts.clear();
     plan.hive_copies.clear();
@@ -248,7 +240,8 @@ void deleted_run::finish()
 
 deleted_outcome recover_deleted(artifact_plugin &plugin, const extraction_plan &plan,
                                 const result_location &location, const source_volume &volume,
-                                const QHash<QString, QString> &accounts_by_hive)
+                                const QHash<QString, QString> &accounts_by_hive,
+                                const std::function<void()> &tell_search)
 {
-    return deleted_run(plugin, plan, location, volume, accounts_by_hive).run();
+    return deleted_run(plugin, plan, location, volume, accounts_by_hive, tell_search).run();
 }

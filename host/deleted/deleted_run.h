@@ -4,6 +4,8 @@
 #include <QHash>
 #include <QString>
 
+#include <functional>
+
 #include "deleted_outcome.h"
 #include "extraction_run.h"
 #include "result_location.h"
@@ -16,6 +18,7 @@
 /// the evidence, are not touched.
 deleted_outcome recover_deleted(artifact_plugin &plugin, const extraction_plan &plan,
                                 const result_location &location, const source_volume &volume,
-                                const QHash<QString, QString> &accounts_by_hive);
+                                const QHash<QString, QString> &accounts_by_hive,
+                                const std::function<void()> &tell_search);
 
 #endif

@@ -95,3 +95,12 @@ QList<wanted_key> wanted_of(const QList<recovered_key> &keys, bool is_of_users)
     }
     return wanted;
 }
+
+QStringList tabs_of(const QList<recovered_key> &keys, QStringList tabs)
+{
+    QStringList of_keys;
+    for (const recovered_key &key : keys)
+        of_keys += key.tabs;
+    tabs.removeIf([&](const QString &tab) { return !of_keys.contains(tab); });
+    return tabs;
+}

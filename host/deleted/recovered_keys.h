@@ -36,4 +36,7 @@ QList<recovered_key> recovered_keys(const QObject &plugin, const QStringList &ta
 /// The keys and lookups of the users' hives, or of the machine's, to look for.
 QList<wanted_key> wanted_of(const QList<recovered_key> &keys, bool is_of_users);
 
+/// Those of the tabs that are filled from the keys, in their order.
+QStringList tabs_of(const QList<recovered_key> &keys, QStringList tabs);
+
 #endif
