@@ -13,11 +13,11 @@
 enum class path_state
 {
     whole,
-    doubtful, ///< a deleted key on the way was written later than its parent, which then was
-              ///< perhaps not its parent but is a key that took its place; or only what is left of
-              ///< a list says whose value it is
-    partial,  ///< a parent is gone; the path begins with the first key that is known
-    unknown   ///< of a value that no list names
+    /// A deleted key on the way was written later than its parent, so that another key may have
+    /// taken the parent's place. Or only the rest of a list says whose a value is.
+    doubtful,
+    partial, ///< a parent is gone; the path begins with the first key that is known
+    unknown  ///< of a value that no list names
 };
 
 /// All keys of a hive, those in use and deleted ones, with their parents. Parents are followed as

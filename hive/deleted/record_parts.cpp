@@ -28,7 +28,6 @@ bool record_parts::is_any_record_in(const std::vector<quint32> &places, qint64 b
            begin;
 }
 
-/// What is wrong with a list, or with data, whose cell begins there and has so many bytes.
 record_flaw record_parts::flaw_of(qint64 begin, qint64 size) const
 {
     const qint64 region_end = m_space.end_of_region_at(begin);

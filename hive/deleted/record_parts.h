@@ -26,8 +26,8 @@ public:
     {
     }
 
-    /// What is wrong with a list, or with data, whose cell begins there and has so many bytes
-    /// behind its size.
+    /// What is wrong with a list, or with data, of `size` bytes behind the size field of the cell
+    /// that begins at the offset `begin`.
     record_flaw flaw_of(qint64 begin, qint64 size) const;
 
     /// The same of the data of a value whose data are not in its cell.
