@@ -15,9 +15,8 @@ struct searched_hive
     qint64 bytes_behind_bins = 0;
     qint64 keys_in_free_space = 0; ///< of interest or not
     qint64 values_in_free_space = 0;
-    qint64 finds = 0; ///< keys of interest, values of such keys, and values of unknown keys
-    qint64 without_row =
-        0; ///< records that give the same row as so many others that they have none
+    qint64 finds = 0;       ///< keys of interest, values of such keys, and values of unknown keys
+    qint64 without_row = 0; ///< records without one, because too many others give the same
 };
 
 /// A hive that was made of deleted records.
