@@ -24,6 +24,10 @@ void add_packages(evidence::evidence_volume &volume);
 /// To be called once the hives are written.
 void write_logs(evidence::evidence_volume &volume);
 
+/// A program that was uninstalled, whose key lies in free cells of SOFTWARE. To be called once the
+/// hives are written.
+void write_deletions(evidence::evidence_volume &volume);
+
 /// Program files that the users' hives name, with their modification times.
 void add_programs(evidence::evidence_volume &volume);
 

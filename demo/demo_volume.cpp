@@ -14,6 +14,7 @@ QStringList write_demo_volume(const QString &folder)
     add_programs(volume);
     volume.write();
     write_logs(volume);
+    write_deletions(volume);
     return volume.accounts();
 }
 

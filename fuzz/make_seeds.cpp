@@ -1,5 +1,6 @@
 #include "byte_choices.h"
 #include "byte_fields.h"
+#include "deletion_generator.h"
 #include "evidence_volume.h"
 #include "files.h"
 #include "log_generator.h"
@@ -72,6 +73,18 @@ void write_replay_seeds(const QString &path)
     }
 }
 
+// The first byte is the kind of input, see fuzz_deleted.cpp.
+void write_deletion_seeds(const QString &path)
+{
+    seed_folder seeds(path);
+    for (int seed = 0; seed < choice_seeds; ++seed) {
+        const QByteArray bytes = random_bytes(static_cast<quint32>(seed), choice_size);
+        byte_choices choices(bytes);
+        seeds.add('c' + bytes);
+        seeds.add('r' + generate_deletions(choices));
+    }
+}
+
 // Texts that the helpers expect, so that the fuzzer gets past their first tests.
 void write_text_seeds(const QString &path)
 {
@@ -116,6 +129,7 @@ int main(int argc, char *argv[])
         const QString folder = QString::fromLocal8Bit(argv[1]);
         write_walker_seeds(folder + u"/fuzz_walkers"_s);
         write_extraction_seeds(folder + u"/fuzz_extraction"_s);
+        write_deletion_seeds(folder + u"/fuzz_deleted"_s);
         write_replay_seeds(folder + u"/fuzz_replay"_s);
         write_text_seeds(folder + u"/fuzz_texts"_s);
     } catch (const std::exception &error) {

@@ -88,6 +88,8 @@ void opened_result::list_tables()
     };
     std::stable_sort(m_tables.begin(), m_tables.end(),
                      [&](const QString &a, const QString &b) { return rank(a) < rank(b); });
+    if (m_tables.contains(table_of_finds))
+        m_remarks.append(u"these rows are recovered from deleted records"_s);
     for (const QString &table : described) {
         if (!m_tables.isEmpty() && !m_tables.contains(table))
             m_remarks.append(u"the database has no table %1"_s.arg(table));

@@ -38,6 +38,8 @@ QStringList databases_in(const QDir &folder)
     if (files.isEmpty()) {
         for (const QString &name : folder.entryList({u"*.sqlite"_s}, QDir::Files, QDir::Name))
             files.append(folder.filePath(name));
+        files.removeIf(
+            [](const QString &file) { return file.endsWith(end_of_recovered_database); });
     }
     return files;
 }

@@ -1,9 +1,13 @@
 #ifndef RESULT_PLACE_H
 #define RESULT_PLACE_H
 
+#include <QLatin1StringView>
 #include <QString>
 
 namespace results {
+
+/// How the name of a database ends that has the rows of deleted records, beside the result's own.
+inline constexpr auto end_of_recovered_database = QLatin1StringView("_recovered.sqlite");
 
 /// Where a result lies, or why there is none.
 struct result_place
@@ -14,7 +18,8 @@ struct result_place
 };
 
 /// Finds the result at `path`: the folder that a run was given for its results, the folder of a
-/// database, or the database itself. Opens no file.
+/// database, or the database itself. The rows of deleted records are found by their database alone.
+/// Opens no file.
 result_place find_result(const QString &path);
 
 } // namespace results

@@ -52,6 +52,11 @@ constexpr table_description tables[] = {
     {"hidden_desktop_icons_app"_L1, "settings of desktop icons"_L1,
      "The account has a setting that shows or hides this icon of the desktop."_L1,
      "That the account used what is behind the icon, or made the setting itself."_L1},
+    {table_of_finds, "all keys and values that were found deleted"_L1,
+     "A record of this key or value lies in free space of the hive: it stood there once, as far as the "
+     "record is whole."_L1,
+     "When it was deleted, or by whom: Windows and programs remove keys by themselves, too. Parts of a "
+     "record that is not whole may belong to another."_L1},
 };
 
 enum shown : bool
@@ -159,6 +164,26 @@ constexpr column_description columns[] = {
     {{}, "source_count_name"_L1, kind::text, "number of the source: Source1, Source2, ..."_L1},
     {{}, "os_scheme_display"_L1, kind::text, "system of the source"_L1},
 
+    {{}, "state"_L1, kind::text, "recovered: whole, or what of the record is missing"_L1, is_shown},
+    {{},
+     "path_state"_L1,
+     kind::text,
+     "recovered: how far the path of the key is known"_L1,
+     is_shown},
+    {{}, "offset"_L1, kind::number, "recovered: where the record lies in its file"_L1, is_shown},
+    {{}, "evidence_file"_L1, kind::path, "recovered: file of the evidence that was searched"_L1},
+
+    {table_of_finds, "kind"_L1, kind::text, "key, or value and of what key"_L1, is_shown},
+    {table_of_finds, "key_path"_L1, kind::text, "path of the key in its hive"_L1, is_shown,
+     is_subject},
+    {table_of_finds, "value_name"_L1, kind::text, "name of the value"_L1, is_shown, is_subject},
+    {table_of_finds, "value_type"_L1, kind::number, "registry type of the value"_L1},
+    {table_of_finds, "data_size"_L1, kind::number, "bytes of data that the value had"_L1},
+    {table_of_finds, "value_data"_L1, kind::text, "data that are still there, long ones cut"_L1,
+     is_shown},
+    {table_of_finds, "key_written_timestamp"_L1, kind::unix_time, "Key last written"_L1, is_shown,
+     no_subject, file_time::modified},
+
     {{}, "bookmark"_L1, kind::suite, "bookmark of a suite; 0 here"_L1},
     {{}, "arken_tag_value"_L1, kind::suite, "for a suite: tags"_L1},
     {{}, "notes_icon"_L1, kind::suite, "for a suite: icon of notes"_L1},
@@ -186,8 +211,10 @@ const column_description *description_of(const QString &table, const QString &na
 QStringList described_tables()
 {
     QStringList names;
-    for (const table_description &table : tables)
-        names.append(table.name);
+    for (const table_description &table : tables) {
+        if (table.name != table_of_finds)
+            names.append(table.name);
+    }
     return names;
 }
 

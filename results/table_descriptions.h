@@ -1,6 +1,7 @@
 #ifndef TABLE_DESCRIPTIONS_H
 #define TABLE_DESCRIPTIONS_H
 
+#include <QLatin1StringView>
 #include <QString>
 #include <QStringList>
 
@@ -8,7 +9,10 @@
 
 namespace results {
 
-/// The tables that this program can explain, in the order in which they are shown.
+/// The table that only a database of recovered rows has: one row for each deleted key and value.
+inline constexpr auto table_of_finds = QLatin1StringView("deleted_records");
+
+/// The tables that every result has, in the order in which they are shown.
 QStringList described_tables();
 
 /// What the rows of the table are, as half a sentence; empty for an unknown table.

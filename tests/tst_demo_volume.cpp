@@ -1,3 +1,4 @@
+#include "deleted_hive.h"
 #include "demo_volume.h"
 #include "files.h"
 #include "hive_reader.h"
@@ -26,6 +27,7 @@ private slots:
     void fills_every_table();
     void shows_rows_of_a_real_looking_machine();
     void has_a_hive_with_changes_in_its_logs();
+    void has_an_application_that_was_removed();
     void program_writes_into_a_new_or_an_empty_folder();
     void program_refuses_a_folder_that_is_not_empty();
     void program_refuses_wrong_arguments_data();
@@ -160,6 +162,18 @@ void tst_demo_volume::has_a_hive_with_changes_in_its_logs()
     const auto count =
         u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\UserAssist\\{CEBFF5CD-ACE2-4F4F-9178-9926F41749EA}\\Count"_s;
     QCOMPARE(hive_reader(copy).values(count).size(), hive_reader(path).values(count).size() + 2);
+}
+
+void tst_demo_volume::has_an_application_that_was_removed()
+{
+    const QString uninstall = u"Microsoft\\Windows\\CurrentVersion\\Uninstall"_s;
+    const deleted_records found(read_file(m_volume.software_path()), {{uninstall, 1, 1}});
+    const QStringList lines = lines_about(found);
+    QCOMPARE(lines.size(), 8);
+    QCOMPARE(lines.first(),
+             u"key "_s + uninstall + u"\\Shredder_is1: whole, path whole, list there"_s);
+    QCOMPARE(lines.at(1), u"  DisplayName of 26: there"_s);
+    QVERIFY(!hive_reader(m_volume.software_path()).subkeys(uninstall).contains(u"Shredder_is1"_s));
 }
 
 void tst_demo_volume::program_writes_into_a_new_or_an_empty_folder()

@@ -73,6 +73,8 @@ Options:
   --like-the-suite  Read only what the plug-in reads in a forensics suite.
   --no-replay       Read hives that were not closed cleanly as they lie, without
                     the changes in their transaction logs.
+  --deleted         Look for deleted records in the hives besides. What is found
+                    goes into a database of its own beside the result.
   --add             Keep the rows that the result folder holds and add those of
                     this source, with the next number: Source2, Source3, ...
   --replace         Make the database anew, whatever it holds.
@@ -169,7 +171,7 @@ public:
     {
         m_parser.addOptions({m_result, m_user, m_tab, m_debug_log, m_plugin, m_quiet, m_help});
         m_parser.addOptions({m_replace, m_add, m_force, m_keep_rows, m_wait, m_no_hashes});
-        m_parser.addOptions({m_volume, m_like_the_suite, m_no_replay});
+        m_parser.addOptions({m_volume, m_like_the_suite, m_no_replay, m_deleted});
     }
 
     command_line parse(const QStringList &arguments)
@@ -209,6 +211,7 @@ private:
         options.results = wish_for_earlier_results();
         options.wait_seconds = m_parser.value(m_wait).toInt();
         options.hashes = !m_parser.isSet(m_no_hashes);
+        options.deleted = m_parser.isSet(m_deleted);
         options.quiet = m_parser.isSet(m_quiet);
         options.volume = m_parser.value(m_volume);
         if (m_parser.isSet(m_like_the_suite))
@@ -265,6 +268,7 @@ private:
     const QCommandLineOption m_volume{u"volume"_s, {}, u"NAME"_s};
     const QCommandLineOption m_like_the_suite{u"like-the-suite"_s};
     const QCommandLineOption m_no_replay{u"no-replay"_s};
+    const QCommandLineOption m_deleted{u"deleted"_s};
     const QCommandLineOption m_help{{u"h"_s, u"help"_s}};
 };
 

@@ -23,6 +23,7 @@ struct extract_options
     earlier_results_wish results;
     int wait_seconds = 0; ///< for locks of others
     bool hashes = true;
+    bool deleted = false; ///< look for deleted records besides
     bool quiet = false;
     QString volume; ///< the volume's name in the source; empty for the only one
     reading_options reading = reading_options::all();

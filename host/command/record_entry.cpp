@@ -207,6 +207,8 @@ QJsonObject entry_of_ended_run(QJsonObject entry, const finished_run &run,
 {
     insert_end(entry, code);
     entry.insert("files"_L1, files_entry(facts.files));
+    if (facts.deleted)
+        entry.insert("deleted_records"_L1, entry_of(*facts.deleted));
     entry.insert("tabs"_L1, tabs_entry(run));
     entry.insert("rows"_L1, run.counts.total());
     entry.insert("rows_kept"_L1, run.rows_kept);

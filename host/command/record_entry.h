@@ -4,6 +4,9 @@
 #include <QDateTime>
 #include <QJsonObject>
 
+#include <optional>
+
+#include "deleted_outcome.h"
 #include "earlier_results.h"
 #include "finding.h"
 #include "read_files.h"
@@ -19,6 +22,7 @@ struct recorded_facts
     QList<read_file> files;
     QList<listed_folder> folders;
     QList<replayed_hive> replayed;
+    std::optional<deleted_outcome> deleted; ///< if it was asked for and came to it
 };
 
 /// The entry of a run that is about to begin, with the outcome "running".

@@ -8,12 +8,14 @@
 
 #include "console.h"
 #include "database_check.h"
+#include "deleted_run.h"
 #include "file_hashes.h"
 #include "hive_precheck.h"
 #include "host_version.h"
 #include "interrupt_watch.h"
 #include "output_watch.h"
 #include "record_entry.h"
+#include "recovered_database.h"
 #include "run_lock.h"
 #include "run_record.h"
 #include "shell_word.h"
@@ -59,6 +61,7 @@ private:
     QString note_of_full_disk() const;
     run_outcome extract(row_counts &before, output_watch &results);
     void hash_before();
+    void recover_deleted(finished_run &finished);
     void check_evidence(run_outcome &outcome);
     bool finish_record(const finished_run &finished, exit_code code, const output_watch &folder);
 
@@ -83,6 +86,10 @@ std::optional<refusal> recorded_run::begin()
     const database_state state = check_database(m_database, m_options.wait_seconds);
     if (auto refused = refusal_of(state, m_database, m_options.results.replace))
         return refused;
+    if (m_options.deleted) {
+        if (auto refused = check_deleted_database(m_run.location))
+            return refused;
+    }
     m_facts.begin = QDateTime::currentDateTimeUtc();
     m_facts.files =
         files_before_run(m_volume, m_run.software_hive, m_run.plan.accounts, m_run.tabs);
@@ -205,6 +212,34 @@ run_outcome recorded_run::extract(row_counts &before, output_watch &results)
     return outcome;
 }
 
+/// After the rows of the result, which stay as they are.
+void recorded_run::recover_deleted(finished_run &finished)
+{
+    run_outcome &outcome = finished.outcome;
+    if (!m_options.deleted || outcome.cancelled || !outcome.trouble.isEmpty())
+        return;
+    QHash<QString, QString> accounts_by_hive;
+    for (const QString &account : m_run.plan.accounts)
+        accounts_by_hive.insert(m_volume.user_hive(account), account);
+    QHash<QString, QString> searched;
+    for (const read_file &file : m_facts.files) {
+        if (file.is_read() && check_hive_file(m_volume.file_of(file.path)).readable)
+            searched.insert(file.path, accounts_by_hive.value(file.path));
+    }
+    const auto tell_search = [this] {
+        if (!m_options.quiet)
+            print_notice(u"looking for deleted records; Ctrl-C gives it up"_s);
+    };
+    m_facts.deleted = ::recover_deleted(*m_plugin.object, m_run.plan, m_run.location, m_volume,
+                                        searched, tell_search);
+    finished.deleted_problem = m_facts.deleted->failure;
+    outcome.cancelled = outcome.cancelled || m_facts.deleted->is_cancelled;
+    const QStringList warnings = warnings_about(*m_facts.deleted);
+    print_warnings(warnings);
+    append_left_out(m_run.findings, warnings);
+    print_notice(line_about(*m_facts.deleted));
+}
+
 /// Looks for what was not read, and whether the files are still the same. What is not hashed yet
 /// stays so when the run was cancelled, and when Ctrl-C comes during the wait for hashes.
 void recorded_run::check_evidence(run_outcome &outcome)
@@ -250,6 +285,7 @@ exit_code recorded_run::make()
     finished.log_problems = log.problems();
     if (finished.output_problems.isEmpty())
         finished.counts = rows_since(before, rows_in_database());
+    recover_deleted(finished);
     check_evidence(finished.outcome);
     finished.is_any_left_out = is_any_left_out(m_run.findings);
     print_notice(line_about(m_run.plan.options));

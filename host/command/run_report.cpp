@@ -55,6 +55,8 @@ QStringList problems_of(const finished_run &run)
     if (!was_ended && run.output_problems.isEmpty())
         problems.append(database_problem(run));
     problems += run.log_problems;
+    if (!run.deleted_problem.isEmpty())
+        problems.append(u"the deleted records are not recovered: %1"_s.arg(run.deleted_problem));
     problems.removeAll(QString());
     return problems;
 }

@@ -19,6 +19,7 @@ struct finished_run
     /// Why the rows at `database_file` may not be those of the run. If there is a reason, no rows
     /// are counted.
     QStringList output_problems;
+    QString deleted_problem;  ///< why the deleted records are not in their database
     QStringList log_problems; ///< why not all lines may be in the debug log
 };
 

@@ -1,16 +1,12 @@
 #include "replayed_hives.h"
 
-#include <QDir>
-#include <QFileInfo>
-
 #include <algorithm>
 #include <utility>
 
 #include "log_files.h"
-#include "new_file.h"
+#include "private_copy.h"
 #include "recovered_hive.h"
 #include "replay_text.h"
-#include "result_location.h"
 #include "sha256.h"
 
 using namespace Qt::StringLiterals;
@@ -43,30 +39,6 @@ QList<log_input> logs_of(const source_volume &volume, const QString &path, bool 
     return logs;
 }
 
-/// Writes the bytes, or takes a file that has them. Tries other names where others lie.
-QString copy_with(const QByteArray &bytes, const QString &sha256, const QString &wanted,
-                  const QStringList &evidence, QString &failure)
-{
-    constexpr int most_names = 1'000;
-    for (int number = 1; number <= most_names; ++number) {
-        QString path = number == 1 ? wanted : wanted + u"-%1"_s.arg(number);
-        if (const auto refused = check_apart(path, u"copy %1"_s.arg(path), evidence)) {
-            failure = refused->reason;
-            return {};
-        }
-        const QFileInfo info(path);
-        if (info.isFile() && sha256_of(path) == sha256)
-            return path;
-        if (info.exists() || info.isSymLink())
-            continue;
-        QDir().mkpath(info.path());
-        failure = write_new_file(path, bytes);
-        return failure.isEmpty() ? path : QString();
-    }
-    failure = u"other files lie at %1"_s.arg(wanted);
-    return {};
-}
-
 replayed_hive replay(const source_volume &volume, const QString &path, const QString &folder,
                      bool with_hashes)
 {
@@ -84,8 +56,8 @@ replayed_hive replay(const source_volume &volume, const QString &path, const QSt
     if (!hive.replay.is_replayed())
         return hive;
     hive.copy_sha256 = sha256_of_bytes(recovered.bytes);
-    hive.copy = copy_with(recovered.bytes, hive.copy_sha256, folder + u'/' + path,
-                          {volume.source_root()}, hive.failure);
+    hive.copy = private_copy(recovered.bytes, hive.copy_sha256, folder + u'/' + path,
+                             {volume.source_root()}, hive.failure);
     return hive;
 }
 

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include "evidence_guard.h"
+#include "result_place.h"
 
 using namespace Qt::StringLiterals;
 
@@ -118,7 +119,9 @@ result_location locate_result(const QString &result_directory, const QString &ar
             plugin_directory + u'/' + name + ".sqlite"_L1,
             plugin_directory + "/run.json"_L1,
             plugin_directory + "/run.lock"_L1,
-            plugin_directory + "/recovered_hives"_L1};
+            plugin_directory + "/recovered_hives"_L1,
+            plugin_directory + u'/' + name + results::end_of_recovered_database,
+            plugin_directory + "/rebuilt_hives"_L1};
 }
 
 std::optional<refusal> check_result(const result_location &location, const source_volume &volume)
@@ -135,8 +138,10 @@ std::optional<refusal> check_result(const result_location &location, const sourc
         return refused(u"the source lies in %1, which is removed at the end"_s.arg(
             temporary_directory_of(location)));
     const QString name = u"result folder %1"_s.arg(location.result_directory);
-    const QStringList files = files_of_database(location.database_file) + files_of_run(location);
-    const QStringList folders = folders_to_remove(location) << location.recovered_directory;
+    const QStringList files = files_of_database(location.database_file) + files_of_run(location) +
+                              files_of_database(location.deleted_database);
+    const QStringList folders = folders_to_remove(location)
+                                << location.recovered_directory << location.rebuilt_directory;
     if (auto refused = evidence_at(files + folders, name, volume.source_root()))
         return refused;
     for (const QString &file : files) {

@@ -19,6 +19,8 @@ struct result_location
     QString record_file;         ///< the run record, beside the database
     QString lock_file;           ///< what a run holds while it writes there
     QString recovered_directory; ///< copies of hives to which logs were applied
+    QString deleted_database;    ///< rows of deleted records, beside the database
+    QString rebuilt_directory;   ///< hives that were made of deleted records
 };
 
 /// The database and the files that SQLite makes beside it.
