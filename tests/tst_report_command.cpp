@@ -79,6 +79,8 @@ void tst_report_command::nothing_is_written_to_the_result_data()
     QTest::addColumn<QString>("file"); // beside the database
     QTest::newRow("database") << u"Windows_Installed_Applications.sqlite"_s;
     QTest::newRow("journal") << u"Windows_Installed_Applications.sqlite-journal"_s;
+    QTest::newRow("recovered database") << u"Windows_Installed_Applications_recovered.sqlite"_s;
+    QTest::newRow("hive of deleted records") << u"rebuilt_hives/Source1/NTUSER.DAT"_s;
     QTest::newRow("run record") << u"run.json"_s;
     QTest::newRow("copy of a hive") << u"recovered_hives/Source1/NTUSER.DAT"_s;
     QTest::newRow("through a folder") << u"../Windows_Installed_Applications/run.json"_s;

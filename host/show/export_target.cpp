@@ -55,17 +55,18 @@ std::optional<refusal> check_file(const QString &path, bool replaces)
     return std::nullopt;
 }
 
-/// The database with the files that SQLite keeps beside it, the run record, and the copies of
-/// hives.
+/// The databases with the files that SQLite keeps beside them, the run record, and the hives that
+/// were made for the plug-in.
 std::optional<refusal> check_result_itself(const QString &path, const results::result_place &place)
 {
     const QString database = resolved(place.database_file);
     const QString target = resolved(path);
-    const QString copies = QFileInfo(database).path() + "/recovered_hives/"_L1;
-    const bool is_beside = target.startsWith(database + u'-');
-    const bool is_copy = target.startsWith(copies);
+    const QString folder = QFileInfo(database).path();
+    const bool is_hive = target.startsWith(folder + "/recovered_hives/"_L1) ||
+                         target.startsWith(folder + "/rebuilt_hives/"_L1);
+    const QFileInfo info(target);
     const auto facts = facts_of(target);
-    bool is_part = is_beside || is_copy;
+    bool is_part = is_hive || (info.path() == folder && info.fileName().contains(".sqlite"_L1));
     for (const QString &part : {database, resolved(place.record_file)}) {
         const auto facts_of_part = facts_of(part);
         is_part = is_part || target == part ||
