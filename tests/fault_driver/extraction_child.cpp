@@ -167,7 +167,7 @@ void begin_faults(const QCommandLineParser &options)
 
 int main(int argc, char *argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QPA_PLATFORM", "minimal");
     const QApplication application(argc, argv);
     QCommandLineParser options;
     add_options(options);

@@ -10,7 +10,7 @@ shift 6
 prefix=$scratch/prefix
 volume=$scratch/volume
 tables=Artifacts_Result/Windows_Installed_Applications/Windows_Installed_Applications.sqlite
-export QT_QPA_PLATFORM=offscreen
+export QT_QPA_PLATFORM=minimal
 
 fail() {
     echo "foreign_host: $*" >&2
