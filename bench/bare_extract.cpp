@@ -52,8 +52,9 @@ int main(int argc, char *argv[])
     }
     const bool opens_for_each_icon = argc == 5 && std::string(argv[4]) == "--open-for-each-icon";
     if (argc != 4 && !opens_for_each_icon) {
-        std::fprintf(stderr, "usage: bare_extract SOURCE/ DATABASE ACCOUNT [--open-for-each-icon] | "
-                             "--tabs\n");
+        std::fprintf(stderr,
+                     "usage: bare_extract SOURCE/ DATABASE ACCOUNT [--open-for-each-icon] | "
+                     "--tabs\n");
         return 2;
     }
     try {

@@ -6,9 +6,9 @@
 /// What a bare run reads and where its rows go.
 struct bare_run
 {
-    std::string root;     ///< of the volume; ends in "/"
-    std::string account;  ///< the one user whose files are read
-    std::string database; ///< with its tables, which are empty
+    std::string root;                 ///< of the volume; ends in "/"
+    std::string account;              ///< the one user whose files are read
+    std::string database;             ///< with its tables, which are empty
     bool opens_for_each_icon = false; ///< as hosts of old did, whose walk looks up one class id
 };
 
