@@ -54,11 +54,6 @@ private:
 
 namespace {
 
-unsigned long handle_at(qint64 cell)
-{
-    return static_cast<unsigned long>(cell);
-}
-
 /// Lists the subkeys of every key.
 void list_everything(guarded_hive &hive)
 {

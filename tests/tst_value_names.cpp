@@ -4,11 +4,13 @@
 #include "hive_damage.h"
 #include "regf_format.h"
 #include "test_main.h"
+#include "walked_hive.h"
 
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 using namespace evidence;
+using namespace test_support;
 
 // ASCII names are taken from the record itself; libhivex must have given the same.
 class tst_value_names : public QObject
@@ -29,15 +31,6 @@ private:
 
     QTemporaryDir m_folder;
 };
-
-namespace {
-
-unsigned long handle_at(qint64 cell)
-{
-    return static_cast<unsigned long>(cell);
-}
-
-} // namespace
 
 void tst_value_names::gives_the_names_that_libhivex_gives_data()
 {

@@ -20,7 +20,13 @@ inline unsigned long node_of(const evidence::hive_key &key)
     return static_cast<unsigned long>(key.cells().key);
 }
 
-/// The same as the walkers carry it.
+/// The handle by which libhivex knows what lies in a cell.
+inline unsigned long handle_at(qint64 cell)
+{
+    return static_cast<unsigned long>(cell);
+}
+
+/// The same as node_of(), as the walkers carry it.
 inline int handle_of(const evidence::hive_key &key)
 {
     return static_cast<int>(key.cells().key);
